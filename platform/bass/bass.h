@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstdint>
+
+/// The audio library as the core calls it: opened sources ("streams") that play through one output device.
+///
+/// Units: sample data is interleaved 32-bit float stereo at 44100 Hz, whatever the source holds; a byte
+/// position counts that data from the source's first frame, so 8 bytes are one frame. Volume is a linear
+/// gain, times are milliseconds where an argument says `ms`.
+///
+/// Threads: every call may be made from any thread, also from inside a sync. Sync callbacks run on one thread
+/// of the library's own, one at a time, in the order in which their events were heard.
+///
+/// Errors: a call on handle 0, on a freed handle or with an unknown attribute has no effect and answers
+/// FALSE, 0, BASS_ACTIVE_STOPPED, all bits set (positions, lengths, data) or a negative number of seconds, as
+/// its type allows.
+
+using DWORD = std::uint32_t;
+using QWORD = std::uint64_t;
+using BOOL = int;
+using HSTREAM = DWORD;
+using HSYNC = DWORD;
+
+/// What BASS_ChannelGetPosition and BASS_ChannelGetLength answer on failure; also the length of a live
+/// stream.
+inline constexpr QWORD BASS_QWORD_ERROR = ~QWORD{0};
+/// What BASS_ChannelGetData answers on failure.
+inline constexpr DWORD BASS_DWORD_ERROR = ~DWORD{0};
+
+inline constexpr DWORD BASS_ACTIVE_STOPPED = 0;
+inline constexpr DWORD BASS_ACTIVE_PLAYING = 1;
+/// Started, but out of data (a network stream that runs dry); goes on by itself.
+inline constexpr DWORD BASS_ACTIVE_STALLED = 2;
+inline constexpr DWORD BASS_ACTIVE_PAUSED = 3;
+
+/// Gain of a channel, 0 silent .. 1 as stored.
+inline constexpr DWORD BASS_ATTRIB_VOL = 2;
+/// Balance of a channel, -1 left only .. 0 both as stored .. +1 right only.
+inline constexpr DWORD BASS_ATTRIB_PAN = 3;
+
+/// The last frame of the source has been heard.
+inline constexpr DWORD BASS_SYNC_END = 2;
+/// A slide of BASS_ATTRIB_VOL or BASS_ATTRIB_PAN has reached its target.
+inline constexpr DWORD BASS_SYNC_SLIDE = 5;
+/// Flag bit of a sync type: the sync is removed after it has fired once.
+inline constexpr DWORD BASS_SYNC_ONETIME = 0x80000000;
+
+inline constexpr DWORD BASS_POS_BYTE = 0;
+/// The source may be read ahead on another thread. Every file is.
+inline constexpr DWORD BASS_ASYNCFILE = 0x40000000;
+/// BASS_ChannelGetData: 512 magnitudes of a 1024-frame FFT.
+inline constexpr DWORD BASS_DATA_FFT1024 = 0x80000002;
+
+/// A sync callback: the sync, the channel it belongs to, data of the event (0), and the pointer given at
+/// registration.
+using SYNCPROC = void(HSYNC handle, DWORD channel, DWORD data, void* user);
+/// Receives the raw bytes of a network stream while they are downloaded.
+using DOWNLOADPROC = void(const void* buffer, DWORD length, void* user);
+
+/// Opens the output device. `device` -1 is the default one, the only one offered; `freq` must be 44100, the
+/// remaining arguments 0 and null. FALSE when there is no device, or when the library is initialised already.
+BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId);
+
+/// Opens a local file whatever its name holds; the bytes of `file` are a path. The content decides the
+/// format, never the extension. `mem` must be FALSE, `offset` and `length` 0 (the whole file). 0 when it
+/// holds no sound that can be decoded, or when no device was opened. The stream is created stopped at its
+/// first frame.
+HSTREAM BASS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
+/// As BASS_StreamCreateFile, for one format each: native or Ogg FLAC, Monkey's Audio, Opus, WavPack.
+HSTREAM BASS_FLAC_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
+HSTREAM BASS_APE_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
+HSTREAM BASS_OPUS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
+HSTREAM BASS_WV_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
+
+/// Opens an http or https address, nothing else, and follows redirects within these two. Blocks while it
+/// connects, 5 s at most. `offset` and `flags` must be 0, `proc` null.
+HSTREAM BASS_StreamCreateURL(const char* url, DWORD offset, DWORD flags, DOWNLOADPROC* proc, void* user);
+
+/// Ends a stream: it falls silent at once, its syncs are removed and none of them starts after this call.
+/// Allowed inside the stream's own sync.
+BOOL BASS_StreamFree(HSTREAM handle);
+
+/// One of the BASS_ACTIVE_ values.
+DWORD BASS_ChannelIsActive(DWORD handle);
+/// Starts or resumes. A channel stopped at its end plays again from its first frame. `restart` goes there
+/// first.
+BOOL BASS_ChannelPlay(DWORD handle, BOOL restart);
+/// Pauses a playing or stalled channel; FALSE on any other.
+BOOL BASS_ChannelPause(DWORD handle);
+
+/// Moves an attribute to `value` linearly over `ms`; a slide under way is replaced and goes on from where it
+/// is. The sliding attribute changes while the channel plays; a paused channel's slide waits.
+BOOL BASS_ChannelSlideAttribute(DWORD handle, DWORD attrib, float value, DWORD ms);
+BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib);
+/// Sets an attribute and ends a slide of it. The sound follows within milliseconds, without a click.
+BOOL BASS_ChannelSetAttribute(DWORD handle, DWORD attrib, float value);
+BOOL BASS_ChannelGetAttribute(DWORD handle, DWORD attrib, float* value);
+
+/// Registers a callback for BASS_SYNC_END or BASS_SYNC_SLIDE; `parameter` must be 0. 0 on failure.
+HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user);
+
+/// What is being heard now, in bytes. Never moves backwards but by BASS_ChannelSetPosition.
+QWORD BASS_ChannelGetPosition(DWORD handle, DWORD mode);
+/// Seeks to the frame that holds `pos`; past the end it goes to the end. FALSE where the source cannot seek.
+BOOL BASS_ChannelSetPosition(DWORD handle, QWORD pos, DWORD mode);
+/// Exact where the container knows it.
+QWORD BASS_ChannelGetLength(DWORD handle, DWORD mode);
+/// Seconds of a byte position; negative on failure and for BASS_QWORD_ERROR.
+double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos);
+/// Byte position of a time, rounded down to a whole frame; negative times are the start.
+QWORD BASS_ChannelSeconds2Bytes(DWORD handle, double seconds);
+
+/// BASS_DATA_FFT1024: writes 512 floats, the magnitudes of the last 1024 frames heard (channels averaged,
+/// Hann window), scaled so that a full-scale sine in the middle of a bin gives 1.0. Answers the bytes read.
+DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request);
