@@ -1,0 +1,78 @@
+#include "core/playlist/TulPlaylist.h"
+
+#include "core/playlist/fillTrackInfo.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+std::int64_t TulPlaylist::entryCount() const {
+    return static_cast<std::int64_t>(entries.size());
+}
+
+TulPlaylistEntry* TulPlaylist::entryAt(std::int32_t index) const {
+    if (index < 0) throw std::out_of_range("playlist index below 0");
+    return entries.at(static_cast<std::size_t>(index)).get();
+}
+
+TulPlaylistEntry* TulPlaylist::currentEntry() const {
+    return entryAt(currentIndex);
+}
+
+void TulPlaylist::selectEntry(std::int32_t index) {
+    if (index < 0 || index >= entryCount()) return;
+    currentEntry()->active = false;
+    currentIndex = index;
+    currentEntry()->active = true;
+}
+
+TulPlaylistEntry* TulPlaylist::nextEntry() {
+    if (entries.empty()) return nullptr;
+    selectEntry(currentIndex + 1 < entryCount() ? currentIndex + 1 : 0);
+    return currentEntry();
+}
+
+TulPlaylistEntry* TulPlaylist::previousEntry() {
+    if (entries.empty()) return nullptr;
+    const auto last = static_cast<std::int32_t>(entryCount() - 1);
+    selectEntry(currentIndex <= 0 ? last : currentIndex - 1);
+    return currentEntry();
+}
+
+void TulPlaylist::addEntry(const std::string& source) {
+    appendEntry(std::make_unique<TulPlaylistEntry>(source));
+}
+
+void TulPlaylist::addEntries(const std::vector<std::string>& sources, const ReadingProgress& progress) {
+    std::vector<std::unique_ptr<TulPlaylistEntry>> added;
+    added.reserve(sources.size());
+    for (const auto& source : sources)
+        added.emplace_back(std::make_unique<TulPlaylistEntry>())->source = source;
+    appendEntries(std::move(added), progress);
+}
+
+void TulPlaylist::appendEntry(std::unique_ptr<TulPlaylistEntry> entry) {
+    entries.push_back(std::move(entry));
+}
+
+void TulPlaylist::appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> unfilled,
+                                const ReadingProgress& progress) {
+    unfilled.resize(fillTrackInfo(unfilled, progress));
+    for (auto& entry : unfilled)
+        appendEntry(std::move(entry));
+}
+
+void TulPlaylist::moveEntries(std::int32_t from, std::int32_t to) {
+    if (from < 0 || from >= entryCount() || to < 0) return;
+    to = std::min(to, static_cast<std::int32_t>(entryCount() - 1));
+
+    const auto source = entries.begin() + from;
+    const auto destination = entries.begin() + to;
+    if (from < to)
+        std::rotate(source, source + 1, destination + 1);
+    else
+        std::rotate(destination, source, source + 1);
+
+    const auto active = std::ranges::find_if(entries, [](const auto& entry) { return entry->active; });
+    if (active != entries.end()) currentIndex = static_cast<std::int32_t>(active - entries.begin());
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace TagLib {
+namespace APE {
+class Tag;
+}
+namespace FLAC {
+class File;
+}
+namespace ID3v2 {
+class Tag;
+}
+namespace MP4 {
+class File;
+}
+} // namespace TagLib
+
+/// One track of a playlist: where its sound is, and what to show for it. Texts are UTF-8 as far as the files
+/// they come from are; paths are bytes.
+class TulPlaylistEntry {
+public:
+    TulPlaylistEntry() = default;
+    /// Reads the tags of `source` at once.
+    explicit TulPlaylistEntry(std::string source);
+    TulPlaylistEntry(const TulPlaylistEntry&) = delete;
+    TulPlaylistEntry& operator=(const TulPlaylistEntry&) = delete;
+
+    /// Absolute path of a file, or an address (whatever contains "://").
+    std::string source;
+    std::string title;
+    /// "artist - album", or the artist alone where there is no album.
+    std::string artistAlbum;
+    std::string artist;
+    std::string album;
+    /// Seconds; 0 or less is unknown.
+    double length = 0.0;
+    /// The entry at its playlist's current index carries the play mark.
+    bool active = false;
+    /// The embedded picture as the file stores it (JPEG, PNG or whatever it is), `coverArtSize` bytes.
+    std::unique_ptr<char[]> coverArt;
+    /// 0 as long as no picture has been found; set only when `coverArt` is complete.
+    std::int32_t coverArtSize = 0;
+    /// The characters that separate folders in `source`.
+    const std::string pathSeparators = "/";
+
+    /// Reads title, artist, album and length from the file's tags, and takes the title from the file's name
+    /// where that gives none. `onlyMissing` keeps what is filled already, and opens no file when nothing is
+    /// missing. A file that cannot be read changes nothing else.
+    void readTrackInfo(bool onlyMissing);
+    /// Nothing is left for readTrackInfo(true) to fill.
+    [[nodiscard]] bool hasTrackInfo() const;
+
+    /// Looks for the embedded picture of MPEG audio, FLAC, MP4 and Monkey's Audio files, unless one has been
+    /// found before.
+    void loadCoverArt();
+
+    /// The places where pictures are. Each answers whether it has stored one.
+    bool coverArtFromID3v2(TagLib::ID3v2::Tag& tag);
+    bool coverArtFromAPE(TagLib::APE::Tag& tag);
+    bool coverArtFromFLAC(TagLib::FLAC::File& file);
+    bool coverArtFromMP4(TagLib::MP4::File& file);
+
+private:
+    void readTags(bool onlyMissing);
+    [[nodiscard]] std::string titleFromSource() const;
+    bool storeCoverArt(const char* bytes, std::size_t size);
+};

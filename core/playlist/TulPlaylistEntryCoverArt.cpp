@@ -1,0 +1,97 @@
+#include "core/playlist/TaggedFile.h"
+#include "core/playlist/TulPlaylistEntry.h"
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <taglib/apefile.h>
+#include <taglib/apetag.h>
+#include <taglib/attachedpictureframe.h>
+#include <taglib/flacfile.h>
+#include <taglib/id3v2tag.h>
+#include <taglib/mp4file.h>
+#include <taglib/mpegfile.h>
+
+namespace {
+
+bool findCoverArt(TulPlaylistEntry& entry, TagLib::File* file) {
+    if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(file)) {
+        auto* id3v2 = mpeg->ID3v2Tag(false);
+        if (id3v2 && entry.coverArtFromID3v2(*id3v2)) return true;
+        auto* ape = mpeg->APETag(false);
+        return ape && entry.coverArtFromAPE(*ape);
+    }
+    if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(file)) {
+        if (entry.coverArtFromFLAC(*flac)) return true;
+        auto* id3v2 = flac->ID3v2Tag(false);
+        return id3v2 && entry.coverArtFromID3v2(*id3v2);
+    }
+    if (auto* mp4 = dynamic_cast<TagLib::MP4::File*>(file)) return entry.coverArtFromMP4(*mp4);
+    if (auto* monkeys = dynamic_cast<TagLib::APE::File*>(file)) {
+        auto* ape = monkeys->APETag(false);
+        return ape && entry.coverArtFromAPE(*ape);
+    }
+    return false;
+}
+
+} // namespace
+
+void TulPlaylistEntry::loadCoverArt() {
+    if (coverArtSize >= 1) return;
+    try {
+        const TaggedFile tagged(source);
+        findCoverArt(*this, tagged.ref().file());
+    } catch (const std::exception&) {
+        // As for tags: sizes that no memory holds are no picture.
+    }
+}
+
+bool TulPlaylistEntry::coverArtFromID3v2(TagLib::ID3v2::Tag& tag) {
+    const TagLib::ID3v2::FrameList& frames = tag.frameList("APIC");
+    return std::any_of(frames.begin(), frames.end(), [this](TagLib::ID3v2::Frame* frame) {
+        const auto* attached = dynamic_cast<TagLib::ID3v2::AttachedPictureFrame*>(frame);
+        if (!attached) return false;
+        const TagLib::ByteVector picture = attached->picture();
+        return storeCoverArt(picture.data(), picture.size());
+    });
+}
+
+bool TulPlaylistEntry::coverArtFromAPE(TagLib::APE::Tag& tag) {
+    const TagLib::APE::ItemListMap& items = tag.itemListMap();
+    const auto item = items.find("COVER ART (FRONT)");
+    if (item == items.end()) return false;
+
+    // A file name or description, a zero byte, the picture.
+    const TagLib::ByteVector value = item->second.value();
+    const int zero = value.find('\0');
+    if (zero < 0) return false;
+    const auto start = static_cast<unsigned>(zero) + 1;
+    return storeCoverArt(value.data() + start, value.size() - start);
+}
+
+bool TulPlaylistEntry::coverArtFromFLAC(TagLib::FLAC::File& file) {
+    const TagLib::List<TagLib::FLAC::Picture*> pictures = file.pictureList();
+    if (pictures.isEmpty()) return false;
+    const TagLib::ByteVector picture = pictures.front()->data();
+    return storeCoverArt(picture.data(), picture.size());
+}
+
+bool TulPlaylistEntry::coverArtFromMP4(TagLib::MP4::File& file) {
+    if (!file.tag()) return false;
+    const TagLib::MP4::ItemMap& items = file.tag()->itemMap();
+    const auto item = items.find("covr");
+    if (item == items.end()) return false;
+    const TagLib::MP4::CoverArtList pictures = item->second.toCoverArtList();
+    if (pictures.isEmpty()) return false;
+    const TagLib::ByteVector picture = pictures.front().data();
+    return storeCoverArt(picture.data(), picture.size());
+}
+
+bool TulPlaylistEntry::storeCoverArt(const char* bytes, std::size_t size) {
+    if (size == 0 || size > std::numeric_limits<std::int32_t>::max()) return false;
+    auto copy = std::make_unique<char[]>(size);
+    std::copy_n(bytes, size, copy.get());
+    coverArt = std::move(copy);
+    coverArtSize = static_cast<std::int32_t>(size);
+    return true;
+}

@@ -1,0 +1,12 @@
+#include "core/playlist/resolveEntrySource.h"
+
+std::string resolveEntrySource(const std::string& source, const std::string& baseDirectory) {
+    const bool isAddress = source.find("://") != std::string::npos;
+    const bool isAbsolute = source.find_first_of("/\\") == 0;
+    return isAddress || isAbsolute ? source : baseDirectory + source;
+}
+
+std::string playlistFolder(const std::string& path) {
+    const auto separator = path.find_last_of("/\\");
+    return separator == std::string::npos ? std::string() : path.substr(0, separator + 1);
+}
