@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+namespace cocoa {
+
+/// The three sizes in which controls come; mini is the smallest.
+enum class ControlSize { regular = 0, small = 1, mini = 2 };
+
+/// Draws a control's content on behalf of the widget that holds it. One cell may draw many places (a table's
+/// rows). Main thread only.
+class Cell {
+public:
+    Cell() = default;
+    virtual ~Cell() = default;
+    Cell& operator=(const Cell&) = delete;
+
+    /// The widget that this cell draws in; null while it belongs to none. Not owned.
+    QWidget* controlView() const { return m_controlView; }
+    void setControlView(QWidget* view) { m_controlView = view; }
+
+    ControlSize controlSize() const { return m_controlSize; }
+    void setControlSize(ControlSize size);
+
+protected:
+    Cell(const Cell&) = default;
+
+private:
+    QPointer<QWidget> m_controlView;
+    ControlSize m_controlSize = ControlSize::regular;
+};
+
+} // namespace cocoa

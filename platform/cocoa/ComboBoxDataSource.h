@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+namespace cocoa {
+
+/// The answer of a lookup that found nothing.
+inline constexpr std::int64_t NotFound = std::numeric_limits<std::int64_t>::max();
+
+/// Gives a combo box its items. Called on the main thread.
+class ComboBoxDataSource {
+public:
+    virtual ~ComboBoxDataSource() = default;
+
+    virtual int numberOfItemsInComboBox() = 0;
+    virtual std::optional<QString> objectValueForItemAtIndex(int index) = 0;
+    /// The item with this text, or NotFound.
+    virtual std::int64_t indexOfItemWithStringValue(const QString& string) = 0;
+};
+
+} // namespace cocoa

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "platform/cocoa/SliderCell.h"
+
+#include <functional>
+#include <memory>
+
+namespace cocoa {
+
+/// A horizontal slider that draws through its cell. The user moves it by dragging, by a click (the knob jumps
+/// there), by the wheel and by keys: arrows a hundredth of the range, page keys a tenth, Home and End to the
+/// ends. While the knob is held, the run loop is tracking (RunLoop).
+class Slider : public QWidget {
+    Q_OBJECT
+    Q_PROPERTY(double minValue READ minValue WRITE setMinValue)
+    Q_PROPERTY(double maxValue READ maxValue WRITE setMaxValue)
+    Q_PROPERTY(double doubleValue READ doubleValue WRITE setDoubleValue)
+public:
+    explicit Slider(QWidget* parent = nullptr);
+    ~Slider() override;
+
+    /// Never null: a plain SliderCell until another is set.
+    SliderCell* cell() const { return m_cell.get(); }
+    /// Takes the cell; nothing of the old one is carried over. Null is ignored.
+    void setCell(std::unique_ptr<SliderCell> cell);
+
+    double minValue() const { return m_cell->minValue(); }
+    double maxValue() const { return m_cell->maxValue(); }
+    double doubleValue() const { return m_cell->doubleValue(); }
+    void setMinValue(double value) { m_cell->setMinValue(value); }
+    void setMaxValue(double value) { m_cell->setMaxValue(value); }
+    void setDoubleValue(double value);
+
+    /// Called on every change that the user makes; never by setDoubleValue.
+    void setAction(std::function<void()> action) { m_action = std::move(action); }
+    /// The value as a screen reader says it; by default the number.
+    void setValueText(std::function<QString(double)> text) { m_valueText = std::move(text); }
+    QString valueText() const;
+
+    /// True while the user holds the knob.
+    bool isTracking() const;
+
+    /// Asks for a redraw of a part; every redraw of the slider's own goes through here.
+    virtual void setNeedsDisplayInRect(const QRectF& rect);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+    /// Sets the value as a user would: redraws and calls the action when it changed.
+    void moveTo(double value);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    class Tracking;
+    void moveKnobTo(double x);
+    void stopTracking();
+
+    std::unique_ptr<SliderCell> m_cell;
+    std::unique_ptr<Tracking> m_tracking;
+    std::function<void()> m_action;
+    std::function<QString(double)> m_valueText;
+};
+
+} // namespace cocoa

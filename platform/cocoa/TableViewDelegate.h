@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/cocoa/TextFieldCell.h"
+
+namespace cocoa {
+
+/// Dresses a table's rows. Called on the main thread.
+class TableViewDelegate {
+public:
+    virtual ~TableViewDelegate() = default;
+
+    /// Right before `row` is drawn with `cell`, the table's one data cell.
+    virtual void willDisplayCell(TextFieldCell& cell, int row) = 0;
+    /// Points from this row's top to the next one's.
+    virtual double heightOfRow(int row);
+};
+
+} // namespace cocoa
