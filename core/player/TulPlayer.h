@@ -1,0 +1,92 @@
+#pragma once
+
+#include "core/player/TulNetworkSharing.h"
+#include "core/player/TulStream.h"
+#include "core/playlist/ReadingProgress.h"
+#include "core/playlist/TulInternalPlaylistManager.h"
+#include "core/playlist/TulPlaylist.h"
+#include "core/playlist/TulPlaylistFileFactory.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+/// The one object of the core that the shell talks to: it turns commands into operations on the current
+/// playlist and its stream, and goes on to the next entry when a track ends.
+///
+/// Threads: one, the main thread, makes all calls and reads all fields. The end of a track is heard on the
+/// audio library's sync thread, which hands the work over through the executor.
+class TulPlayer {
+public:
+    /// Runs a task on the main thread, soon. Called from the sync thread.
+    using Executor = std::function<void(std::function<void()>)>;
+
+    /// Opens the default output device. Without one everything works, but no source opens.
+    TulPlayer();
+    TulPlayer(const TulPlayer&) = delete;
+    TulPlayer& operator=(const TulPlayer&) = delete;
+    /// Ends playing and sharing. An end of track that is still under way is dropped.
+    ~TulPlayer();
+
+    /// 0 silent .. 1 full.
+    float volume = 0.5F;
+    /// -1 left .. 0 middle .. 1 right.
+    float balance = 0.0F;
+    std::unique_ptr<TulPlaylistFileFactory> playlistFileFactory;
+    /// Never null.
+    std::unique_ptr<TulPlaylist> playlist;
+    /// Of the entry started last; null before the first start.
+    std::unique_ptr<TulStream> stream;
+    std::unique_ptr<TulInternalPlaylistManager> internalPlaylistManager;
+    std::unique_ptr<TulNetworkSharing> networkSharing;
+    bool songChanged = false;
+    bool networkSharingEnabled = false;
+
+    /// Told while a long playlist is opened.
+    ReadingProgress readingProgress;
+
+    /// The player that hears the end of tracks. Null when there is none.
+    static TulPlayer* instance;
+
+    /// To be set before anything plays. Without one the work is done where the end was heard.
+    void setExecutor(Executor executor);
+    void setStorePath(const std::string& path);
+
+    /// Replaces the stream by one of the playlist's current entry, which starts playing.
+    void startCurrentEntry();
+    void play();
+    /// Fades out, then pauses.
+    void pause();
+    [[nodiscard]] bool isPlaying() const;
+    void next();
+    void previous();
+    /// Fades out and goes back to the start of the stream.
+    void stop();
+    void restartCurrent();
+    /// Sync callback: the stream on `channel` has been heard to its end.
+    static void onStreamEnded(HSYNC sync, DWORD channel, DWORD data, void* user);
+
+    void setVolume(float newVolume);
+    void setBalance(float newBalance);
+
+    /// Replaces the playlist and starts it; an empty one leaves the playing stream alone.
+    void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
+    /// Opens a playlist file and remembers it as an internal playlist. False, and the playlist as it was,
+    /// when the file is rejected.
+    bool openPlaylist(const std::string& path);
+    void savePlaylist(const std::string& path);
+    /// The playing stream plays on.
+    void clearPlaylist();
+    /// Opens one of the internal playlists, unless it is the current one.
+    void selectInternalPlaylist(std::int32_t index);
+
+    /// Whether an entry has been started since the last call.
+    bool takeSongChanged();
+
+private:
+    void streamEnded(HSTREAM ended);
+    void rememberPlaylist(const std::string& path);
+
+    Executor m_executor;
+};
