@@ -1,0 +1,146 @@
+#include "core/playlist/TulInternalPlaylistManager.h"
+#include "core/playlist/replaceFile.h"
+#include "tests/support/Media.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::readFile;
+using support::writeFile;
+
+fs::path freshFolder() {
+    static int number = 0;
+    const fs::path folder = support::scratch() / ("store" + std::to_string(++number));
+    fs::create_directories(folder);
+    fs::permissions(support::scratch(), fs::perms(0755)); // for asOrdinaryUser
+    return folder;
+}
+
+std::size_t filesIn(const fs::path& folder) {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
+}
+
+/// What `check` answers as a user without privileges, in a process of its own.
+bool asOrdinaryUser(const std::function<bool()>& check) {
+    const pid_t child = fork();
+    if (child == 0) {
+        constexpr uid_t nobody = 65534;
+        const bool changed = geteuid() != 0 || (setgid(nobody) == 0 && setuid(nobody) == 0);
+        _exit(changed && check() ? 0 : 1);
+    }
+    int status = 0;
+    return waitpid(child, &status, 0) == child && status == 0;
+}
+
+TEST(Store, RegistersByPathAndComesBack) {
+    TulInternalPlaylistManager manager;
+    manager.storePath = (freshFolder() / "playlists.json").string();
+    manager.load();
+    EXPECT_EQ(manager.count(), 0);
+    EXPECT_EQ(manager.currentIndex, -1);
+
+    manager.addPlaylist("Road trip", "/a/Road.tuq");
+    manager.addPlaylist("", "/a/nameless.tuq");
+    manager.addPlaylist("Road trip", "/a//Road.tuq");
+    EXPECT_EQ(manager.currentIndex, 1);
+    manager.addPlaylist("Renamed", "/a/Road.tuq");
+    EXPECT_EQ(manager.currentIndex, 1);
+    EXPECT_EQ(manager.indexOfName("Road trip"), 0);
+    EXPECT_EQ(manager.indexOfName("Renamed"), -1);
+    manager.save();
+    EXPECT_EQ(readFile(manager.storePath), R"({"entries":[{"source":"/a/Road.tuq","name":"Road trip"},)"
+                                           R"({"source":"/a//Road.tuq","name":"Road trip"}]})");
+    const auto saved = manager.playlists;
+    manager.load();
+    EXPECT_EQ(manager.playlists, saved);
+    EXPECT_EQ(manager.currentIndex, 1);
+}
+
+TEST(Store, KeepsValidPairsAndSetsAsideWhatItCannotUse) {
+    TulInternalPlaylistManager manager;
+    const fs::path folder = freshFolder();
+    manager.storePath = (folder / "playlists.json").string();
+    writeFile(manager.storePath, R"({"entries":[7,{"source":"/a","name":"A"},{"source":"/b"},
+                                   {"source":"/a","name":"B"},{"source":1,"name":"C"}]})");
+    manager.load();
+    const std::vector<std::pair<std::string, std::string>> valid = {{"/a", "A"}, {"/a", "B"}};
+    EXPECT_EQ(manager.playlists, valid);
+    manager.save();
+    EXPECT_EQ(filesIn(folder), 1U);
+
+    const std::string broken[] = {"{\"entries\":[", "[]", "{\"entries\":{}}", std::string(1 << 20, '[')};
+    int number = 0;
+    for (const auto& text : broken) {
+        writeFile(manager.storePath, text);
+        manager.load();
+        EXPECT_EQ(manager.count(), 0);
+        manager.save();
+        EXPECT_EQ(readFile(manager.storePath), R"({"entries":[]})");
+        EXPECT_EQ(readFile(manager.storePath + ".broken-" + std::to_string(++number)), text);
+    }
+}
+
+TEST(ReplaceFile, KeepsLinksAndPermissionsAndLeavesNothingBehind) {
+    const fs::path folder = freshFolder();
+    fs::create_directories(folder / "elsewhere");
+    writeFile(folder / "elsewhere/real", "old");
+    fs::permissions(folder / "elsewhere/real", fs::perms(0640));
+    fs::create_symlink("elsewhere/real", folder / "link");
+    fs::create_symlink("elsewhere/later", folder / "dangling");
+    EXPECT_TRUE(replaceFile(folder / "link", "new"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_EQ(readFile(folder / "elsewhere/real"), "new");
+    EXPECT_EQ(fs::status(folder / "elsewhere/real").permissions(), fs::perms(0640));
+    EXPECT_TRUE(replaceFile(folder / "dangling", "made"));
+    EXPECT_EQ(readFile(folder / "elsewhere/later"), "made");
+    EXPECT_FALSE(replaceFile(folder / "elsewhere", "x"));
+    EXPECT_FALSE(replaceFile(folder / "no/such/folder", "x"));
+    EXPECT_TRUE(replaceFile(folder / std::string(255, 'n'), "long name"));
+    fs::create_symlink("loop", folder / "loop");
+    EXPECT_FALSE(replaceFile(folder / "loop", "x"));
+    EXPECT_EQ(filesIn(folder / "elsewhere"), 2U);
+}
+
+TEST(ReplaceFile, WritesInPlaceWhereTheFolderAllowsNoNewFile) {
+    const fs::path folder = freshFolder();
+    writeFile(folder / "writable", "a longer old text");
+    writeFile(folder / "protected", "old");
+    fs::permissions(folder / "writable", fs::perms(0666));
+    fs::permissions(folder / "protected", fs::perms(0444));
+    fs::permissions(folder, fs::perms(0555));
+    EXPECT_TRUE(asOrdinaryUser([&] { return replaceFile(folder / "writable", "new"); }));
+    EXPECT_EQ(readFile(folder / "writable"), "new");
+    EXPECT_TRUE(asOrdinaryUser([&] { return !replaceFile(folder / "protected", "new"); }));
+    fs::permissions(folder, fs::perms(0777));
+    EXPECT_TRUE(asOrdinaryUser([&] { return !replaceFile(folder / "protected", "new"); }));
+    EXPECT_EQ(readFile(folder / "protected"), "old");
+}
+
+TEST(ReplaceFile, LeavesTheOldFileWhenThereIsNoRoom) {
+    const fs::path folder = freshFolder();
+    for (const bool inPlace : {false, true}) {
+        writeFile(folder / "list", "old");
+        fs::permissions(folder / "list", fs::perms(0666));
+        fs::permissions(folder, fs::perms(inPlace ? 0555 : 0777));
+        const auto replaceWithRoomFor = [&](rlim_t room) {
+            return asOrdinaryUser([&] {
+                const rlimit limit{room, room};
+                return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+                       replaceFile(folder / "list", std::string(8192, 'x'));
+            });
+        };
+        EXPECT_FALSE(replaceWithRoomFor(4096));
+        EXPECT_EQ(readFile(folder / "list"), "old");
+        EXPECT_TRUE(replaceWithRoomFor(8192));
+        EXPECT_EQ(filesIn(folder), 1U);
+    }
+    fs::permissions(folder, fs::perms(0777));
+}
+
+} // namespace

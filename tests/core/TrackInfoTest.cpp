@@ -1,0 +1,184 @@
+#include "core/playlist/TulPlaylist.h"
+#include "tests/support/Media.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Encodes two seconds of sine in every format, tagged by another library than the one that reads.
+const fs::path& media() {
+    static const fs::path folder = [] {
+        const fs::path made = support::scratch() / "tagged";
+        fs::create_directories(made);
+        const auto path = [&made](const char* name) { return (made / name).string(); };
+        support::writeWav(made / "in.wav", support::sine(440, 88200));
+        support::run({"lame", "--quiet", path("in.wav"), path("a.mp3")});
+        support::run({"flac", "-s", path("in.wav"), "-o", path("a.flac")});
+        support::run({"oggenc", "-Q", path("in.wav"), "-o", path("a.ogg")});
+        support::run({"opusenc", "--quiet", path("in.wav"), path("a.opus")});
+        support::run({"wavpack", "-q", path("in.wav"), "-o", path("a.wv")});
+        support::run({"ffmpeg", "-v", "error", "-i", path("in.wav"), path("a.m4a")});
+        support::run({"/usr/bin/python3", "-c", R"(
+import mutagen, os, shutil, sys
+from mutagen.apev2 import APEv2, APEValue, BINARY
+from mutagen.flac import FLAC, Picture
+from mutagen.id3 import ID3, APIC
+from mutagen.mp4 import MP4, MP4Cover
+os.chdir(sys.argv[1])
+for name in ('a.mp3', 'a.flac', 'a.ogg', 'a.opus', 'a.wv', 'a.m4a'):
+    shutil.copy(name, 'bare-' + name)
+    audio = mutagen.File(name, easy=True)
+    if audio.tags is None: audio.add_tags()
+    audio['title'], audio['artist'], audio['album'] = 'Lied \u2665', 'Bänd', 'Platte'
+    audio.save()
+def copy(source, name):
+    shutil.copy(source, name)
+    return name
+def apic(name, *pictures):
+    tags = ID3()
+    for i, data in enumerate(pictures):
+        tags.add(APIC(encoding=3, mime='image/png', type=4 if i == 0 else 3, desc=str(i), data=data))
+    tags.save(name)
+def ape(name, value):
+    tags = APEv2()
+    tags['Cover Art (Front)'] = APEValue(value, BINARY)
+    tags.save(name)
+apic(copy('bare-a.mp3', 'back-first.mp3'), b'BACK', b'FRONT')
+apic(copy('bare-a.mp3', 'empty-apic.mp3'), b'')
+ape('empty-apic.mp3', b'cover.jpg\0APE\0PICTURE')
+ape(copy('bare-a.mp3', 'no-zero.mp3'), b'cover.jpg')
+ape(copy('bare-a.mp3', 'nothing-after.mp3'), b'cover.jpg\0')
+open('monkeys.ape', 'wb').write(b'MAC \x96\x0f' + bytes(200))
+ape('monkeys.ape', b'\0MONKEY')
+ape(copy('bare-a.wv', 'cover.wv'), b'cover.jpg\0WAVPACK')
+def flac(name, *pictures):
+    audio = FLAC(copy('bare-a.flac', name))
+    for data in pictures:
+        picture = Picture()
+        picture.data, picture.mime = data, 'image/png'
+        audio.add_picture(picture)
+    audio.save()
+flac('picture.flac', b'FLAC', b'SECOND')
+flac('empty-picture.flac', b'', b'SECOND')
+flac('empty-and-id3.flac', b'', b'SECOND')
+apic('empty-and-id3.flac', b'ID3')
+mp4 = MP4(copy('bare-a.m4a', 'two.m4a'))
+mp4['covr'] = [MP4Cover(b'FIRST', MP4Cover.FORMAT_PNG), MP4Cover(b'SECOND', MP4Cover.FORMAT_JPEG)]
+mp4.save()
+audio = mutagen.File(copy('a.flac', 'artist-only.flac')); del audio['album']; audio.save()
+audio = mutagen.File(copy('a.flac', 'album-only.flac')); del audio['artist']; audio.save()
+)",
+                      made.string()});
+        return made;
+    }();
+    return folder;
+}
+
+std::string summary(const TulPlaylistEntry& entry) {
+    return entry.title + "|" + entry.artistAlbum + "|" + entry.artist + "|" + entry.album + "|" +
+           std::to_string(static_cast<int>(entry.length));
+}
+
+TEST(TrackInfo, ComesFromTheTagsOfEveryFormatOrFromTheName) {
+    const std::string full = "Lied ♥|Bänd - Platte|Bänd|Platte|2";
+    const std::pair<std::string, std::string> cases[] = {
+        {"a.mp3", full},
+        {"a.flac", full},
+        {"a.ogg", full},
+        {"a.opus", full},
+        {"a.wv", full},
+        {"a.m4a", full},
+        {"bare-a.mp3", "bare-a||||2"},
+        {"artist-only.flac", "Lied ♥|Bänd|Bänd||2"},
+        {"album-only.flac", "Lied ♥| - Platte||Platte|2"},
+        {"gone.part.flac", "gone.part||||0"},
+        {"track", "track||||0"},
+        {".hidden", "||||0"},
+        {"", "||||0"}, // the folder itself
+    };
+    for (const auto& [name, expected] : cases)
+        EXPECT_EQ(summary(TulPlaylistEntry((media() / name).string())), expected) << name;
+    EXPECT_EQ(summary(TulPlaylistEntry("http://host/radio.low.ogg")), "radio.low||||0");
+    EXPECT_EQ(summary(TulPlaylistEntry("http://host/")), "||||0");
+
+    // Opening a pipe for its tags would wait for ever.
+    ASSERT_EQ(mkfifo((media() / "pipe.mp3").c_str(), 0600), 0);
+    EXPECT_EQ(summary(TulPlaylistEntry((media() / "pipe.mp3").string())), "pipe||||0");
+    // An address that happens to be a path as well is still an address.
+    fs::create_directories(media() / "x:");
+    fs::copy_file(media() / "a.flac", media() / "x:" / "a.flac");
+    EXPECT_EQ(summary(TulPlaylistEntry((media() / "x:").string() + "//a.flac")), "a||||0");
+}
+
+TEST(TrackInfo, FillsOnlyWhatIsMissing) {
+    TulPlaylistEntry entry;
+    entry.source = (media() / "a.flac").string();
+    entry.title = "X";
+    entry.length = 100;
+    entry.readTrackInfo(true);
+    EXPECT_EQ(summary(entry), "X|Bänd - Platte|Bänd|Platte|100");
+    entry.length = -1;
+    entry.readTrackInfo(true);
+    EXPECT_EQ(entry.length, 2.0);
+    entry.readTrackInfo(false);
+    EXPECT_EQ(entry.title, "Lied ♥");
+}
+
+TEST(TrackInfo, OfManyEntriesIsTheSameAsOneByOneAndCanBeEnded) {
+    std::vector<std::string> sources;
+    for (int i = 0; i < 400; ++i)
+        sources.push_back((media() / (i % 3 == 0 ? "a.mp3" : i % 3 == 1 ? "a.flac" : "gone.wv")).string());
+    TulPlaylist together;
+    together.addEntries(sources);
+    ASSERT_EQ(together.entryCount(), 400);
+    for (std::int32_t i = 0; i < 400; ++i)
+        EXPECT_EQ(summary(*together.entryAt(i)), summary(TulPlaylistEntry(sources[static_cast<size_t>(i)])));
+
+    sources.resize(200'000, sources[1]);
+    TulPlaylist ended;
+    std::size_t seen = 0;
+    ended.addEntries(sources, [&](std::size_t done, std::size_t total) {
+        EXPECT_EQ(total, sources.size());
+        seen = done;
+        return false;
+    });
+    EXPECT_GE(ended.entryCount(), static_cast<std::int64_t>(seen));
+    EXPECT_LT(ended.entryCount(), static_cast<std::int64_t>(sources.size()));
+    EXPECT_TRUE(std::ranges::all_of(ended.entries, [](const auto& e) { return !e->title.empty(); }));
+}
+
+TEST(CoverArt, IsTheOneThatEachFormatPutsFirst) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"back-first.mp3", "BACK"},
+        {"empty-apic.mp3", std::string("APE\0PICTURE", 11)},
+        {"bare-a.mp3", ""},
+        {"no-zero.mp3", ""},
+        {"nothing-after.mp3", ""},
+        {"picture.flac", "FLAC"},
+        {"empty-picture.flac", ""},
+        {"empty-and-id3.flac", "ID3"},
+        {"two.m4a", "FIRST"},
+        {"bare-a.m4a", ""},
+        {"monkeys.ape", "MONKEY"},
+        {"cover.wv", ""},
+        {"a.ogg", ""},
+        {"gone.mp3", ""},
+    };
+    for (const auto& [name, picture] : cases) {
+        TulPlaylistEntry entry;
+        entry.source = (media() / name).string();
+        entry.loadCoverArt();
+        const auto size = static_cast<std::size_t>(entry.coverArtSize);
+        EXPECT_EQ(std::string(entry.coverArt.get(), size), picture) << name;
+        // Once found it stays, also when the file is gone.
+        entry.source = "/nowhere.mp3";
+        entry.loadCoverArt();
+        EXPECT_EQ(static_cast<std::size_t>(entry.coverArtSize), picture.size()) << name;
+    }
+}
+
+} // namespace
