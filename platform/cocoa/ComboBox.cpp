@@ -1,0 +1,165 @@
+#include "platform/cocoa/ComboBox.h"
+
+#include <QAbstractItemView>
+#include <QAbstractListModel>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPainter>
+#include <QWheelEvent>
+
+namespace cocoa {
+
+/// The data source's items as the pop-up list reads them.
+class ComboBox::Items : public QAbstractListModel {
+public:
+    void setDataSource(ComboBoxDataSource* source) {
+        beginResetModel();
+        m_source = source;
+        m_count = source == nullptr ? 0 : source->numberOfItemsInComboBox();
+        endResetModel();
+    }
+    int rowCount(const QModelIndex& parent) const override { return parent.isValid() ? 0 : m_count; }
+    QVariant data(const QModelIndex& index, int role) const override {
+        if (role != Qt::DisplayRole || m_source == nullptr || !index.isValid()) return {};
+        if (index.row() >= m_source->numberOfItemsInComboBox()) return {};
+        return m_source->objectValueForItemAtIndex(index.row()).value_or(QString());
+    }
+
+private:
+    ComboBoxDataSource* m_source = nullptr;
+    int m_count = 0;
+};
+
+ComboBox::ComboBox(QWidget* parent)
+    : QComboBox(parent), m_cell(std::make_unique<ComboBoxCell>()), m_items(std::make_unique<Items>()) {
+    m_cell->setControlView(this);
+    setModel(m_items.get());
+    setEditable(true);
+    setInsertPolicy(NoInsert);
+    setCompleter(nullptr);
+    lineEdit()->setFrame(false);
+    // What typing means is this class's business: the toolkit would choose an item that merely looks alike.
+    disconnect(lineEdit(), &QLineEdit::returnPressed, this, nullptr);
+    disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
+    lineEdit()->installEventFilter(this);
+    connect(this, &QComboBox::activated, this, &ComboBox::chooseItem);
+}
+
+ComboBox::~ComboBox() = default;
+
+void ComboBox::setDataSource(ComboBoxDataSource* source) {
+    m_dataSource = source;
+    m_selectedItem = -1;
+    const QString text = stringValue();
+    m_items->setDataSource(source);
+    lineEdit()->setText(text);
+}
+
+void ComboBox::setCell(std::unique_ptr<ComboBoxCell> cell) {
+    if (cell == nullptr) return;
+    m_cell = std::move(cell);
+    m_cell->setControlView(this);
+    placeLineEdit();
+    update();
+}
+
+QString ComboBox::stringValue() const {
+    return lineEdit()->text();
+}
+
+void ComboBox::setStringValue(const QString& string) {
+    m_committed = string;
+    lineEdit()->setText(string);
+    lineEdit()->setCursorPosition(0);
+    update();
+}
+
+void ComboBox::showPopup() {
+    // The list may have changed since it was last read; reading it again must not touch the text.
+    const QString text = stringValue();
+    const bool typed = lineEdit()->isModified();
+    {
+        const QSignalBlocker quiet(this);
+        m_items->setDataSource(m_dataSource);
+        if (m_dataSource != nullptr) {
+            const std::int64_t current = m_dataSource->indexOfItemWithStringValue(text);
+            setCurrentIndex(current < m_items->rowCount({}) ? int(current) : -1);
+        }
+        lineEdit()->setText(text);
+        lineEdit()->setModified(typed);
+    }
+    if (m_items->rowCount({}) > 0) QComboBox::showPopup();
+}
+
+void ComboBox::chooseItem(int index) {
+    if (m_dataSource == nullptr || index < 0 || index >= m_dataSource->numberOfItemsInComboBox()) return;
+    m_selectedItem = index;
+    setStringValue(m_dataSource->objectValueForItemAtIndex(index).value_or(QString()));
+    if (m_action) m_action();
+}
+
+void ComboBox::commitTyping() {
+    const QString text = stringValue();
+    const std::int64_t item =
+        m_dataSource == nullptr ? NotFound : m_dataSource->indexOfItemWithStringValue(text);
+    m_selectedItem = item == NotFound ? -1 : int(item);
+    m_committed = text;
+    lineEdit()->setModified(false);
+    if (m_action) m_action();
+}
+
+void ComboBox::revertTyping() {
+    setStringValue(m_committed);
+    lineEdit()->selectAll();
+}
+
+void ComboBox::placeLineEdit() {
+    lineEdit()->setGeometry(m_cell->textRectForFrame(rect()).toAlignedRect());
+}
+
+void ComboBox::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    m_cell->drawWithFrame(painter, rect());
+}
+
+void ComboBox::resizeEvent(QResizeEvent* event) {
+    QComboBox::resizeEvent(event);
+    placeLineEdit();
+}
+
+void ComboBox::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Down || event->key() == Qt::Key_Up) return showPopup();
+    event->ignore();
+}
+
+void ComboBox::wheelEvent(QWheelEvent* event) {
+    event->ignore(); // a passing wheel must not switch the choice
+}
+
+bool ComboBox::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != lineEdit()) return QComboBox::eventFilter(watched, event);
+    if (event->type() == QEvent::KeyPress) {
+        switch (static_cast<QKeyEvent*>(event)->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            commitTyping();
+            return true;
+        case Qt::Key_Escape:
+            revertTyping();
+            return true;
+        case Qt::Key_Down:
+        case Qt::Key_Up:
+            showPopup();
+            return true;
+        default:
+            break;
+        }
+    }
+    const bool leaving = event->type() == QEvent::FocusOut &&
+                         static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason &&
+                         static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason;
+    if (leaving && lineEdit()->isModified()) commitTyping();
+    return QComboBox::eventFilter(watched, event);
+}
+
+} // namespace cocoa

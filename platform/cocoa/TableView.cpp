@@ -1,0 +1,311 @@
+#include "platform/cocoa/TableView.h"
+
+#include "platform/cocoa/Accessibility.h"
+
+#include <QAccessible>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace cocoa {
+namespace {
+
+constexpr double defaultRowHeight = 20;
+/// Between a cell's frame and the next row.
+constexpr double rowSpacing = 1;
+/// Scrolled by one notch of the wheel, in points.
+constexpr int wheelStep = 36;
+
+} // namespace
+
+double TableViewDelegate::heightOfRow(int /*row*/) {
+    return defaultRowHeight;
+}
+
+TableView::TableView(QWidget* parent)
+    : QAbstractScrollArea(parent), m_dataCell(std::make_unique<TextFieldCell>()) {
+    installAccessibility();
+    m_dataCell->setControlView(viewport());
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::StrongFocus);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    verticalScrollBar()->setSingleStep(wheelStep);
+}
+
+TableView::~TableView() = default;
+
+void TableView::setDataSource(TableViewDataSource* source) {
+    m_dataSource = source;
+    reloadData();
+}
+
+void TableView::setDelegate(TableViewDelegate* delegate) {
+    m_delegate = delegate;
+    reloadData();
+}
+
+void TableView::setDataCell(std::unique_ptr<TextFieldCell> cell) {
+    if (cell == nullptr) return;
+    m_dataCell = std::move(cell);
+    m_dataCell->setControlView(viewport());
+    viewport()->update();
+}
+
+void TableView::reloadData() {
+    layOutRows();
+    const int rows = numberOfRows();
+    m_currentRow = std::min(m_currentRow, rows - 1);
+    m_anchorRow = std::min(m_anchorRow, rows - 1);
+    IndexSet kept(m_selected.begin(), m_selected.lower_bound(rows));
+    changeSelection(std::move(kept));
+    viewport()->update();
+}
+
+void TableView::layOutRows() {
+    const int rows = m_dataSource == nullptr ? 0 : std::max(0, m_dataSource->numberOfRows());
+    m_tops.resize(std::size_t(rows) + 1);
+    m_tops[0] = 0;
+    for (int row = 0; row < rows; ++row) {
+        const double height = m_delegate == nullptr ? defaultRowHeight : m_delegate->heightOfRow(row);
+        m_tops[std::size_t(row) + 1] = m_tops[std::size_t(row)] + std::max(rowSpacing, height);
+    }
+    m_heightsChanged = false;
+    updateScrollBar();
+}
+
+void TableView::updateScrollBar() {
+    const int page = viewport()->height();
+    verticalScrollBar()->setPageStep(page);
+    verticalScrollBar()->setRange(0, std::max(0, int(std::ceil(m_tops.back())) - page));
+}
+
+void TableView::reloadIfRowCountChanged() {
+    // The data may have changed without a word; a row that is gone must not be asked for.
+    const int rows = m_dataSource == nullptr ? 0 : m_dataSource->numberOfRows();
+    if (rows != numberOfRows()) reloadData();
+}
+
+void TableView::noteHeightOfRowsWithIndexesChanged(const IndexSet& rows) {
+    if (m_delegate == nullptr) return;
+    for (const int row : rows) {
+        if (row < 0 || row >= numberOfRows()) continue;
+        const double height = std::max(rowSpacing, m_delegate->heightOfRow(row));
+        if (height != m_tops[std::size_t(row) + 1] - m_tops[std::size_t(row)]) m_heightsChanged = true;
+    }
+    if (!m_heightsChanged || m_drawing) return;
+    layOutRows();
+    viewport()->update();
+}
+
+QRectF TableView::rectOfRow(int row) const {
+    if (row < 0 || row >= numberOfRows()) return {};
+    const double top = m_tops[std::size_t(row)];
+    const double height = m_tops[std::size_t(row) + 1] - top;
+    return {0, top - verticalScrollBar()->value(), double(viewport()->width()), height};
+}
+
+int TableView::rowAtPoint(const QPointF& point) const {
+    const double y = point.y() + verticalScrollBar()->value();
+    if (y < 0 || y >= m_tops.back()) return -1;
+    return int(std::upper_bound(m_tops.begin(), m_tops.end(), y) - m_tops.begin()) - 1;
+}
+
+void TableView::scrollRowToVisible(int row) {
+    if (row < 0 || row >= numberOfRows()) return;
+    const double top = m_tops[std::size_t(row)];
+    const double bottom = m_tops[std::size_t(row) + 1];
+    const int shownTop = verticalScrollBar()->value();
+    const int page = viewport()->height();
+    if (top < shownTop || bottom - top > page) {
+        verticalScrollBar()->setValue(int(std::floor(top)));
+    } else if (bottom > shownTop + page) {
+        verticalScrollBar()->setValue(int(std::ceil(bottom)) - page);
+    }
+}
+
+void TableView::selectRowIndexes(IndexSet rows) {
+    rows.erase(rows.begin(), rows.lower_bound(0));
+    rows.erase(rows.lower_bound(numberOfRows()), rows.end());
+    if (!m_allowsMultipleSelection && rows.size() > 1) rows.erase(std::next(rows.begin()), rows.end());
+    if (!rows.empty()) m_currentRow = m_anchorRow = *rows.begin();
+    changeSelection(std::move(rows));
+}
+
+void TableView::changeSelection(IndexSet rows) {
+    if (rows == m_selected) return;
+    m_selected = std::move(rows);
+    viewport()->update();
+    QAccessibleEvent changed(this, QAccessible::SelectionWithin);
+    QAccessible::updateAccessibility(&changed);
+    if (m_selectionDidChange) m_selectionDidChange();
+}
+
+TextFieldCell& TableView::preparedCell(int row) {
+    if (m_dataSource != nullptr) m_dataCell->setObjectValue(m_dataSource->objectValueForTableColumn(row));
+    if (m_delegate != nullptr) m_delegate->willDisplayCell(*m_dataCell, row);
+    return *m_dataCell;
+}
+
+void TableView::drawRow(QPainter& painter, int row) {
+    const QRectF frame = rectOfRow(row).adjusted(0, 0, 0, -rowSpacing);
+    painter.save();
+    preparedCell(row).drawInteriorWithFrame(painter, frame);
+    painter.restore();
+    if (row != m_currentRow || !m_showsFocus || !hasFocus()) return;
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 1, Qt::DotLine));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(frame.adjusted(1.5, 1.5, -1.5, -1.5));
+}
+
+void TableView::paintEvent(QPaintEvent* event) {
+    reloadIfRowCountChanged();
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    m_drawing = true;
+    // One row more than is touched: a cell may draw its separator into the next one's first pixels.
+    const QRectF dirty = event->rect();
+    const int first =
+        std::max(0, rowAtPoint({0, std::max(dirty.top(), double(-verticalScrollBar()->value()))}) - 1);
+    for (int row = first; row < numberOfRows() && rectOfRow(row).top() < dirty.bottom(); ++row)
+        drawRow(painter, row);
+    m_drawing = false;
+    drawDropIndicator(painter);
+    if (!m_heightsChanged) return;
+    layOutRows();
+    viewport()->update();
+}
+
+void TableView::resizeEvent(QResizeEvent* event) {
+    QAbstractScrollArea::resizeEvent(event);
+    updateScrollBar();
+}
+
+void TableView::scrollContentsBy(int /*dx*/, int dy) {
+    viewport()->scroll(0, dy);
+}
+
+void TableView::click(int row, Qt::KeyboardModifiers modifiers) {
+    const bool extend = (modifiers & Qt::ShiftModifier) && m_allowsMultipleSelection;
+    const bool toggle = (modifiers & Qt::ControlModifier) && m_allowsMultipleSelection;
+    if (row < 0) {
+        if (!extend && !toggle) changeSelection({});
+        return;
+    }
+    IndexSet rows;
+    if (extend && m_anchorRow >= 0) {
+        const auto [from, to] = std::minmax(m_anchorRow, row);
+        for (int each = from; each <= to; ++each)
+            rows.insert(rows.end(), each);
+    } else if (toggle) {
+        rows = m_selected;
+        if (!rows.insert(row).second) rows.erase(row);
+        m_anchorRow = row;
+    } else {
+        rows = {row};
+        m_anchorRow = row;
+    }
+    m_currentRow = row;
+    changeSelection(std::move(rows));
+    viewport()->update();
+}
+
+void TableView::moveCurrentRow(int row, Qt::KeyboardModifiers modifiers) {
+    if (numberOfRows() == 0) return;
+    m_showsFocus = true;
+    click(std::clamp(row, 0, numberOfRows() - 1), modifiers & Qt::ShiftModifier);
+    scrollRowToVisible(m_currentRow);
+    QAccessibleEvent focused(this, QAccessible::Focus);
+    focused.setChild(m_currentRow);
+    QAccessible::updateAccessibility(&focused);
+}
+
+void TableView::sendDoubleAction(int row) {
+    m_clickedRow = row;
+    if (m_doubleAction) m_doubleAction();
+}
+
+void TableView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return event->ignore();
+    m_showsFocus = false;
+    const int row = rowAtPoint(event->position());
+    m_clickedRow = row;
+    m_pressedAt.reset();
+    if (row >= 0) m_pressedAt = event->position();
+    // A press on one of several selected rows may begin a drag of them all: the choice falls when it is
+    // released.
+    const bool plain = !(event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier));
+    if (plain && m_selected.size() > 1 && m_selected.contains(row)) return;
+    click(row, event->modifiers());
+}
+
+void TableView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || !m_pressedAt) return;
+    m_pressedAt.reset();
+    const int row = rowAtPoint(event->position());
+    const bool plain = !(event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier));
+    if (plain && row >= 0 && m_selected.size() > 1) click(row, event->modifiers());
+}
+
+void TableView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return event->ignore();
+    m_pressedAt.reset();
+    sendDoubleAction(rowAtPoint(event->position()));
+}
+
+void TableView::keyPressEvent(QKeyEvent* event) {
+    const int page = std::max(1, int(viewport()->height() / std::max(1.0, rectOfRow(0).height())) - 1);
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    if (event->matches(QKeySequence::SelectAll) && m_allowsMultipleSelection && numberOfRows() > 0) {
+        m_anchorRow = 0;
+        return click(numberOfRows() - 1, Qt::ShiftModifier);
+    }
+    if (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return event->ignore();
+    switch (event->key()) {
+    case Qt::Key_Up:
+        return moveCurrentRow(m_currentRow - 1, modifiers);
+    case Qt::Key_Down:
+        return moveCurrentRow(m_currentRow + 1, modifiers);
+    case Qt::Key_PageUp:
+        return moveCurrentRow(m_currentRow - page, modifiers);
+    case Qt::Key_PageDown:
+        return moveCurrentRow(m_currentRow + page, modifiers);
+    case Qt::Key_Home:
+        return moveCurrentRow(0, modifiers);
+    case Qt::Key_End:
+        return moveCurrentRow(numberOfRows() - 1, modifiers);
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (m_currentRow >= 0) return sendDoubleAction(m_currentRow);
+        [[fallthrough]];
+    default:
+        event->ignore();
+    }
+}
+
+void TableView::wheelEvent(QWheelEvent* event) {
+    // Sideways strokes belong to whoever turns pages.
+    const QPoint angle = event->angleDelta();
+    if (std::abs(angle.x()) > std::abs(angle.y())) return event->ignore();
+    QAbstractScrollArea::wheelEvent(event);
+}
+
+void TableView::focusInEvent(QFocusEvent* event) {
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
+        m_showsFocus = true;
+        if (m_currentRow < 0 && numberOfRows() > 0) m_currentRow = m_anchorRow = 0;
+    }
+    viewport()->update();
+    QAbstractScrollArea::focusInEvent(event);
+}
+
+void TableView::focusOutEvent(QFocusEvent* event) {
+    viewport()->update();
+    QAbstractScrollArea::focusOutEvent(event);
+}
+
+} // namespace cocoa
