@@ -20,7 +20,9 @@ std::unique_ptr<FileIo> FileIo::open(const std::string& path) {
     return std::unique_ptr<FileIo>(new FileIo(descriptor, status.st_size));
 }
 
-FileIo::~FileIo() { close(descriptor_); }
+FileIo::~FileIo() {
+    close(descriptor_);
+}
 
 int FileIo::read(std::span<std::uint8_t> out) {
     ssize_t count = 0;
