@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/cocoa/FilePanel.h"
+
+namespace cocoa {
+
+/// Asks for a file to write. A name without one of the allowed types gets the first of them; a file that
+/// exists is replaced only after a question.
+class SavePanel : public FilePanel {
+public:
+    void setNameFieldStringValue(const QString& name) { m_name = name; }
+
+    /// `completion` gets the path; it is not called when the user cancels or the window goes.
+    void beginSheetModalForWindow(QWidget& window, std::function<void(const QString& path)> completion) const;
+
+private:
+    QString m_name;
+};
+
+} // namespace cocoa
