@@ -1,12 +1,12 @@
 #pragma once
 
-#include <optional>
+#include "core/playlist/TagFileStream.h"
+
 #include <string>
 #include <taglib/fileref.h>
-#include <taglib/tfilestream.h>
 
-/// A local file opened, read-only, for its tags and audio properties. Addresses, folders, pipes and whatever
-/// else is no regular file give a null reference, without being opened.
+/// A local file opened for its tags and audio properties. What TagFileStream does not open gives a null
+/// reference.
 class TaggedFile {
 public:
     explicit TaggedFile(const std::string& source);
@@ -14,6 +14,6 @@ public:
     [[nodiscard]] const TagLib::FileRef& ref() const { return m_ref; }
 
 private:
-    std::optional<TagLib::FileStream> m_stream;
+    TagFileStream m_stream;
     TagLib::FileRef m_ref; // reads from m_stream, so it goes first
 };
