@@ -1,0 +1,67 @@
+#include "controls/CustomWindow.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace {
+
+/// A rectangle of the screen in coordinates whose y grows upward, from Qt's whose y grows downward. All share
+/// the origin, so only differences of y have a meaning.
+QRectF flipped(const QRect& rect) {
+    return {static_cast<double>(rect.x()), static_cast<double>(-(rect.y() + rect.height())),
+            static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+}
+
+/// Where clients may not place themselves, only the compositor moves windows.
+bool compositorPlacesWindows() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+} // namespace
+
+CustomWindow::CustomWindow(QWidget* parent) : Window(parent) {
+    setAttribute(Qt::WA_ShowWithoutActivating, !canBecomeKeyWindow());
+}
+
+CustomWindow::CustomWindow(const QRect& contentRect) : CustomWindow() {
+    setGeometry(contentRect);
+}
+
+QPointF CustomWindow::draggedOrigin(const QRectF& visibleFrame, const QRectF& frame, const QPointF& location,
+                                    const QPointF& initialLocation) {
+    const QPointF origin = frame.topLeft() + location - initialLocation;
+    const double highest = visibleFrame.y() + visibleFrame.height() - frame.height();
+    return {origin.x(), std::min(origin.y(), highest)};
+}
+
+void CustomWindow::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return Window::mousePressEvent(event);
+    m_initialLocation = locationInWindow(event->globalPosition());
+    m_dragging = true;
+}
+
+void CustomWindow::mouseMoveEvent(QMouseEvent* event) {
+    if (!m_dragging) return Window::mouseMoveEvent(event);
+    if (compositorPlacesWindows()) {
+        m_dragging = false;
+        windowHandle()->startSystemMove();
+        return;
+    }
+    const QRectF frame = flipped(geometry());
+    const QPointF location = locationInWindow(event->globalPosition());
+    const QPointF origin = draggedOrigin(flipped(visibleFrame()), frame, location, m_initialLocation);
+    move(qRound(origin.x()), qRound(-(origin.y() + frame.height())));
+}
+
+void CustomWindow::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) m_dragging = false;
+}
+
+QPointF CustomWindow::locationInWindow(const QPointF& global) const {
+    // From the place that the window was last asked to take: until the server has moved it there, the event's
+    // own position still tells of the place before, and the window would swing.
+    return {global.x() - x(), y() + height() - global.y()};
+}

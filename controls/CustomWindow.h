@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/cocoa/Window.h"
+
+#include <QPointF>
+#include <QRectF>
+
+/// The main window: no title bar or border, see-through where nothing is painted, moved by dragging its
+/// background. Its top edge never rises above the part of the screen that panels leave free; the other edges
+/// may leave the screen. Where the compositor alone places windows, the same gesture starts the compositor's
+/// move.
+///
+/// Mouse events that a child handles itself do not reach the window, so they never move it.
+///
+/// Threads: main thread only.
+class CustomWindow : public cocoa::Window {
+    Q_OBJECT
+public:
+    explicit CustomWindow(QWidget* parent = nullptr);
+    /// At this place and size of the screen (y grows downward).
+    explicit CustomWindow(const QRect& contentRect);
+
+    /// True: the window takes the keyboard although it has no title bar.
+    bool canBecomeKeyWindow() const { return true; }
+
+    /// Where the last press fell, from the window's lower left corner, y growing upward.
+    QPointF initialLocation() const { return m_initialLocation; }
+    void setInitialLocation(const QPointF& location) { m_initialLocation = location; }
+
+    /// Where a drag puts the window's lower left corner. All in coordinates whose y grows upward: rectangles
+    /// of the screen by their lower left corner, `location` and `initialLocation` (pointer now, and at the
+    /// press) from the window's lower left corner.
+    static QPointF draggedOrigin(const QRectF& visibleFrame, const QRectF& frame, const QPointF& location,
+                                 const QPointF& initialLocation);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    QPointF locationInWindow(const QPointF& global) const;
+
+    QPointF m_initialLocation;
+    bool m_dragging = false;
+};

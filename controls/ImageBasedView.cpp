@@ -1,0 +1,39 @@
+#include "controls/ImageBasedView.h"
+
+#include "platform/cocoa/Window.h"
+
+#include <QVariant>
+
+void ImageBasedView::awakeFromNib() {
+    m_repaint = true;
+    if (const QVariant name = property("viewImage"); name.isValid())
+        m_viewImage = cocoa::Image::named(name.toString());
+}
+
+QRectF ImageBasedView::imageRect(double viewHeight, const QSizeF& imageSize) {
+    return {QPointF(0.0, viewHeight - imageSize.height()), imageSize};
+}
+
+void ImageBasedView::drawRect(QPainter& painter) {
+    painter.save();
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(geometry(), Qt::transparent);
+    painter.restore();
+    m_viewImage.drawAtPoint(painter, imageRect(height(), m_viewImage.size()).topLeft());
+}
+
+void ImageBasedView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    drawRect(painter);
+    if (!m_repaint) return;
+    m_repaint = false;
+    // Not from inside the drawing: a change of the shadow may make the window anew.
+    QMetaObject::invokeMethod(this, &ImageBasedView::renewShadow, Qt::QueuedConnection);
+}
+
+void ImageBasedView::renewShadow() {
+    auto* const shadowed = qobject_cast<cocoa::Window*>(window());
+    if (!shadowed) return;
+    shadowed->setHasShadow(false);
+    shadowed->setHasShadow(true);
+}

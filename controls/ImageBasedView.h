@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/cocoa/Image.h"
+#include "platform/cocoa/Nib.h"
+
+#include <QWidget>
+
+/// Shows one image at its own size on a see-through ground, from the view's lower left corner. After its
+/// first drawing it makes the window manager look at the window's shape anew, so that the shadow follows the
+/// image.
+///
+/// Threads: main thread only.
+class ImageBasedView : public QWidget, public cocoa::NibAwaking {
+    Q_OBJECT
+
+public:
+    explicit ImageBasedView(QWidget* parent = nullptr) : QWidget(parent) {}
+
+    /// Takes the image that the layout names in the string property "viewImage".
+    void awakeFromNib() override;
+
+    const cocoa::Image& viewImage() const { return m_viewImage; }
+    void setViewImage(const cocoa::Image& image) { m_viewImage = image; }
+
+    /// True when the next drawing will renew the window's shadow.
+    [[nodiscard]] bool repaint() const { return m_repaint; }
+    void setRepaint(bool repaint) { m_repaint = repaint; }
+
+    /// Where an image of this size stands in a view of this height (y grows downward).
+    static QRectF imageRect(double viewHeight, const QSizeF& imageSize);
+
+    void drawRect(QPainter& painter);
+
+    QSize sizeHint() const override { return m_viewImage.size().toSize(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void renewShadow();
+
+    cocoa::Image m_viewImage;
+    bool m_repaint = false;
+};

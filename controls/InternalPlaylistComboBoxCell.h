@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/cocoa/ComboBoxCell.h"
+#include "platform/cocoa/Image.h"
+
+/// The internal playlist selector's look: the platform's combo box with an arrow of our own over its right
+/// end.
+///
+/// Threads: main thread only.
+class InternalPlaylistComboBoxCell : public cocoa::ComboBoxCell {
+public:
+    /// Fetched again at every drawing.
+    const cocoa::Image& dropdownIcon() const { return m_dropdownIcon; }
+    void setDropdownIcon(const cocoa::Image& icon) { m_dropdownIcon = icon; }
+
+    /// Where the arrow stands in a box of this frame (points, y grows downward).
+    static QRectF dropdownIconRect(const QRectF& frame);
+
+    void drawWithFrame(QPainter& painter, const QRectF& frame) override;
+
+private:
+    cocoa::Image m_dropdownIcon;
+};

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "controls/AttributedString.h"
+#include "platform/cocoa/Image.h"
+#include "platform/cocoa/TextFieldCell.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+/// One row of the playlist: number, title over a second line, length, and a play icon in the current entry's
+/// row. It keeps no reference to the playlist: the page fills it, and gives it a background colour, before
+/// each row. All rectangles are in points with y growing downward. A text that is absent (nullopt) draws
+/// nothing.
+///
+/// Threads: main thread only.
+class PlaylistEntryCell : public cocoa::TextFieldCell {
+public:
+    using Text = std::optional<QString>;
+
+    /// True for the row of the current entry: its texts are yellow and it shows the play icon.
+    bool active() const { return m_active; }
+    void setActive(bool active) { m_active = active; }
+
+    /// Shown with two digits at least; 0 shows nothing.
+    std::int64_t trackNumber() const { return m_trackNumber; }
+    void setTrackNumber(std::int64_t number) { m_trackNumber = number; }
+
+    /// The title.
+    const Text& info1() const { return m_info1; }
+    void setInfo1(Text text) { m_info1 = std::move(text); }
+
+    /// The second line.
+    const Text& info2() const { return m_info2; }
+    void setInfo2(Text text) { m_info2 = std::move(text); }
+
+    const cocoa::Image& playIcon() const { return m_playIcon; }
+    void setPlayIcon(const cocoa::Image& icon) { m_playIcon = icon; }
+
+    const Text& lengthInfo() const { return m_lengthInfo; }
+    void setLengthInfo(Text text) { m_lengthInfo = std::move(text); }
+
+    QColor getTextColour() const;
+    std::optional<AttributedString> attributedInfo1Value() const;
+    std::optional<AttributedString> attributedInfo2Value() const;
+    std::optional<AttributedString> attributedTrackNumberValue() const;
+    std::optional<AttributedString> attributedLengthInfoValue() const;
+
+    /// Where each element stands in a row of this frame. A text is cut at the frame's right edge, never in
+    /// height.
+    QRectF trackNumberRectForBounds(const QRectF& frame) const;
+    QRectF info1RectForBounds(const QRectF& frame) const;
+    QRectF info2RectForBounds(const QRectF& frame) const;
+    QRectF lengthInfoRectForBounds(const QRectF& frame) const;
+    QRectF playIconRectForBounds(const QRectF& frame) const;
+    /// Directly below the frame, from the view's left edge.
+    QRectF lineRectForBounds(const QRectF& frame) const;
+
+    void drawInteriorWithFrame(QPainter& painter, const QRectF& frame) override;
+
+    /// Title, second line and length.
+    QString accessibilityLabel() const override;
+
+    /// The copy shares the images and carries everything else.
+    std::unique_ptr<PlaylistEntryCell> copyWithZone() const;
+
+private:
+    std::optional<AttributedString> attributed(const Text& text, const QFont& font) const;
+
+    bool m_active = false;
+    std::int64_t m_trackNumber = 0;
+    Text m_info1;
+    Text m_info2;
+    cocoa::Image m_playIcon;
+    Text m_lengthInfo;
+};

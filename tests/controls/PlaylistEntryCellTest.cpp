@@ -1,0 +1,213 @@
+#include "controls/PlaylistEntryCell.h"
+
+#include "tests/support/TestApplication.h"
+
+#include <QFontInfo>
+#include <QPainter>
+#include <gtest/gtest.h>
+
+namespace {
+
+const QColor grey(34, 34, 34);
+const QColor blue(74, 144, 226);
+const QColor yellow(248, 231, 28);
+
+class PlaylistEntryCellTest : public testing::Test {
+protected:
+    PlaylistEntryCellTest() {
+        support::offscreenApplication();
+        cell.setBackgroundColor(grey);
+        cell.setTrackNumber(2);
+        cell.setInfo1(QStringLiteral("Café Été"));
+        cell.setInfo2(QStringLiteral("Lumière - Saisons"));
+        cell.setLengthInfo(QStringLiteral("03:07"));
+        QImage icon(6, 8, QImage::Format_ARGB32_Premultiplied);
+        icon.fill(Qt::red);
+        cell.setPlayIcon(cocoa::Image(icon));
+    }
+
+    QImage draw(const QRectF& frame = {0, 0, 380, 54}) {
+        QImage canvas(400, 60, QImage::Format_ARGB32_Premultiplied);
+        canvas.fill(Qt::transparent);
+        QPainter painter(&canvas);
+        cell.drawInteriorWithFrame(painter, frame);
+        return canvas;
+    }
+
+    /// How many pixels of a rectangle are nearer to `colour` than to the ground.
+    static int pixels(const QImage& image, const QRectF& where, const QColor& colour) {
+        const auto distance = [](const QColor& a, const QColor& b) {
+            return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) +
+                   std::abs(a.blue() - b.blue());
+        };
+        int count = 0;
+        const QRect area = where.toAlignedRect() & image.rect();
+        for (int y = area.top(); y <= area.bottom(); ++y)
+            for (int x = area.left(); x <= area.right(); ++x)
+                count += distance(image.pixelColor(x, y), colour) < 60;
+        return count;
+    }
+
+    PlaylistEntryCell cell;
+};
+
+TEST_F(PlaylistEntryCellTest, ElementsStandAtTheirOffsetsAndTextsEndAtTheFramesRightEdge) {
+    const QString longText(200, QLatin1Char('m'));
+    cell.setInfo1(longText);
+    cell.setInfo2(longText);
+    cell.setLengthInfo(longText);
+    struct Case {
+        const char* name;
+        QRectF frame;
+        QPointF number, info1, info2, length;
+        double infoWidth, lengthWidth;
+        QRectF icon, line;
+    };
+    const Case cases[] = {
+        {"worked example",
+         {0, 0, 300, 53},
+         {14, 13},
+         {34, 10},
+         {34, 30},
+         {260, 10},
+         266,
+         40,
+         {247, 13, 6, 8},
+         {0, 53, 305, 1}},
+        {"a frame elsewhere",
+         {7, 110, 200, 54},
+         {21, 123},
+         {41, 120},
+         {41, 140},
+         {167, 120},
+         166,
+         40,
+         {154, 123, 6, 8},
+         {0, 164, 205, 1}},
+        {"narrower than the texts' offset",
+         {0, 0, 30, 54},
+         {14, 13},
+         {34, 10},
+         {34, 30},
+         {-10, 10},
+         0,
+         40,
+         {-23, 13, 6, 8},
+         {0, 54, 35, 1}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(cell.trackNumberRectForBounds(c.frame).topLeft(), c.number);
+        EXPECT_EQ(cell.info1RectForBounds(c.frame).topLeft(), c.info1);
+        EXPECT_EQ(cell.info2RectForBounds(c.frame).topLeft(), c.info2);
+        EXPECT_EQ(cell.lengthInfoRectForBounds(c.frame).topLeft(), c.length);
+        EXPECT_EQ(cell.info1RectForBounds(c.frame).width(), c.infoWidth);
+        EXPECT_EQ(cell.info2RectForBounds(c.frame).width(), c.infoWidth);
+        EXPECT_EQ(cell.lengthInfoRectForBounds(c.frame).width(), c.lengthWidth);
+        EXPECT_EQ(cell.info1RectForBounds(c.frame).height(), cell.attributedInfo1Value()->size().height());
+        EXPECT_EQ(cell.playIconRectForBounds(c.frame), c.icon);
+        EXPECT_EQ(cell.lineRectForBounds(c.frame), c.line);
+    }
+    cell.setInfo1(QStringLiteral("short"));
+    const double own = cell.attributedInfo1Value()->size().width();
+    EXPECT_EQ(cell.info1RectForBounds({0, 0, 300, 53}).width(), own);
+    cell.setInfo1(std::nullopt);
+    EXPECT_EQ(cell.info1RectForBounds({0, 0, 300, 53}).size(), QSizeF(0, 0));
+}
+
+TEST_F(PlaylistEntryCellTest, TrackNumbersHaveTwoDigitsAndZeroHasNone) {
+    for (const auto& [number, text] :
+         {std::pair<std::int64_t, const char*>{7, "07"}, {42, "42"}, {100, "100"}, {-3, "-3"}}) {
+        cell.setTrackNumber(number);
+        EXPECT_EQ(cell.attributedTrackNumberValue()->text, QLatin1String(text));
+    }
+    cell.setTrackNumber(0);
+    EXPECT_FALSE(cell.attributedTrackNumberValue().has_value());
+}
+
+TEST_F(PlaylistEntryCellTest, TextsUseRobotoWhereItIsInstalled) {
+    if (QFontInfo(QFont(QStringLiteral("Roboto"))).family() != QLatin1String("Roboto"))
+        GTEST_SKIP() << "no Roboto here";
+    const QFont title = cell.attributedInfo1Value()->font;
+    EXPECT_EQ(QFontInfo(title).family(), QLatin1String("Roboto"));
+    EXPECT_EQ(title.pixelSize(), 12);
+    EXPECT_TRUE(QFontInfo(title).bold());
+    EXPECT_EQ(cell.attributedInfo2Value()->font.pixelSize(), 10);
+    EXPECT_FALSE(QFontInfo(cell.attributedLengthInfoValue()->font).bold());
+}
+
+TEST_F(PlaylistEntryCellTest, TheActiveRowIsYellowWithItsIconAndTheOthersBlueWithout) {
+    const QRectF frame(0, 0, 380, 54);
+    const QRectF texts[] = {cell.trackNumberRectForBounds(frame), cell.info1RectForBounds(frame),
+                            cell.info2RectForBounds(frame), cell.lengthInfoRectForBounds(frame)};
+    for (const bool active : {false, true}) {
+        SCOPED_TRACE(active);
+        cell.setActive(active);
+        const QImage row = draw(frame);
+        for (const QRectF& text : texts) {
+            EXPECT_GT(pixels(row, text, active ? yellow : blue), 5);
+            EXPECT_EQ(pixels(row, text, active ? blue : yellow), 0);
+        }
+        EXPECT_EQ(row.pixelColor(330, 17), active ? QColor(Qt::red) : grey);
+        EXPECT_EQ(row.pixelColor(326, 17), grey);
+        EXPECT_EQ(row.pixelColor(2, 53), grey);
+        EXPECT_EQ(row.pixelColor(2, 54), blue);
+        EXPECT_EQ(row.pixelColor(384, 54), blue);
+        EXPECT_EQ(row.pixelColor(386, 54).alpha(), 0);
+    }
+    cell.setPlayIcon({});
+    EXPECT_EQ(draw(frame).pixelColor(330, 17), grey);
+}
+
+TEST_F(PlaylistEntryCellTest, AbsentAndEmptyTextsLeaveTheRestOfTheRow) {
+    const QRectF frame(0, 0, 380, 54);
+    const QRectF second = cell.info2RectForBounds(frame);
+    for (const PlaylistEntryCell::Text& text :
+         {PlaylistEntryCell::Text(), PlaylistEntryCell::Text(QString())}) {
+        cell.setInfo2(text);
+        const QImage row = draw(frame);
+        EXPECT_EQ(pixels(row, second, blue), 0);
+        EXPECT_GT(pixels(row, cell.info1RectForBounds(frame), blue), 5);
+        EXPECT_GT(pixels(row, cell.lengthInfoRectForBounds(frame), blue), 5);
+    }
+}
+
+TEST_F(PlaylistEntryCellTest, ALongTitleReachesTheRightEdgeOverTheIconAndNoFurther) {
+    cell.setActive(true);
+    cell.setLengthInfo(std::nullopt);
+    cell.setInfo1(QString(200, QChar(0x2588))); // full blocks: no gaps between the letters
+    const QImage row = draw({0, 0, 300, 54});
+    EXPECT_GT(pixels(row, {247, 13, 6, 8}, yellow), 20);
+    EXPECT_EQ(pixels(row, {300, 0, 90, 54}, yellow), 0);
+}
+
+TEST_F(PlaylistEntryCellTest, ScriptsThatRobotoLacksAreDrawn) {
+    const QRectF frame(0, 0, 380, 54);
+    for (const char* title : {"Ночной поезд", "夜行列車", "قطار الليل", "🎵"}) {
+        SCOPED_TRACE(title);
+        cell.setInfo1(QString::fromUtf8(title));
+        const QRectF where = cell.info1RectForBounds(frame);
+        EXPECT_GT(where.width(), 5.0);
+        const QImage row = draw(frame);
+        int drawn = 0;
+        for (int y = 10; y < 28; ++y)
+            for (int x = 34; x < where.right(); ++x)
+                drawn += row.pixelColor(x, y) != grey;
+        EXPECT_GT(drawn, 10);
+    }
+}
+
+TEST_F(PlaylistEntryCellTest, ACopyCarriesEverything) {
+    cell.setActive(true);
+    const auto copy = cell.copyWithZone();
+    const QImage original = draw();
+    cell.setInfo1(QStringLiteral("changed"));
+    QImage canvas(original.size(), original.format());
+    canvas.fill(Qt::transparent);
+    QPainter painter(&canvas);
+    copy->drawInteriorWithFrame(painter, {0, 0, 380, 54});
+    painter.end();
+    EXPECT_EQ(canvas, original);
+}
+
+} // namespace
