@@ -125,7 +125,7 @@ void addTexts(QWidget* window) {
     text(window, {76, 42, 228, 20}, QStringLiteral("Café Été"),
          QStringLiteral("color: #f8e71c; font: bold 13px Roboto;"));
     text(window, {76, 62, 228, 18}, QStringLiteral("Lumière"),
-         QStringLiteral("color: #b9c6d6; font-size: 10.5px;"));
+         QStringLiteral("color: #b9c6d6; font-size: 11px;"));
     auto* const spectrum = new FenSpectrumAnalyzerView(window);
     spectrum->setGeometry(322, 65, 45, 25);
     spectrum->setSpectrumValues(FenSpectrumAnalyzerView::Values{22, 18, 25, 14, 11, 8, 12, 5});
@@ -156,14 +156,14 @@ std::unique_ptr<QWidget> makeMainWindow(bool playing) {
     } else {
         new Picture(in, QStringLiteral("btn_img_play"), {170, 112});
         text(in, {76, 62, 228, 18}, QStringLiteral("0.1.0"),
-             QStringLiteral("color: #b9c6d6; font-size: 10.5px;"));
+             QStringLiteral("color: #b9c6d6; font-size: 11px;"));
     }
     new Picture(in, QStringLiteral("btn_img_previous"), {134, 120});
     new Picture(in, QStringLiteral("btn_img_next"), {222, 120});
     slider(in, {18, 89, 344, 22}, Bar::position, playing ? 0.453 : 0.0);
     slider(in, {18, 121, 92, 22}, Bar::level, 0.5);
     slider(in, {270, 121, 92, 22}, Bar::balance, 0.5);
-    const QString caption = QStringLiteral("color: #7d8896; font-size: 8.5px;");
+    const QString caption = QStringLiteral("color: #7d8896; font-size: 9px;");
     text(in, {18, 141, 92, 14}, QStringLiteral("VOLUME"), caption, Qt::AlignLeft | Qt::AlignVCenter);
     text(in, {270, 141, 92, 14}, QStringLiteral("BALANCE"), caption, Qt::AlignRight | Qt::AlignVCenter);
 
@@ -219,7 +219,7 @@ std::unique_ptr<QWidget> makeSliders() {
         noKnobImage->setDoubleValue(value);
     }
     RixSlider* const focused = slider(in, {10, 214, 236, 22}, Bar::position, 0.3);
-    focused->setFocus();
+    focused->setObjectName(QStringLiteral("focused")); // takes the focus when the window stands
     return panel;
 }
 

@@ -78,7 +78,8 @@ int main(int argc, char** argv) {
     if (options.isSet(QStringLiteral("spectrum")))
         return measureSpectrum(options.value(QStringLiteral("spectrum")).toDouble());
 
-    QWidget window;
+    CustomWindow window(QRect(40, 40, 1580, 640));
+    window.setAttribute(Qt::WA_StyledBackground);
     window.setObjectName(QStringLiteral("gallery"));
     window.setStyleSheet(QStringLiteral("#gallery { background: #3a4048; }"));
     window.setFixedSize(1580, 640);
@@ -88,6 +89,7 @@ int main(int argc, char** argv) {
     place(window, gallery::makeSliders(), {1190, 20});
     place(window, gallery::makeSmallViews(), {1190, 280});
     window.show();
+    window.findChild<QWidget*>(QStringLiteral("focused"))->setFocus();
 
     if (options.isSet(QStringLiteral("screenshot"))) {
         QTimer::singleShot(300, &window, [&] {
