@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFile>
+#include <QLabel>
 #include <QTimer>
 
 #include <ctime>
@@ -79,10 +80,10 @@ int main(int argc, char** argv) {
         return measureSpectrum(options.value(QStringLiteral("spectrum")).toDouble());
 
     CustomWindow window(QRect(40, 40, 1580, 640));
-    window.setAttribute(Qt::WA_StyledBackground);
-    window.setObjectName(QStringLiteral("gallery"));
-    window.setStyleSheet(QStringLiteral("#gallery { background: #3a4048; }"));
     window.setFixedSize(1580, 640);
+    QLabel ground(&window);
+    ground.setFixedSize(window.size());
+    ground.setStyleSheet(QStringLiteral("background: #3a4048;"));
     place(window, gallery::makeMainWindow(true), {15, 20});
     place(window, gallery::makeMainWindow(false), {405, 20});
     place(window, gallery::makeRows(), {795, 20});
