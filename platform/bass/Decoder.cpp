@@ -35,7 +35,17 @@ std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
         decoder->origin_ = av_rescale_q(decoder->frame_->pts, timeBase, {1, decoder->rate_});
     decoder->position_ = 0;
     decoder->length_ = decoder->demuxer_->length(decoder->rate_);
+    decoder->cutAtLength_ = decoder->demuxer_->hasPaddingPastLength();
+    decoder->correctOnePageVorbis();
     return decoder;
+}
+
+/// Where all of a Vorbis stream lies in one Ogg page, FFmpeg counts the first packet, which has no sound of
+/// its own, and cuts that much of the end.
+void Decoder::correctOnePageVorbis() {
+    if (codec_->codec_id != AV_CODEC_ID_VORBIS || !demuxer_->is("ogg") || origin_ <= 0 || !length_) return;
+    codec_->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
+    cutAtLength_ = true;
 }
 
 bool Decoder::openCodec() {
@@ -62,7 +72,7 @@ Status Decoder::next(Sound& sound) {
         std::int64_t from = *position_;
         std::int64_t to = from + frame_->nb_samples;
         nextPosition_ = to;
-        if (length_ && demuxer_->hasPaddingPastLength()) to = std::min(to, *length_);
+        if (length_ && cutAtLength_) to = std::min(to, *length_);
         from = std::max(from, heardFrom_);
         if (from >= to) continue;
         sound = {frame_.get(), static_cast<int>(from - *position_), static_cast<int>(to - from)};

@@ -30,6 +30,7 @@ public:
 private:
     Decoder(ByteSource& bytes, Format format) : bytes_(bytes), format_(format) {}
     [[nodiscard]] bool openCodec();
+    void correctOnePageVorbis();
     [[nodiscard]] bool restart();
     [[nodiscard]] bool seekWithin(std::int64_t frame, std::int64_t margin);
     [[nodiscard]] ReadResult::Status fetch();
@@ -48,6 +49,7 @@ private:
     std::optional<std::int64_t> position_; ///< of the frame fetched last; none until a time is known
     std::int64_t nextPosition_ = 0;
     std::int64_t heardFrom_ = 0; ///< what lies before is decoded but not heard
+    bool cutAtLength_ = false;   ///< sound past `length_` is padding
     bool fetched_ = false;       ///< `frame_` waits to be handed out
     bool ended_ = false;
 };

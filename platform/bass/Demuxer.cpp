@@ -20,6 +20,7 @@ constexpr std::array<std::string_view, 11> refusedContainers = {
 
 constexpr unsigned probeBytes = 1 << 20;
 constexpr int maxStreams = 64;
+constexpr int wavProbePackets = 4;
 
 bool isRefused(const AVInputFormat& format) {
     if (format.flags & AVFMT_NOFILE) return true;
@@ -55,17 +56,26 @@ std::unique_ptr<Demuxer> Demuxer::open(ByteSource& bytes, Format format) {
     return demuxer;
 }
 
-bool Demuxer::openContainer() {
+bool Demuxer::readFrom(std::int64_t offset) {
+    if (bytes_.seekable() && bytes_.seek(offset) != offset) return false;
     avio_ = makeAvio(bytes_);
-    if (!avio_) return false;
-    // A tag may be longer than any probe: what follows it is the content.
-    const bool tagged = bytes_.seekable() && skipId3Tags(*avio_);
-    const AVInputFormat* format = nullptr;
-    if (av_probe_input_buffer2(avio_.get(), &format, nullptr, nullptr, 0, probeBytes) < 0 ||
-        isRefused(*format))
-        return false;
-    if (tagged && avio_seek(avio_.get(), 0, SEEK_SET) != 0) return false;
+    return avio_ != nullptr;
+}
 
+const AVInputFormat* Demuxer::probe() {
+    if (!readFrom(0)) return nullptr;
+    // A tag may be longer than any probe: what follows it is the content.
+    const std::int64_t tagsEnd = bytes_.seekable() ? skipId3Tags(*avio_) : 0;
+    if (tagsEnd > 0 && !readFrom(tagsEnd)) return nullptr;
+    const AVInputFormat* format = nullptr;
+    if (av_probe_input_buffer2(avio_.get(), &format, nullptr, nullptr, 0, probeBytes) < 0) return nullptr;
+    if (tagsEnd > 0 && !readFrom(0)) return nullptr;
+    return format;
+}
+
+bool Demuxer::openContainer() {
+    const AVInputFormat* format = probe();
+    if (!format || isRefused(*format)) return false;
     AVFormatContext* context = avformat_alloc_context();
     if (!context) return false;
     context->pb = avio_.get();
@@ -73,6 +83,9 @@ bool Demuxer::openContainer() {
     context->io_open = refuseToOpen;
     context->interrupt_callback = {isInterrupted, &bytes_};
     context->max_streams = maxStreams;
+    // PCM is probed for another codec's frames within it; the first packets show them.
+    if (std::string_view(format->name) == "wav" || std::string_view(format->name) == "w64")
+        context->max_probe_packets = wavProbePackets;
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "none", 0);
     // The edit list's end is rounded to the movie's time scale; the sample durations are exact (measureMp4).

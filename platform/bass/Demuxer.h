@@ -32,6 +32,8 @@ public:
 
 private:
     explicit Demuxer(ByteSource& bytes) : bytes_(bytes) {}
+    [[nodiscard]] bool readFrom(std::int64_t offset);
+    [[nodiscard]] const AVInputFormat* probe();
     [[nodiscard]] bool openContainer();
     [[nodiscard]] bool chooseStream();
     [[nodiscard]] bool isOf(Format format) const;

@@ -5,10 +5,9 @@
 
 namespace bass {
 
-bool skipId3Tags(AVIOContext& io) {
+std::int64_t skipId3Tags(AVIOContext& io) {
     constexpr std::int64_t headerBytes = 10;
-    const std::int64_t start = avio_tell(&io);
-    std::int64_t end = start;
+    std::int64_t end = avio_tell(&io);
     for (;;) {
         std::array<unsigned char, headerBytes> header{};
         const bool complete = avio_read(&io, header.data(), headerBytes) == headerBytes;
@@ -20,7 +19,7 @@ bool skipId3Tags(AVIOContext& io) {
         if (avio_seek(&io, end, SEEK_SET) < 0) break;
     }
     avio_seek(&io, end, SEEK_SET);
-    return end > start;
+    return end;
 }
 
 std::optional<LameTag> readLameTag(AVIOContext& io) {

@@ -19,8 +19,8 @@ struct LameTag {
     [[nodiscard]] int endPadding() const { return std::max(0, encoderPadding - decoderDelay); }
 };
 
-/// Goes past the ID3v2 tags at the start; true when there was one.
-bool skipId3Tags(AVIOContext& io);
+/// Goes past the ID3v2 tags that start here; answers where they end.
+std::int64_t skipId3Tags(AVIOContext& io);
 /// Reads the tag in the MPEG audio frame that starts here; none when there is none.
 [[nodiscard]] std::optional<LameTag> readLameTag(AVIOContext& io);
 
