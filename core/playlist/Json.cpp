@@ -25,12 +25,10 @@ bool isTooDeep(const std::string& text) {
 
 } // namespace
 
-std::optional<rapidjson::Document> parse(const std::string& text) {
-    if (isTooDeep(text)) return std::nullopt;
-    rapidjson::Document document;
+bool parse(const std::string& text, rapidjson::Document& document) {
+    if (isTooDeep(text)) return false;
     document.Parse(text.data(), text.size());
-    if (document.HasParseError()) return std::nullopt;
-    return document;
+    return !document.HasParseError();
 }
 
 const rapidjson::Value* member(const rapidjson::Value& object, const char* name) {

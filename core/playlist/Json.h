@@ -1,15 +1,14 @@
 #pragma once
 
-#include <optional>
 #include <rapidjson/document.h>
 #include <string>
 
 /// What the JSON files of the core have in common.
 namespace json {
 
-/// Parses one JSON text, with or without a byte order mark. Nothing when it is not valid, or nested deeper
-/// than any file of ours: 1000 levels.
-std::optional<rapidjson::Document> parse(const std::string& text);
+/// Parses one JSON text, with or without a byte order mark. False when it is not valid, or nested deeper than
+/// any file of ours: 1000 levels.
+[[nodiscard]] bool parse(const std::string& text, rapidjson::Document& document);
 
 /// The first member of that name; null when there is none, or `object` is not an object.
 const rapidjson::Value* member(const rapidjson::Value& object, const char* name);

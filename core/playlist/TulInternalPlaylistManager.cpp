@@ -17,9 +17,9 @@ using Pairs = std::vector<std::pair<std::string, std::string>>;
 
 /// Nothing when the text is no store at all.
 std::optional<Pairs> parseStore(const std::string& text) {
-    const auto root = json::parse(text);
-    if (!root) return std::nullopt;
-    const rapidjson::Value* elements = json::member(*root, "entries");
+    rapidjson::Document root;
+    if (!json::parse(text, root)) return std::nullopt;
+    const rapidjson::Value* elements = json::member(root, "entries");
     if (!elements || !elements->IsArray()) return std::nullopt;
 
     Pairs pairs;

@@ -26,13 +26,12 @@ std::int32_t wholeSeconds(double seconds) {
 std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path,
                                                       const ReadingProgress& progress) {
     const auto text = readFile(path);
-    if (!text) return nullptr;
-    const auto root = json::parse(*text);
-    if (!root) return nullptr;
+    rapidjson::Document root;
+    if (!text || !json::parse(*text, root)) return nullptr;
 
-    const rapidjson::Value* name = json::stringMember(*root, "name");
-    const rapidjson::Value* elements = json::member(*root, "entries");
-    const rapidjson::Value* start = json::member(*root, "start");
+    const rapidjson::Value* name = json::stringMember(root, "name");
+    const rapidjson::Value* elements = json::member(root, "entries");
+    const rapidjson::Value* start = json::member(root, "start");
     if (!name || !elements || !elements->IsArray() || (start && !start->IsInt())) return nullptr;
 
     const std::string folder = playlistFolder(path);
@@ -40,7 +39,7 @@ std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path,
     entries.reserve(elements->Size());
     for (const auto& element : elements->GetArray()) {
         if (json::member(element, "smart")) continue;
-        entries.push_back(readEntry(element, *root, folder));
+        entries.push_back(readEntry(element, root, folder));
         if (!entries.back()) return nullptr;
     }
 

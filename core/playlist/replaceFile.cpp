@@ -56,19 +56,14 @@ Outcome replaceByRename(const fs::path& target, const std::optional<struct stat>
     const FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.isOpen()) return errno == ENOSPC ? Outcome::failed : Outcome::notAllowed;
 
-    Outcome outcome = Outcome::replaced;
-    if (old && !takeOver(file.get(), *old))
-        outcome = Outcome::notAllowed;
-    else if (!writeAll(file.get(), bytes) || ::fsync(file.get()) != 0)
-        outcome = Outcome::failed;
-    else if (std::rename(temporary.c_str(), target.c_str()) != 0)
-        outcome = Outcome::notAllowed;
-
-    if (outcome == Outcome::replaced)
+    const bool takenOver = !old || takeOver(file.get(), *old);
+    const bool written = takenOver && writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
+    if (written && std::rename(temporary.c_str(), target.c_str()) == 0) {
         syncFolder(target);
-    else
-        ::unlink(temporary.c_str());
-    return outcome;
+        return Outcome::replaced;
+    }
+    ::unlink(temporary.c_str());
+    return takenOver && !written ? Outcome::failed : Outcome::notAllowed;
 }
 
 bool overwriteInPlace(const fs::path& target, const struct stat& old, const std::string& bytes) {

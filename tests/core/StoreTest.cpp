@@ -16,7 +16,7 @@ using support::writeFile;
 
 fs::path freshFolder() {
     static int number = 0;
-    const fs::path folder = support::scratch() / ("store" + std::to_string(++number));
+    fs::path folder = support::scratch() / ("store" + std::to_string(++number));
     fs::create_directories(folder);
     fs::permissions(support::scratch(), fs::perms(0755)); // for asOrdinaryUser
     return folder;

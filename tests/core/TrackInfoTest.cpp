@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 /// Encodes two seconds of sine in every format, tagged by another library than the one that reads.
 const fs::path& media() {
     static const fs::path folder = [] {
-        const fs::path made = support::scratch() / "tagged";
+        fs::path made = support::scratch() / "tagged";
         fs::create_directories(made);
         const auto path = [&made](const char* name) { return (made / name).string(); };
         support::writeWav(made / "in.wav", support::sine(440, 88200));
@@ -130,6 +130,7 @@ TEST(TrackInfo, FillsOnlyWhatIsMissing) {
 
 TEST(TrackInfo, OfManyEntriesIsTheSameAsOneByOneAndCanBeEnded) {
     std::vector<std::string> sources;
+    sources.reserve(200'000);
     for (int i = 0; i < 400; ++i)
         sources.push_back((media() / (i % 3 == 0 ? "a.mp3" : i % 3 == 1 ? "a.flac" : "gone.wv")).string());
     TulPlaylist together;
