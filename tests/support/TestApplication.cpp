@@ -3,19 +3,46 @@
 #include <QEventLoop>
 #include <QImage>
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
+#include <memory>
 
 namespace support {
 
+namespace {
+
+/// Ends the application while the toolkit's own statics are still alive.
+class ApplicationEnvironment : public testing::Environment {
+public:
+    QApplication& application() {
+        if (m_application == nullptr) {
+            setenv("QT_QPA_PLATFORM", "offscreen", 1);
+            m_application = std::make_unique<QApplication>(m_count, m_arguments);
+        }
+        return *m_application;
+    }
+    void TearDown() override { m_application.reset(); }
+
+private:
+    int m_count = 1;
+    char m_name[5] = "test";
+    char* m_arguments[2] = {m_name, nullptr};
+    std::unique_ptr<QApplication> m_application;
+};
+
+/// Owned by the test framework.
+ApplicationEnvironment* const environment = [] {
+    auto made = std::make_unique<ApplicationEnvironment>();
+    ApplicationEnvironment* const known = made.get();
+    testing::AddGlobalTestEnvironment(made.release());
+    return known;
+}();
+
+} // namespace
+
 QApplication& offscreenApplication() {
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static int count = 1;
-    static QApplication application = [] {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        return QApplication(count, arguments);
-    }();
-    return application;
+    return environment->application();
 }
 
 bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
