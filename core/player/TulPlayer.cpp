@@ -1,5 +1,7 @@
 #include "core/player/TulPlayer.h"
 
+#include "core/player/TulNetworkSharing.h"
+
 #include <mutex>
 #include <utility>
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "core/player/TulNetworkSharing.h"
 #include "core/player/TulStream.h"
 #include "core/playlist/ReadingProgress.h"
 #include "core/playlist/TulInternalPlaylistManager.h"
@@ -11,6 +10,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+
+class TulNetworkSharing;
 
 /// The one object of the core that the shell talks to: it turns commands into operations on the current
 /// playlist and its stream, and goes on to the next entry when a track ends.
