@@ -18,9 +18,15 @@ using cocoa::Image;
 namespace gallery {
 namespace {
 
+/// A widget that its parent owns.
+template <typename Widget, typename... Arguments> Widget* add(QWidget* parent, Arguments&&... arguments) {
+    return std::make_unique<Widget>(parent, std::forward<Arguments>(arguments)...).release();
+}
+
 QLabel* text(QWidget* parent, const QRect& place, const QString& words, const QString& style,
              Qt::Alignment alignment = Qt::AlignCenter) {
-    auto* const label = new QLabel(words, parent);
+    auto* const label = add<QLabel>(parent);
+    label->setText(words);
     label->setGeometry(place);
     label->setAlignment(alignment);
     label->setStyleSheet(QStringLiteral("background: transparent; ") + style);
@@ -30,7 +36,7 @@ QLabel* text(QWidget* parent, const QRect& place, const QString& words, const QS
 /// One picture at its own size.
 class Picture : public QWidget {
 public:
-    Picture(QWidget* parent, const QString& name, const QPoint& place, QSize size = {})
+    Picture(QWidget* parent, const QString& name, const QPoint& place, const QSize& size)
         : QWidget(parent), m_image(Image::named(name)) {
         setGeometry({place, size.isEmpty() ? m_image.size().toSize() : size});
     }
@@ -45,10 +51,14 @@ private:
     Image m_image;
 };
 
+void addPicture(QWidget* parent, const QString& name, const QPoint& place, const QSize& size = {}) {
+    add<Picture>(parent, name, place, size);
+}
+
 enum class Bar { position, level, balance };
 
 RixSlider* slider(QWidget* parent, const QRect& place, Bar bar, double value) {
-    auto* const made = new RixSlider(parent);
+    auto* const made = add<RixSlider>(parent);
     made->setGeometry(place);
     made->cell()->setControlSize(cocoa::ControlSize::mini);
     made->setKnobImage(Image::named(bar == Bar::position ? QStringLiteral("slider_knob.png")
@@ -78,7 +88,7 @@ struct Row {
 /// A table over rows that stand in the program, owned by its panel.
 class Rows : public QObject, public cocoa::TableViewDataSource, public cocoa::TableViewDelegate {
 public:
-    Rows(QObject* parent, std::vector<Row> rows) : QObject(parent), m_rows(std::move(rows)) {}
+    Rows(QWidget* parent, std::vector<Row> rows) : QObject(parent), m_rows(std::move(rows)) {}
 
     int numberOfRows() override { return static_cast<int>(m_rows.size()); }
     double heightOfRow(int) override { return 55.0; }
@@ -100,8 +110,8 @@ private:
 };
 
 void addTable(QWidget* parent, const QRect& place, std::vector<Row> rows) {
-    auto* const table = new cocoa::TableView(parent);
-    auto* const source = new Rows(parent, std::move(rows));
+    auto* const table = add<cocoa::TableView>(parent);
+    auto* const source = add<Rows>(parent, std::move(rows));
     table->setGeometry(place);
     table->setFrameShape(QFrame::NoFrame);
     table->setStyleSheet(QStringLiteral("cocoa--TableView { background: #222222; }"));
@@ -112,7 +122,7 @@ void addTable(QWidget* parent, const QRect& place, std::vector<Row> rows) {
 }
 
 void addSelector(QWidget* parent, const QRect& place, const QString& name) {
-    auto* const box = new cocoa::ComboBox(parent);
+    auto* const box = add<cocoa::ComboBox>(parent);
     box->setGeometry(place);
     box->setCell(std::make_unique<InternalPlaylistComboBoxCell>());
     box->setStringValue(name);
@@ -126,7 +136,7 @@ void addTexts(QWidget* window) {
          QStringLiteral("color: #f8e71c; font: bold 13px Roboto;"));
     text(window, {76, 62, 228, 18}, QStringLiteral("Lumière"),
          QStringLiteral("color: #b9c6d6; font-size: 11px;"));
-    auto* const spectrum = new FenSpectrumAnalyzerView(window);
+    auto* const spectrum = add<FenSpectrumAnalyzerView>(window);
     spectrum->setGeometry(322, 65, 45, 25);
     spectrum->setSpectrumValues(FenSpectrumAnalyzerView::Values{22, 18, 25, 14, 11, 8, 12, 5});
 }
@@ -137,29 +147,29 @@ std::unique_ptr<QWidget> makeMainWindow(bool playing) {
     auto window = std::make_unique<QWidget>();
     QWidget* const in = window.get();
     in->setFixedSize(380, 600);
-    auto* const ground = new ImageBasedView(in);
+    auto* const ground = add<ImageBasedView>(in);
     ground->setGeometry(0, 0, 380, 600);
     ground->setViewImage(Image::named(QStringLiteral("window_background")));
 
-    new Picture(in, QStringLiteral("title_menu"), {10, 5});
-    new Picture(in, QStringLiteral("title_minimise"), {325, 5});
-    new Picture(in, QStringLiteral("title_close"), {350, 5});
+    addPicture(in, QStringLiteral("title_menu"), {10, 5});
+    addPicture(in, QStringLiteral("title_minimise"), {325, 5});
+    addPicture(in, QStringLiteral("title_close"), {350, 5});
     text(in, {100, 5, 180, 20}, QStringLiteral("Playlist"),
          QStringLiteral("color: #9aa5b4; font-size: 11px; letter-spacing: 0.6px;"));
 
-    new Picture(in,
-                playing ? QStringLiteral("controls_background_with_separator")
-                        : QStringLiteral("controls_background"),
-                {0, 30});
+    addPicture(in,
+               playing ? QStringLiteral("controls_background_with_separator")
+                       : QStringLiteral("controls_background"),
+               {0, 30});
     if (playing) {
         addTexts(in);
     } else {
-        new Picture(in, QStringLiteral("btn_img_play"), {170, 112});
+        addPicture(in, QStringLiteral("btn_img_play"), {170, 112});
         text(in, {76, 62, 228, 18}, QStringLiteral("0.1.0"),
              QStringLiteral("color: #b9c6d6; font-size: 11px;"));
     }
-    new Picture(in, QStringLiteral("btn_img_previous"), {134, 120});
-    new Picture(in, QStringLiteral("btn_img_next"), {222, 120});
+    addPicture(in, QStringLiteral("btn_img_previous"), {134, 120});
+    addPicture(in, QStringLiteral("btn_img_next"), {222, 120});
     slider(in, {18, 89, 344, 22}, Bar::position, playing ? 0.453 : 0.0);
     slider(in, {18, 121, 92, 22}, Bar::level, 0.5);
     slider(in, {270, 121, 92, 22}, Bar::balance, 0.5);
@@ -177,8 +187,8 @@ std::unique_ptr<QWidget> makeMainWindow(bool playing) {
 
     addSelector(in, {16, 557, 348, 25}, QStringLiteral("Road trip"));
     for (int page = 0; page < 3; ++page)
-        new Picture(in, page == 0 ? QStringLiteral("page_dot_current") : QStringLiteral("page_dot"),
-                    {173 + 12 * page, 586});
+        addPicture(in, page == 0 ? QStringLiteral("page_dot_current") : QStringLiteral("page_dot"),
+                   {173 + 12 * page, 586});
     return window;
 }
 
@@ -196,24 +206,24 @@ std::unique_ptr<QWidget> makeSliders() {
         slider(in, next(), Bar::balance, value);
         slider(in, next(), Bar::position, value)->setEnabled(false);
 
-        auto* const plain = new RixSlider(in);
+        auto* const plain = add<RixSlider>(in);
         plain->setGeometry(next());
         plain->setDoubleValue(value);
 
-        auto* const knobOnly = new RixSlider(in);
+        auto* const knobOnly = add<RixSlider>(in);
         knobOnly->setGeometry(next());
         knobOnly->cell()->setControlSize(cocoa::ControlSize::mini);
         knobOnly->setKnobImage(Image::named(QStringLiteral("slider_knob.png")));
         knobOnly->setDoubleValue(value);
 
-        auto* const oneFill = new RixSlider(in);
+        auto* const oneFill = add<RixSlider>(in);
         oneFill->setGeometry(next());
         oneFill->setKnobImage(Image::named(QStringLiteral("slider_knob_yellow.png")));
         oneFill->setBarFillImage(Image::named(QStringLiteral("slider_position_fill")));
         oneFill->cell()->setControlSize(cocoa::ControlSize::mini);
         oneFill->setDoubleValue(value);
 
-        auto* const noKnobImage = new RixSlider(in);
+        auto* const noKnobImage = add<RixSlider>(in);
         noKnobImage->setGeometry(next());
         noKnobImage->setBarFillImage(Image::named(QStringLiteral("slider_position_fill")));
         noKnobImage->setDoubleValue(value);
@@ -250,7 +260,7 @@ std::unique_ptr<QWidget> makeSmallViews() {
         FenSpectrumAnalyzerView::Values{22, 18, 25, 14, 11, 8, 12, 5},
         FenSpectrumAnalyzerView::Values(8, 25)};
     for (std::size_t i = 0; i < spectra.size(); ++i) {
-        auto* const view = new FenSpectrumAnalyzerView(in);
+        auto* const view = add<FenSpectrumAnalyzerView>(in);
         view->setGeometry(10 + 72 * static_cast<int>(i), 8, 45, 25);
         view->setSpectrumValues(spectra[i]);
     }
@@ -262,16 +272,16 @@ std::unique_ptr<QWidget> makeSmallViews() {
           "title_close_hover", "page_dot", "page_dot_hover", "page_dot_current"}) {
         const QString image = QString::fromLatin1(name);
         const QSize size = Image::named(image).size().toSize();
-        new Picture(in, image, {x, 100 - size.height() / 2});
+        addPicture(in, image, {x, 100 - size.height() / 2});
         x += size.width() + 6;
     }
-    new Picture(in, QStringLiteral("default_cover_art.png"), {10, 130}, {190, 190});
+    addPicture(in, QStringLiteral("default_cover_art.png"), {10, 130}, {190, 190});
     x = 212;
     for (const int size : {16, 24, 32, 64}) {
-        new Picture(in, QStringLiteral("tulplayer"), {x, 130}, {size, size});
+        addPicture(in, QStringLiteral("tulplayer"), {x, 130}, {size, size});
         x += size + 8;
     }
-    new Picture(in, QStringLiteral("tulplayer"), {212, 204}, {116, 116});
+    addPicture(in, QStringLiteral("tulplayer"), {212, 204}, {116, 116});
     return panel;
 }
 

@@ -92,11 +92,12 @@ int main(int argc, char** argv) {
     window.show();
     window.findChild<QWidget*>(QStringLiteral("focused"))->setFocus();
 
-    if (options.isSet(QStringLiteral("screenshot"))) {
-        QTimer::singleShot(300, &window, [&] {
-            const bool saved = window.grab().save(options.value(QStringLiteral("screenshot")));
-            QCoreApplication::exit(saved ? 0 : 1);
-        });
-    }
+    QTimer settled; // the focus and the fonts have arrived by then
+    settled.setSingleShot(true);
+    QObject::connect(&settled, &QTimer::timeout, [&] {
+        const bool saved = window.grab().save(options.value(QStringLiteral("screenshot")));
+        QCoreApplication::exit(saved ? 0 : 1);
+    });
+    if (options.isSet(QStringLiteral("screenshot"))) settled.start(300);
     return QApplication::exec();
 }
