@@ -115,7 +115,7 @@ void Converter::finish() {
     if (rate_ != sampleRate) {
         while (convert(nullptr, 0) > 0) {
         }
-        const std::int64_t surplus = framesOut_ - av_rescale(framesIn_, sampleRate, rate_);
+        const std::int64_t surplus = framesOut_ - av_rescale_rnd(framesIn_, sampleRate, rate_, rounding_);
         const auto size = static_cast<std::int64_t>(converted_.size()) - surplus * channelCount;
         converted_.resize(static_cast<std::size_t>(std::max(size, static_cast<std::int64_t>(taken_))));
     }

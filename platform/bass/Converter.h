@@ -19,6 +19,8 @@ public:
     [[nodiscard]] bool push(const AVFrame& frame, int offset, int count);
     /// No more comes: gives out what the resampler still holds.
     void finish();
+    /// How the count of resampled frames is rounded; to the nearest if nothing is said.
+    void setRounding(AVRounding rounding) { rounding_ = rounding; }
     /// Forgets everything; the next sound starts anew.
     void reset();
     /// Moves converted frames into `out`, first ones first; answers how many.
@@ -34,6 +36,7 @@ private:
     int format_ = AV_SAMPLE_FMT_NONE;
     int channels_ = 0;
     std::uint64_t channelMask_ = 0;
+    AVRounding rounding_ = AV_ROUND_NEAR_INF;
     std::int64_t framesIn_ = 0;
     std::int64_t framesOut_ = 0;
     std::vector<float> converted_;

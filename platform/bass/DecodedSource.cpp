@@ -64,7 +64,7 @@ bool DecodedSource::seek(std::int64_t frame) {
 std::optional<std::int64_t> DecodedSource::lengthFrames() const {
     const auto length = decoder_->length();
     if (!length) return std::nullopt;
-    return av_rescale(*length, sampleRate, decoder_->rate());
+    return av_rescale_rnd(*length, sampleRate, decoder_->rate(), decoder_->rounding());
 }
 
 } // namespace bass

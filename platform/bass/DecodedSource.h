@@ -23,7 +23,9 @@ public:
 
 private:
     DecodedSource(std::shared_ptr<ByteSource> bytes, std::unique_ptr<Decoder> decoder)
-        : bytes_(std::move(bytes)), decoder_(std::move(decoder)) {}
+        : bytes_(std::move(bytes)), decoder_(std::move(decoder)) {
+        converter_.setRounding(decoder_->rounding());
+    }
     void discard();
 
     std::shared_ptr<ByteSource> bytes_; ///< outlives the decoder

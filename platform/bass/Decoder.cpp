@@ -1,6 +1,7 @@
 #include "platform/bass/Decoder.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace bass {
 namespace {
@@ -30,20 +31,24 @@ std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
     // The first frame tells what headers only promise.
     if (decoder->fetch() != Status::more) return nullptr;
     decoder->rate_ = decoder->frame_->sample_rate;
-    const AVRational timeBase = decoder->demuxer_->stream().time_base;
-    if (decoder->frame_->pts != AV_NOPTS_VALUE)
-        decoder->origin_ = av_rescale_q(decoder->frame_->pts, timeBase, {1, decoder->rate_});
+    decoder->firstByte_ = decoder->frame_->pkt_pos;
+    decoder->origin_ = decoder->timeOfFrame().value_or(0);
     decoder->position_ = 0;
     decoder->length_ = decoder->demuxer_->length(decoder->rate_);
     decoder->cutAtLength_ = decoder->demuxer_->hasPaddingPastLength();
-    decoder->correctOnePageVorbis();
+    decoder->takeOverTrimming();
     return decoder;
 }
 
-/// Where all of a Vorbis stream lies in one Ogg page, FFmpeg counts the first packet, which has no sound of
-/// its own, and cuts that much of the end.
-void Decoder::correctOnePageVorbis() {
-    if (codec_->codec_id != AV_CODEC_ID_VORBIS || !demuxer_->is("ogg") || origin_ <= 0 || !length_) return;
+/// FFmpeg trims by its packets' times. Where these are known to be wrong the end is cut at the length
+/// instead.
+void Decoder::takeOverTrimming() {
+    // All of a Vorbis stream in one Ogg page: the first packet, which has no sound of its own, is counted
+    // too.
+    const bool isOnePage = codec_->codec_id == AV_CODEC_ID_VORBIS && demuxer_->is("ogg") && origin_ > 0;
+    // A seek by byte offset guesses the time.
+    const bool guesses = demuxer_->hasConstantBitRate();
+    if (!length_ || (!isOnePage && !guesses)) return;
     codec_->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
     cutAtLength_ = true;
 }
@@ -54,6 +59,8 @@ bool Decoder::openCodec() {
     if (!codec) return false;
     codec_.reset(avcodec_alloc_context3(codec));
     if (!codec_ || avcodec_parameters_to_context(codec_.get(), stream.codecpar) < 0) return false;
+    if (codec->id == AV_CODEC_ID_FLAC && codec_->extradata_size > 0)
+        flac_ = flac::parseStreamInfo({codec_->extradata, static_cast<std::size_t>(codec_->extradata_size)});
     codec_->pkt_timebase = stream.time_base;
     codec_->thread_count = 1;
     return avcodec_open2(codec_.get(), codec, nullptr) >= 0;
@@ -93,16 +100,38 @@ Status Decoder::fetch() {
         if (result < 0 || !isSane(*frame_)) continue;
         if (position_)
             position_ = nextPosition_;
-        else if (rate_ > 0 && frame_->pts != AV_NOPTS_VALUE)
-            position_ = av_rescale_q(frame_->pts, demuxer_->stream().time_base, {1, rate_}) - origin_;
+        else if (const auto time = timeOfFrame(); rate_ > 0 && time)
+            position_ = *time - origin_;
         fetched_ = true;
         return Status::more;
     }
     return Status::end;
 }
 
+/// The time of `frame_` by the surest clock there is; none when there is none.
+std::optional<std::int64_t> Decoder::timeOfFrame() const {
+    if (flacTime_) return flacTime_;
+    if (demuxer_->hasConstantBitRate() && frame_->pkt_pos >= 0 && firstByte_ >= 0 && codec_->frame_size > 0 &&
+        codec_->bit_rate > 0) {
+        const double packetBytes = static_cast<double>(codec_->frame_size) *
+                                   static_cast<double>(codec_->bit_rate) / 8 / frame_->sample_rate;
+        const auto packets = std::llround(static_cast<double>(frame_->pkt_pos - firstByte_) / packetBytes);
+        const int trimmed = codec_->frame_size - frame_->nb_samples; // from the front, being encoder delay
+        return packets * codec_->frame_size + trimmed;
+    }
+    if (frame_->pts == AV_NOPTS_VALUE) return std::nullopt;
+    return av_rescale_q(frame_->pts, demuxer_->stream().time_base, {1, frame_->sample_rate});
+}
+
+/// opusenc rounds up when it takes a source to 48 kHz: rounding down gives the source's count back.
+AVRounding Decoder::rounding() const {
+    return codec_->codec_id == AV_CODEC_ID_OPUS ? AV_ROUND_DOWN : AV_ROUND_NEAR_INF;
+}
+
 Status Decoder::feed() {
     const int result = demuxer_->next(*packet_);
+    if (flac_ && result >= 0)
+        flacTime_ = flac::firstSample({packet_->data, static_cast<std::size_t>(packet_->size)}, *flac_);
     if (bytes_.interrupted() || result == AVERROR(EIO)) return Status::failed;
     // Damage ends the sound like its end does: what was decoded until here is still heard.
     if (result < 0) return avcodec_send_packet(codec_.get(), nullptr) < 0 ? Status::end : Status::more;
@@ -138,6 +167,7 @@ bool Decoder::seekWithin(std::int64_t frame, std::int64_t margin) {
     fetched_ = false;
     ended_ = false;
     if (fetch() != Status::more || !position_) return false;
+    if (!flacTime_ && demuxer_->guessesTimeAt(frame_->pkt_pos)) return false;
     return *position_ <= std::max<std::int64_t>(frame - preroll(), 0);
 }
 

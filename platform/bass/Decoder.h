@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/bass/Demuxer.h"
+#include "platform/bass/FlacHeader.h"
 
 #include <memory>
 #include <optional>
@@ -24,17 +25,20 @@ public:
     [[nodiscard]] ReadResult::Status next(Sound& sound);
     [[nodiscard]] bool seek(std::int64_t frame);
     [[nodiscard]] int rate() const { return rate_; }
+    /// How a count of frames is brought to another rate.
+    [[nodiscard]] AVRounding rounding() const;
     /// Frames at `rate`; none when the container does not know.
     [[nodiscard]] std::optional<std::int64_t> length() const { return length_; }
 
 private:
     Decoder(ByteSource& bytes, Format format) : bytes_(bytes), format_(format) {}
     [[nodiscard]] bool openCodec();
-    void correctOnePageVorbis();
+    void takeOverTrimming();
     [[nodiscard]] bool restart();
     [[nodiscard]] bool seekWithin(std::int64_t frame, std::int64_t margin);
     [[nodiscard]] ReadResult::Status fetch();
     [[nodiscard]] ReadResult::Status feed();
+    [[nodiscard]] std::optional<std::int64_t> timeOfFrame() const;
     [[nodiscard]] std::int64_t preroll() const;
 
     ByteSource& bytes_;
@@ -45,6 +49,9 @@ private:
     FramePtr frame_;
     int rate_ = 0;
     std::optional<std::int64_t> length_;
+    std::optional<flac::StreamInfo> flac_; ///< of a FLAC stream
+    std::optional<std::int64_t> flacTime_; ///< what the packet sent last says of itself
+    std::int64_t firstByte_ = 0;           ///< where the packet of the first frame lies
     std::int64_t origin_ = 0;              ///< time of the first heard frame, in frames
     std::optional<std::int64_t> position_; ///< of the frame fetched last; none until a time is known
     std::int64_t nextPosition_ = 0;

@@ -1,10 +1,12 @@
 #include "platform/bass/Demuxer.h"
 
+#include "platform/bass/FlacHeader.h"
 #include "platform/bass/LameTag.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <string>
 #include <string_view>
 
 extern "C" {
@@ -154,7 +156,26 @@ bool Demuxer::seek(std::int64_t timestamp) {
     return av_seek_frame(context_.get(), stream_->index, timestamp, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
+/// FFmpeg counts the times within an Ogg page back from its end, but not in the last one, whose end is cut.
+bool Demuxer::guessesTimeAt(std::int64_t offset) {
+    if (!is("ogg")) return false;
+    if (!lastPage_) {
+        constexpr std::int64_t longestPage = 65'307;
+        const std::int64_t here = avio_tell(avio_.get());
+        const std::int64_t tailStart = std::max<std::int64_t>(bytes_.size() - longestPage, 0);
+        std::string tail(longestPage, '\0');
+        if (avio_seek(avio_.get(), tailStart, SEEK_SET) < 0) return true;
+        const int count = avio_read(avio_.get(), reinterpret_cast<unsigned char*>(tail.data()), longestPage);
+        if (avio_seek(avio_.get(), here, SEEK_SET) < 0 || count < 0) return true;
+        const std::size_t page =
+            std::string_view(tail).substr(0, static_cast<std::size_t>(count)).rfind("OggS");
+        lastPage_ = tailStart + (page == std::string::npos ? 0 : static_cast<std::int64_t>(page));
+    }
+    return offset >= *lastPage_;
+}
+
 std::optional<std::int64_t> Demuxer::length(int sampleRate) const {
+    if (flacFrames_) return flacFrames_;
     if (!duration_) return std::nullopt;
     // HE-AAC is decoded at twice the rate that its container may state.
     const int ownRate = stream_->codecpar->sample_rate > 0 ? stream_->codecpar->sample_rate : sampleRate;
@@ -169,10 +190,20 @@ void Demuxer::measure() {
         duration_ = stream_->duration;
     else if (context_->duration != AV_NOPTS_VALUE && context_->duration > 0)
         duration_ = av_rescale_q(context_->duration, AV_TIME_BASE_Q, stream_->time_base);
+    if (stream_->codecpar->codec_id == AV_CODEC_ID_FLAC) return measureFlac();
     if (is("mp3")) return measureMp3();
     if (is("mp4")) return measureMp4();
     if (is("ogg") && stream_->codecpar->codec_id == AV_CODEC_ID_OPUS)
         paddingFrames_ = stream_->codecpar->initial_padding;
+}
+
+/// Containers such as Matroska round to a time base of their own.
+void Demuxer::measureFlac() {
+    const AVCodecParameters& parameters = *stream_->codecpar;
+    if (parameters.extradata_size <= 0 || parameters.sample_rate <= 0) return;
+    const auto info =
+        flac::parseStreamInfo({parameters.extradata, static_cast<std::size_t>(parameters.extradata_size)});
+    if (info && info->totalSamples > 0) flacFrames_ = info->totalSamples;
 }
 
 void Demuxer::measureMp3() {
@@ -185,7 +216,8 @@ void Demuxer::measureMp3() {
     if (!tag) return;
     paddingFrames_ = tag->startPadding() + tag->endPadding();
     // A constant bit rate turns a time into a byte offset; otherwise every frame up to it must be walked.
-    if (tag->constantBitRate) context_->flags |= AVFMT_FLAG_FAST_SEEK;
+    constantBitRate_ = tag->constantBitRate;
+    if (constantBitRate_) context_->flags |= AVFMT_FLAG_FAST_SEEK;
 }
 
 /// The last sample duration says where the sound ends within the last packet; encoders such as FFmpeg's put

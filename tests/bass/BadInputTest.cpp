@@ -1,0 +1,135 @@
+#include "platform/bass/Source.h"
+
+#include "tests/bass/Sounds.h"
+#include "tests/support/Media.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using bass::Format;
+namespace fs = std::filesystem;
+
+fs::path scratchFile(const std::string& name, const std::string& bytes) {
+    const fs::path path = support::scratch() / name;
+    support::writeFile(path, bytes);
+    return path;
+}
+
+std::string randomBytes(std::size_t count) {
+    std::mt19937 generator(7);
+    std::string bytes(count, '\0');
+    std::ranges::generate(bytes, [&] { return static_cast<char>(generator()); });
+    return bytes;
+}
+
+std::string encoded(const std::string& name, const std::vector<std::string>& command) {
+    static const fs::path wav = support::writeWav(support::scratch() / "in.wav", sounds::sweep(60'000));
+    const fs::path out = support::scratch() / name;
+    std::vector<std::string> words = command;
+    std::ranges::replace(words, "IN", wav.string());
+    std::ranges::replace(words, "OUT", out.string());
+    support::run(words);
+    return support::readFile(out);
+}
+
+const std::vector<std::pair<std::string, std::vector<std::string>>> encoders = {
+    {"bad.flac", {"flac", "-s", "-f", "IN", "-o", "OUT"}},
+    {"bad.ogg", {"oggenc", "-Q", "IN", "-o", "OUT"}},
+    {"bad.opus", {"opusenc", "--quiet", "IN", "OUT"}},
+    {"bad.mp3", {"lame", "--quiet", "IN", "OUT"}},
+    {"bad.wv", {"wavpack", "-q", "-y", "IN", "-o", "OUT"}},
+    {"bad.m4a", {"ffmpeg", "-v", "error", "-y", "-i", "IN", "-c:a", "aac", "OUT"}},
+    {"bad.wav", {"cp", "IN", "OUT"}},
+};
+
+TEST(BadInput, IsRefused) {
+    const fs::path fifo = support::scratch() / "fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const fs::path sound = support::writeWav(support::scratch() / "sound.wav", sounds::sweep(1000));
+    const std::string list = "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nfile://" + sound.string() + "\n";
+    const std::vector<std::string> paths = {
+        scratchFile("empty.flac", ""),
+        scratchFile("garbage.wav", randomBytes(100'000)),
+        scratchFile("text.txt", std::string(5000, 'a')),
+        scratchFile("list.mp3", list + "#EXT-X-ENDLIST\n"),
+        scratchFile("list.ffconcat", "ffconcat version 1.0\nfile '" + sound.string() + "'\n"),
+        support::scratch(),
+        support::scratch() / "absent.flac",
+        fifo,
+        "/dev/zero",
+        "file:" + sound.string(),
+        sound.string() + std::string("\0.wav", 5),
+        "",
+    };
+    for (const std::string& path : paths)
+        EXPECT_FALSE(bass::openFile(path, Format::any)) << path;
+
+    if (geteuid() != 0) {
+        ASSERT_EQ(chmod(sound.c_str(), 0), 0);
+        EXPECT_FALSE(bass::openFile(sound, Format::any));
+    }
+}
+
+TEST(BadInput, WithAbsurdHeadersIsRefusedOrEndsEarly) {
+    const std::string wav = encoded("bad.wav", encoders.back().second);
+    struct {
+        const char* what;
+        std::size_t offset;
+        std::string bytes;
+    } const faults[] = {
+        {"rate 0", 24, std::string(4, '\0')},     {"rate 1", 24, std::string("\1\0\0\0", 4)},
+        {"rate 4 GHz", 24, "\xff\xff\xff\xff"},   {"no channels", 22, std::string(2, '\0')},
+        {"65535 channels", 22, "\xff\xff"},       {"block size 0", 32, std::string(2, '\0')},
+        {"4 GB of data", 40, "\xfe\xff\xff\xff"}, {"a chunk of 4 GB", 16, "\xff\xff\xff\xff"},
+        {"no bits", 34, std::string(2, '\0')},    {"an unknown codec", 20, "\x77\x77"},
+    };
+    for (const auto& [what, offset, bytes] : faults) {
+        SCOPED_TRACE(what);
+        std::string broken = wav;
+        broken.replace(offset, bytes.size(), bytes);
+        const auto source = bass::openFile(scratchFile("absurd.wav", broken), Format::any);
+        if (!source) continue;
+        EXPECT_LE(sounds::read(*source, 10'000'000).frames(), 1'000'000);
+    }
+}
+
+TEST(BadInput, CutOrDamagedEndsWithoutHarm) {
+    std::mt19937 generator(3);
+    for (const auto& [name, command] : encoders) {
+        const std::string whole = encoded(name, command);
+        for (int variant = 0; variant < 24; ++variant) {
+            SCOPED_TRACE(name + " variant " + std::to_string(variant));
+            std::string broken = whole;
+            if (variant % 2)
+                broken.resize(generator() % whole.size());
+            else
+                for (int i = 0; i < 1 << variant / 3; ++i)
+                    broken[generator() % broken.size()] = static_cast<char>(generator());
+            const auto source = bass::openFile(scratchFile("broken", broken), Format::any);
+            if (!source) continue;
+            EXPECT_LE(sounds::read(*source, 10'000'000).frames(), 1'000'000);
+            static_cast<void>(source->seek(30'000));
+            static_cast<void>(sounds::read(*source, 5000));
+            static_cast<void>(source->seek(100));
+            EXPECT_LE(sounds::read(*source, 10'000'000).frames(), 1'000'000);
+        }
+    }
+}
+
+TEST(BadInput, AnInterruptedSourceFails) {
+    const fs::path sound = support::writeWav(support::scratch() / "long.wav", sounds::sweep(200'000));
+    const auto source = bass::openFile(sound, Format::any);
+    ASSERT_TRUE(source);
+    EXPECT_EQ(sounds::read(*source, 1000).frames(), 1000);
+    source->interrupt();
+    const sounds::Decoded after = sounds::read(*source);
+    EXPECT_EQ(after.status, bass::ReadResult::Status::failed);
+    EXPECT_EQ(after.frames(), 0);
+}
+
+} // namespace

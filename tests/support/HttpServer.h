@@ -1,0 +1,60 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <list>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace support {
+
+/// A scriptable HTTP server on a loopback port: every request is answered by `Answer` on a thread of its own,
+/// with raw bytes, so that answers can be as wrong as a test needs.
+class HttpServer {
+public:
+    /// One client's connection, closed when the answer returns.
+    class Client {
+    public:
+        /// False when the client is gone or the server stops.
+        bool send(std::string_view bytes);
+        /// Keeps silent until the client leaves or the server stops.
+        void stall();
+        /// The request's head, lines ended by CR LF.
+        std::string request;
+        /// The first byte of a Range header; 0 without one.
+        [[nodiscard]] std::size_t rangeStart() const;
+
+    private:
+        friend class HttpServer;
+        int socket_ = -1;
+        const std::atomic<bool>* stopping_ = nullptr;
+    };
+    using Answer = std::function<void(Client&)>;
+
+    explicit HttpServer(Answer answer);
+    ~HttpServer();
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
+
+    /// http://127.0.0.1:PORT`path`
+    [[nodiscard]] std::string url(const std::string& path = "/") const;
+    [[nodiscard]] int requestCount() const { return requests_; }
+
+    /// Sends `content` as a finite file that honours ranges, at most `most` bytes of it before closing.
+    static void sendFile(Client& client, std::string_view content, std::size_t most = std::string::npos);
+
+private:
+    void accept();
+    void serve(int socket);
+
+    Answer answer_;
+    int listener_ = -1;
+    int port_ = 0;
+    std::atomic<bool> stopping_ = false;
+    std::atomic<int> requests_ = 0;
+    std::list<std::thread> clients_; ///< the accepting thread's, until it is joined
+    std::thread acceptor_;
+};
+
+} // namespace support
