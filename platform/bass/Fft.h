@@ -1,0 +1,14 @@
+#pragma once
+
+#include <array>
+#include <span>
+
+namespace bass {
+
+inline constexpr std::size_t fftFrames = 1024;
+
+/// Magnitudes of the first 512 bins of `frames` interleaved stereo frames (fftFrames of them): channels
+/// averaged, Hann window, scaled so that a full-scale sine in the middle of a bin gives 1.0.
+std::array<float, fftFrames / 2> magnitudes(std::span<const float> frames);
+
+} // namespace bass

@@ -1,0 +1,61 @@
+#include "platform/bass/Mixer.h"
+
+#include "platform/bass/Channel.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace bass {
+
+bool Mixer::attach(Channel& channel) {
+    for (auto& slot : m_channels) {
+        Channel* none = nullptr;
+        if (!slot.compare_exchange_strong(none, &channel)) continue;
+        ++m_attached;
+        return true;
+    }
+    return false;
+}
+
+void Mixer::detach(const Channel& channel) {
+    for (auto& slot : m_channels) {
+        if (slot.load() != &channel) continue;
+        slot.store(nullptr);
+        --m_attached;
+    }
+    settle();
+}
+
+void Mixer::settle() const {
+    const std::uint32_t turn = m_turn.load();
+    if (turn % 2 == 0) return;
+    while (m_turn.load() == turn)
+        std::this_thread::yield();
+}
+
+void Mixer::render(std::span<float> out) noexcept {
+    std::fill(out.begin(), out.end(), 0.0F);
+    m_turn.fetch_add(1);
+    const std::uint64_t first = m_mixed.load(std::memory_order_relaxed);
+    for (auto& slot : m_channels)
+        if (Channel* channel = slot.load()) channel->mix(out, first);
+    m_turn.fetch_add(1);
+    m_mixed.store(first + out.size() / channelCount);
+}
+
+bool Mixer::isReady(std::size_t frames) const noexcept {
+    m_turn.fetch_add(1);
+    const bool ready = std::all_of(m_channels.begin(), m_channels.end(), [frames](const auto& slot) {
+        const Channel* channel = slot.load();
+        return !channel || channel->isReady(frames);
+    });
+    m_turn.fetch_add(1);
+    return ready;
+}
+
+void Mixer::post(const MixEvent& event) noexcept {
+    m_events.push(event);
+    m_onEvent();
+}
+
+} // namespace bass

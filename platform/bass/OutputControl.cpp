@@ -1,0 +1,113 @@
+#include "platform/bass/OutputControl.h"
+
+#include "platform/bass/CubebOutput.h"
+#include "platform/bass/ThreadOutput.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <pthread.h>
+#include <string_view>
+
+namespace bass {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto firstRetry = 50ms;
+constexpr auto longestRetry = 2000ms;
+
+std::unique_ptr<Output> openOutput(std::function<void()> onFailure) {
+    const char* replacement = std::getenv("TUL_AUDIO");
+    if (!replacement || !*replacement) return CubebOutput::open(std::move(onFailure));
+    const std::string_view name = replacement;
+    if (name == "null") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::realTime);
+    if (name == "fast") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::decoding);
+    if (name.starts_with("wav:")) return ThreadOutput::intoWav(std::string(name.substr(4)));
+    return nullptr;
+}
+
+} // namespace
+
+OutputControl::OutputControl(Mixer& mixer, std::function<void(std::uint64_t)> rewind)
+    : m_mixer(mixer), m_rewind(std::move(rewind)) {}
+
+OutputControl::~OutputControl() {
+    if (!m_thread.joinable()) return;
+    m_thread.request_stop();
+    m_wake.release();
+    m_thread.join();
+    if (m_output) m_output->stop();
+}
+
+bool OutputControl::open() {
+    m_output = openOutput([this] { deviceLost(); });
+    if (!m_output) return false;
+    m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
+    return true;
+}
+
+void OutputControl::changed(bool fresh) {
+    if (fresh) m_fresh = true;
+    m_wake.release();
+}
+
+void OutputControl::deviceLost() {
+    m_fresh = true;
+    m_wake.release();
+}
+
+void OutputControl::wakeOutput() {
+    if (m_output) m_output->wake();
+}
+
+std::uint64_t OutputControl::heardFrame() {
+    const std::lock_guard lock(m_mutex);
+    if (!m_running) return m_lastHeard;
+    const std::uint64_t played = m_startedAt + m_output->playedFrames();
+    m_lastHeard = std::max(m_lastHeard, std::min(played, m_mixer.mixedFrames()));
+    return m_lastHeard;
+}
+
+void OutputControl::run(const std::stop_token& stop) {
+    pthread_setname_np(pthread_self(), "tul-control");
+    auto retry = firstRetry;
+    bool waiting = false;
+    while (true) {
+        if (waiting) {
+            static_cast<void>(m_wake.try_acquire_for(retry));
+        } else {
+            m_wake.acquire();
+        }
+        if (stop.stop_requested()) return;
+        const bool fresh = m_fresh.exchange(false);
+        const bool wanted = m_mixer.attachedCount() > 0;
+        if (fresh || !wanted) stopOutput();
+        waiting = wanted && !startOutput();
+        retry = waiting ? std::min(retry * 2, longestRetry) : firstRetry;
+    }
+}
+
+void OutputControl::stopOutput() {
+    std::uint64_t heard = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_running) return;
+        const std::uint64_t played = m_startedAt + m_output->playedFrames();
+        m_lastHeard = std::max(m_lastHeard, std::min(played, m_mixer.mixedFrames()));
+        heard = m_lastHeard;
+        m_output->stop();
+        m_running = false;
+    }
+    m_rewind(heard);
+}
+
+bool OutputControl::startOutput() {
+    const std::lock_guard lock(m_mutex);
+    if (m_running) return true;
+    m_startedAt = m_mixer.mixedFrames();
+    m_running = m_output->start(m_mixer);
+    return m_running;
+}
+
+} // namespace bass
