@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/cocoa/Image.h"
+
+#include <QWidget>
+
+namespace app {
+
+/// Shows a picture as large as the view allows, in its own shape, over a blurred and darkened copy of itself.
+class CoverArtView : public QWidget {
+    Q_OBJECT
+public:
+    using QWidget::QWidget;
+
+    const cocoa::Image& image() const { return m_image; }
+    void setImage(cocoa::Image image);
+
+    /// Where a picture of this size stands in a view of this size.
+    static QRectF pictureRect(const QSizeF& view, const QSizeF& picture);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    cocoa::Image m_image;
+    QPixmap m_backdrop; ///< A few pixels that blur when they are stretched.
+};
+
+} // namespace app

@@ -1,0 +1,111 @@
+#include "app/FenAppDelegate.h"
+
+#include "app/FenCoverArtController.h"
+#include "app/FenPlaylistController.h"
+#include "app/FenReleaseNotesController.h"
+#include "app/PageDots.h"
+#include "app/ReadingDialog.h"
+#include "app/TextField.h"
+#include "controls/CustomWindow.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/PageController.h"
+#include "platform/cocoa/Timer.h"
+#include "platform/cocoa/UserDefaults.h"
+
+#include <QCoreApplication>
+#include <QMenu>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto slowInterval = 500ms;
+constexpr auto fastInterval = 50ms;
+const QString storeKey = QStringLiteral("InternalPlaylistStorage");
+
+const QString playlistPage = QStringLiteral("playlist");
+const QString coverArtPage = QStringLiteral("coverart");
+const QString releaseNotesPage = QStringLiteral("releasenotes");
+
+std::string storePath() {
+    auto& defaults = cocoa::UserDefaults::standardUserDefaults();
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    defaults.registerDefaults({{storeKey, documents + QStringLiteral("/playlists.json")}});
+    return defaults.stringForKey(storeKey).toStdString();
+}
+
+} // namespace
+
+FenAppDelegate::FenAppDelegate() = default;
+
+FenAppDelegate::~FenAppDelegate() = default;
+
+void FenAppDelegate::applicationDidFinishLaunching() {
+    player = std::make_unique<TulPlayer>();
+    player->setExecutor([](std::function<void()> task) {
+        QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(task), Qt::QueuedConnection);
+    });
+    player->setStorePath(storePath());
+
+    playerController = std::make_unique<FenPlayerController>();
+    loadMainLayout();
+    playlistController = std::make_unique<FenPlaylistController>();
+    coverArtController = std::make_unique<FenCoverArtController>();
+    releaseNotesController = std::make_unique<FenReleaseNotesController>();
+
+    playerController->setPlayer(player.get());
+    playlistController->setPlayer(player.get());
+    coverArtController->setPlayer(player.get());
+
+    playerController->initialize();
+    playlistController->initialize();
+    coverArtController->initialize();
+    releaseNotesController->initialize();
+
+    pageController->setArrangedObjects({playlistPage, coverArtPage, releaseNotesPage});
+    m_pageDots->setPages({playlistController->displayName, coverArtController->displayName,
+                          releaseNotesController->displayName});
+    m_pageDots->setCurrentPage(0);
+    window->show();
+
+    m_slowTimer = std::make_unique<cocoa::Timer>(slowInterval, [this] { performSlowUpdate(); });
+    m_fastTimer = std::make_unique<cocoa::Timer>(fastInterval, [this] { performFastUpdate(); });
+}
+
+void FenAppDelegate::performFastUpdate() {
+    playerController->updatePlayerViewFast();
+}
+
+void FenAppDelegate::performSlowUpdate() {
+    if (player->takeSongChanged()) {
+        playerController->handleSongChange();
+        coverArtController->updateCoverArt();
+    }
+    playerController->updatePlayerViewSlow();
+    playlistController->updatePlaylistViewSlow();
+}
+
+QString FenAppDelegate::identifierForObject(const QString& object) {
+    return object;
+}
+
+cocoa::ViewController* FenAppDelegate::viewControllerForIdentifier(const QString& identifier) {
+    if (identifier == playlistPage) return playlistController.get();
+    if (identifier == coverArtPage) return coverArtController.get();
+    if (identifier == releaseNotesPage) return releaseNotesController.get();
+    return nullptr;
+}
+
+void FenAppDelegate::didTransitionToObject(const QString& object) {
+    m_pageDots->setCurrentPage(static_cast<int>(pageController->arrangedObjects().indexOf(object)));
+}
+
+void FenAppDelegate::pageControllerDidEndLiveTransition() {
+    pageController->completeTransition();
+    const auto* page =
+        static_cast<FenMultiFunctionalViewController*>(pageController->selectedViewController());
+    pageName->setStringValue(page->displayName);
+}

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "app/FenPlayerController.h"
+#include "platform/cocoa/PageControllerDelegate.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class CustomWindow;
+class FenCoverArtController;
+class FenPlaylistController;
+class FenReleaseNotesController;
+class QMenu;
+class QPoint;
+class TulPlayer;
+
+namespace Ui {
+class MainWindow;
+}
+
+namespace app {
+class PageDots;
+class TextField;
+} // namespace app
+
+namespace cocoa {
+class PageController;
+class Timer;
+} // namespace cocoa
+
+/// The root of the running program: creates the player, the window and its pages at launch, carries the
+/// commands, and drives every display by two timers.
+///
+/// Threads: main thread only. It hands the player an executor that brings the end of a track here.
+class FenAppDelegate : public cocoa::PageControllerDelegate {
+public:
+    FenAppDelegate();
+    ~FenAppDelegate() override;
+    FenAppDelegate(const FenAppDelegate&) = delete;
+    FenAppDelegate& operator=(const FenAppDelegate&) = delete;
+
+    std::unique_ptr<TulPlayer> player;
+    std::unique_ptr<FenPlayerController> playerController;
+    std::unique_ptr<FenPlaylistController> playlistController;
+    std::unique_ptr<FenCoverArtController> coverArtController;
+    std::unique_ptr<FenReleaseNotesController> releaseNotesController;
+    std::unique_ptr<CustomWindow> window;
+    /// The main layout's; owned by the window.
+    cocoa::PageController* pageController = nullptr;
+    app::TextField* pageName = nullptr;
+
+    /// Once, before anything else. Shows the window; nothing plays.
+    void applicationDidFinishLaunching();
+
+    /// What the program was started with: playlists are opened, everything else is appended, and the first of
+    /// it plays.
+    void openSources(const QStringList& sources);
+
+    void openDocument();
+    void openPlaylist();
+    void savePlaylist();
+    void clearPlaylist();
+    void openStream();
+    void toggleSpectrumAnalyzer();
+
+    void performFastUpdate();
+    void performSlowUpdate();
+
+    QString identifierForObject(const QString& object) override;
+    cocoa::ViewController* viewControllerForIdentifier(const QString& identifier) override;
+    void didTransitionToObject(const QString& object) override;
+    void pageControllerDidEndLiveTransition() override;
+
+private:
+    void loadMainLayout();
+    void connectControls(Ui::MainWindow& layout);
+    void makeMenu();
+    void showMenuAt(const QPoint& place);
+    void addFiles(const QStringList& paths);
+    void openPlaylistFile(const QString& path);
+
+    app::PageDots* m_pageDots = nullptr;
+    std::unique_ptr<QMenu> m_menu;
+    std::unique_ptr<cocoa::Timer> m_slowTimer;
+    std::unique_ptr<cocoa::Timer> m_fastTimer;
+};

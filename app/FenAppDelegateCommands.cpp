@@ -1,0 +1,132 @@
+// The user's commands: files, playlists, streams, and what the program was started with.
+
+#include "app/FenAppDelegate.h"
+
+#include "app/FenPlaylistController.h"
+#include "app/ReadingDialog.h"
+#include "controls/CustomWindow.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/Alert.h"
+#include "platform/cocoa/OpenPanel.h"
+#include "platform/cocoa/SavePanel.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QStandardPaths>
+
+namespace {
+
+const QStringList audioTypes{QStringLiteral("mpg"), QStringLiteral("mpeg"), QStringLiteral("mp1"),
+                             QStringLiteral("m1a"), QStringLiteral("mp2"),  QStringLiteral("m2a"),
+                             QStringLiteral("mpa"), QStringLiteral("mp3"),  QStringLiteral("m4a"),
+                             QStringLiteral("ogg"), QStringLiteral("aif"),  QStringLiteral("aiff"),
+                             QStringLiteral("wav"), QStringLiteral("flac"), QStringLiteral("alac"),
+                             QStringLiteral("ape"), QStringLiteral("opus"), QStringLiteral("wv")};
+const QStringList playlistTypes{QStringLiteral("tuq"), QStringLiteral("tuv"), QStringLiteral("tup"),
+                                QStringLiteral("m3u"), QStringLiteral("m3u8")};
+const QString playlistDescription = QStringLiteral("Playlists");
+constexpr QSize addressFieldSize{300, 48};
+
+/// The bytes of the path without symbolic links; of a file that is not there yet, its folder's.
+std::string resolved(const QString& path) {
+    const QFileInfo file(path);
+    if (const QString canonical = file.canonicalFilePath(); !canonical.isEmpty())
+        return QFile::encodeName(canonical).toStdString();
+    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
+    return QFile::encodeName(folder.isEmpty() ? path : folder + u'/' + file.fileName()).toStdString();
+}
+
+bool isPlaylist(const QString& source) {
+    return !source.contains(QStringLiteral("://")) && playlistTypes.contains(QFileInfo(source).suffix());
+}
+
+} // namespace
+
+void FenAppDelegate::openDocument() {
+    cocoa::OpenPanel panel;
+    panel.setTitle(QStringLiteral("Add a file to the current playlist"));
+    panel.setAllowsMultipleSelection(true);
+    panel.setAllowedFileTypes(QStringLiteral("Audio files"), audioTypes);
+    panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
+    panel.beginSheetModalForWindow(*window, [this](const QStringList& paths) { addFiles(paths); });
+}
+
+void FenAppDelegate::addFiles(const QStringList& paths) {
+    std::vector<std::string> sources;
+    for (const QString& path : paths)
+        sources.push_back(resolved(path));
+    app::ReadingDialog reading(*window);
+    player->playlist->addEntries(
+        sources, [&reading](std::size_t done, std::size_t total) { return reading.proceed(done, total); });
+    playlistController->reloadPlaylistData();
+}
+
+void FenAppDelegate::openPlaylist() {
+    cocoa::OpenPanel panel;
+    panel.setTitle(QStringLiteral("Open a playlist file"));
+    panel.setAllowsMultipleSelection(false);
+    panel.setAllowedFileTypes(playlistDescription, playlistTypes);
+    panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    panel.beginSheetModalForWindow(*window,
+                                   [this](const QStringList& paths) { openPlaylistFile(paths.front()); });
+}
+
+void FenAppDelegate::openPlaylistFile(const QString& path) {
+    player->openPlaylist(resolved(path));
+    playlistController->reloadPlaylistData();
+}
+
+void FenAppDelegate::savePlaylist() {
+    cocoa::SavePanel panel;
+    panel.setTitle(QStringLiteral("Save playlist..."));
+    panel.setAllowedFileTypes(playlistDescription, {QStringLiteral("tuq")});
+    panel.setNameFieldStringValue(QString::fromStdString(player->playlist->name));
+    panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    panel.beginSheetModalForWindow(*window,
+                                   [this](const QString& path) { player->savePlaylist(resolved(path)); });
+}
+
+void FenAppDelegate::clearPlaylist() {
+    player->clearPlaylist();
+    playlistController->reloadPlaylistData();
+}
+
+void FenAppDelegate::openStream() {
+    cocoa::Alert alert({.message = QStringLiteral("Stream address"),
+                        .defaultButton = QStringLiteral("OK"),
+                        .alternateButton = QStringLiteral("Cancel"),
+                        .informative = QStringLiteral(
+                            "Add the address of the stream here. It should start with http/https.")},
+                       window.get());
+    auto field = std::make_unique<QLineEdit>();
+    field->setMinimumSize(addressFieldSize);
+    const QLineEdit& address = *field;
+    alert.setAccessoryView(std::move(field));
+    if (alert.runModal() != cocoa::Alert::defaultReturn) return;
+    player->playlist->addEntry(address.text().toStdString());
+    playlistController->reloadPlaylistData();
+}
+
+void FenAppDelegate::toggleSpectrumAnalyzer() {
+    playerController->toggleSpectrumAnalyzer();
+}
+
+void FenAppDelegate::openSources(const QStringList& sources) {
+    std::vector<std::string> appended;
+    for (const QString& source : sources) {
+        if (isPlaylist(source)) {
+            openPlaylistFile(source);
+        } else {
+            appended.push_back(source.contains(QStringLiteral("://")) ? source.toStdString()
+                                                                      : resolved(source));
+        }
+    }
+    if (appended.empty()) return;
+    const auto first = static_cast<std::int32_t>(player->playlist->entryCount());
+    player->playlist->addEntries(appended, player->readingProgress);
+    playlistController->reloadPlaylistData();
+    if (player->isPlaying()) return;
+    player->playlist->selectEntry(first);
+    player->startCurrentEntry();
+}

@@ -1,0 +1,101 @@
+// The main window: its layout, what its controls do, and the menu.
+
+#include "app/FenAppDelegate.h"
+
+#include "app/DisplayText.h"
+#include "app/PageDots.h"
+#include "app/TextField.h"
+#include "controls/CustomWindow.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/PageController.h"
+#include "ui_MainWindow.h"
+
+#include <QIcon>
+#include <QMenu>
+
+void FenAppDelegate::loadMainLayout() {
+    window = std::make_unique<CustomWindow>();
+    Ui::MainWindow layout;
+    layout.setupUi(window.get());
+    cocoa::awakeFromNib(*window);
+    window->setWindowIcon(QIcon(QStringLiteral(":/images/tulplayer.svg")));
+
+    pageName = layout.pageName;
+    m_pageDots = layout.pageDots;
+    pageController = layout.pageController;
+    pageController->setDelegate(this);
+    m_pageDots->setAction([this](int page) { pageController->turnToPage(page); });
+
+    playerController->timeView = layout.timeView;
+    playerController->info1View = layout.info1View;
+    playerController->info2View = layout.info2View;
+    playerController->lengthView = layout.lengthView;
+    playerController->statusSlider = layout.statusSlider;
+    playerController->volumeSlider = layout.volumeSlider;
+    playerController->playPauseButton = layout.playPauseButton;
+    playerController->spectrumAnalyzerView = layout.spectrumAnalyzerView;
+    playerController->controlsBackground = layout.controlsBackground;
+    playerController->balanceSlider = layout.balanceSlider;
+    connectControls(layout);
+    makeMenu();
+}
+
+void FenAppDelegate::connectControls(Ui::MainWindow& layout) {
+    FenPlayerController* controls = playerController.get();
+    const auto clicked = [](app::ImageButton* button, auto action) {
+        QObject::connect(button, &QAbstractButton::clicked, button, action);
+    };
+    clicked(layout.playPauseButton, [controls] { controls->playPause(); });
+    clicked(layout.nextButton, [controls] { controls->next(); });
+    clicked(layout.previousButton, [controls] { controls->previous(); });
+    clicked(layout.closeButton, [this] { window->close(); });
+    clicked(layout.minimiseButton, [this] { window->showMinimized(); });
+    clicked(layout.menuButton, [this, button = layout.menuButton] {
+        showMenuAt(button->mapToGlobal(QPoint(0, button->height())));
+    });
+
+    layout.statusSlider->setAction([controls] { controls->statusSliderChange(); });
+    layout.volumeSlider->setAction([controls] { controls->volumeSliderChange(); });
+    layout.balanceSlider->setAction([controls] { controls->balanceSliderChange(); });
+    layout.statusSlider->setValueText([](double seconds) { return app::timeText(seconds); });
+    layout.volumeSlider->setValueText(
+        [](double gain) { return QStringLiteral("%1 %").arg(qRound(gain * 100)); });
+
+    window->setContextMenuPolicy(Qt::CustomContextMenu);
+    QObject::connect(window.get(), &QWidget::customContextMenuRequested, window.get(),
+                     [this](const QPoint& place) { showMenuAt(window->mapToGlobal(place)); });
+}
+
+void FenAppDelegate::makeMenu() {
+    m_menu = std::make_unique<QMenu>();
+    const auto command = [this](const QString& title, const QKeySequence& keys,
+                                std::function<void()> action) {
+        QAction* item = m_menu->addAction(title);
+        item->setShortcut(keys);
+        QObject::connect(item, &QAction::triggered, window.get(), std::move(action));
+        // The keys work while the menu is closed, too.
+        window->addAction(item);
+    };
+    command(QStringLiteral("Add Files…"), QKeySequence::Open, [this] { openDocument(); });
+    command(QStringLiteral("Add Stream…"), Qt::CTRL | Qt::Key_U, [this] { openStream(); });
+    m_menu->addSeparator();
+    command(QStringLiteral("Open Playlist…"), Qt::CTRL | Qt::Key_L, [this] { openPlaylist(); });
+    command(QStringLiteral("Save Playlist…"), QKeySequence::Save, [this] { savePlaylist(); });
+    command(QStringLiteral("Clear Playlist"), QKeySequence::New, [this] { clearPlaylist(); });
+    m_menu->addSeparator();
+    command(QStringLiteral("Play or Pause"), Qt::Key_Space, [this] { playerController->playPause(); });
+    command(QStringLiteral("Next"), Qt::CTRL | Qt::Key_Right, [this] { playerController->next(); });
+    command(QStringLiteral("Previous"), Qt::CTRL | Qt::Key_Left, [this] { playerController->previous(); });
+    command(QStringLiteral("Spectrum On or Off"), Qt::CTRL | Qt::Key_E, [this] { toggleSpectrumAnalyzer(); });
+    m_menu->addSeparator();
+    command(QStringLiteral("Playlist"), Qt::CTRL | Qt::Key_1, [this] { pageController->turnToPage(0); });
+    command(QStringLiteral("Cover Art"), Qt::CTRL | Qt::Key_2, [this] { pageController->turnToPage(1); });
+    command(QStringLiteral("Release Notes"), Qt::CTRL | Qt::Key_3, [this] { pageController->turnToPage(2); });
+    m_menu->addSeparator();
+    command(QStringLiteral("Minimise"), Qt::CTRL | Qt::Key_M, [this] { window->showMinimized(); });
+    command(QStringLiteral("Quit"), Qt::CTRL | Qt::Key_Q, [this] { window->close(); });
+}
+
+void FenAppDelegate::showMenuAt(const QPoint& place) {
+    m_menu->popup(place);
+}

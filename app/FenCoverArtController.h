@@ -1,0 +1,23 @@
+#pragma once
+
+#include "app/FenMultiFunctionalViewController.h"
+
+namespace app {
+class CoverArtView;
+}
+
+/// The page that shows the current entry's picture, or a picture of our own where it has none.
+///
+/// Threads: main thread only.
+class FenCoverArtController : public FenMultiFunctionalViewController {
+public:
+    /// Null until the page's view is loaded.
+    app::CoverArtView* coverArtView = nullptr;
+
+    void initialize() override;
+    /// Shows the current entry's picture; with an empty playlist the picture stays.
+    void updateCoverArt();
+
+protected:
+    void loadView(QWidget& view) override;
+};

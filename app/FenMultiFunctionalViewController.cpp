@@ -1,0 +1,5 @@
+#include "app/FenMultiFunctionalViewController.h"
+
+void FenMultiFunctionalViewController::initialize() {
+    displayName = QStringLiteral("Default View");
+}

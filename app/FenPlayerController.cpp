@@ -1,0 +1,157 @@
+#include "app/FenPlayerController.h"
+
+#include "app/CoverPicture.h"
+#include "app/DisplayText.h"
+#include "app/ImageButton.h"
+#include "app/ImageView.h"
+#include "app/TextField.h"
+#include "controls/FenSpectrumAnalyzerView.h"
+#include "controls/RixSlider.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/Bundle.h"
+#include "platform/cocoa/Log.h"
+#include "platform/cocoa/UserNotificationCenter.h"
+
+#include <QGuiApplication>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace {
+
+/// Slow ticks between two changes of the second line.
+constexpr std::int32_t infoChangeTicks = 8;
+
+/// Throws where the bytes have no display text.
+QString shownText(const std::string& bytes) {
+    auto text = app::displayText(bytes);
+    if (!text) throw std::runtime_error("not UTF-8");
+    return *text;
+}
+
+void setUpSlider(RixSlider& slider, const QString& knob) {
+    slider.setKnobImage(cocoa::Image::named(knob));
+    slider.cell()->setControlSize(cocoa::ControlSize::mini);
+}
+
+} // namespace
+
+void FenPlayerController::initialize() {
+    info2View->setStringValue(cocoa::Bundle::shortVersionString());
+    setUpSlider(*statusSlider, QStringLiteral("slider_knob.png"));
+    setUpSlider(*volumeSlider, QStringLiteral("slider_knob_yellow.png"));
+    setUpSlider(*balanceSlider, QStringLiteral("slider_knob_yellow.png"));
+    renderSpectrumAnalyzer = true;
+    spectrumAnalyzerView->hide();
+    lengthView->hide();
+    timeView->hide();
+    volumeSlider->setDoubleValue(player->volume);
+    balanceSlider->setDoubleValue(player->balance);
+    showLook(false);
+}
+
+void FenPlayerController::updatePlayerViewFast() {
+    if (!player->stream || !renderSpectrumAnalyzer) return;
+    const TulSpectrum bars = player->stream->spectrum();
+    FenSpectrumAnalyzerView::Values values(bars.begin(), bars.end());
+    if (spectrumAnalyzerView->spectrumValues() == values) return;
+    spectrumAnalyzerView->setSpectrumValues(std::move(values));
+    spectrumAnalyzerView->update();
+}
+
+void FenPlayerController::updatePlayerViewSlow() {
+    if (!player->stream) return;
+    // Playing can begin and end without a button: at the end of the list, on a stream that runs dry.
+    if (player->isPlaying() != m_showsPlaying) updatePlayPauseButtonState();
+    if (++infoChangeTickCounter == infoChangeTicks) {
+        infoChangeTickCounter = 0;
+        if (const auto line = app::displayText(player->stream->nextInfoLine()))
+            info2View->setStringValue(*line);
+    }
+    const double position = player->stream->position();
+    if (!statusSlider->isTracking()) statusSlider->setDoubleValue(std::max(position, 0.0));
+    timeView->setStringValue(app::timeText(position));
+}
+
+void FenPlayerController::handleSongChange() {
+    // The stream can have gone again by now: an emptied list, double-clicked.
+    if (!player->stream) return;
+    const double length = player->stream->length();
+    statusSlider->setMaxValue(std::max(length, 0.0));
+    statusSlider->setEnabled(length > 0);
+    infoChangeTickCounter = 0;
+    try {
+        showSong();
+        announceSong();
+    } catch (const std::exception&) {
+        cocoa::log(QStringLiteral("Faulty info for view"));
+        info1View->setStringValue(QStringLiteral("Error"));
+        info2View->setStringValue(QStringLiteral("Got faulty song info"));
+    }
+}
+
+void FenPlayerController::showSong() {
+    info1View->setStringValue(shownText(player->stream->title));
+    info2View->setStringValue(shownText(player->stream->artist));
+    lengthView->setStringValue(app::timeText(player->stream->length()));
+    updatePlayPauseButtonState();
+}
+
+void FenPlayerController::announceSong() {
+    if (player->playlist->entryCount() == 0) return;
+    const TulPlaylistEntry& entry = *player->playlist->currentEntry();
+    cocoa::UserNotification notification;
+    notification.title = shownText(entry.title);
+    notification.informativeText = shownText(entry.artist);
+    // The centre shows nothing while the window is active: a picture would be decoded in vain.
+    if (QGuiApplication::applicationState() != Qt::ApplicationActive)
+        notification.contentImage = app::coverPicture(entry);
+    cocoa::UserNotificationCenter::defaultUserNotificationCenter().deliverNotification(notification);
+}
+
+void FenPlayerController::updatePlayPauseButtonState() {
+    showLook(player->isPlaying());
+}
+
+void FenPlayerController::showLook(bool playing) {
+    m_showsPlaying = playing;
+    controlsBackground->setImage(
+        cocoa::Image::named(playing ? QStringLiteral("controls_background_with_separator")
+                                    : QStringLiteral("controls_background")));
+    playPauseButton->setImage(playing ? cocoa::Image() : cocoa::Image::named(QStringLiteral("btn_img_play")));
+    spectrumAnalyzerView->setVisible(playing);
+    lengthView->setVisible(playing);
+    timeView->setVisible(playing);
+}
+
+void FenPlayerController::playPause() {
+    player->isPlaying() ? player->pause() : player->play();
+    updatePlayPauseButtonState();
+}
+
+void FenPlayerController::next() {
+    player->next();
+    updatePlayPauseButtonState();
+}
+
+void FenPlayerController::previous() {
+    player->previous();
+    updatePlayPauseButtonState();
+}
+
+void FenPlayerController::statusSliderChange() {
+    if (player->stream) player->stream->seek(statusSlider->doubleValue());
+}
+
+void FenPlayerController::volumeSliderChange() {
+    player->setVolume(static_cast<float>(volumeSlider->doubleValue()));
+}
+
+void FenPlayerController::balanceSliderChange() {
+    player->setBalance(static_cast<float>(balanceSlider->doubleValue()));
+}
+
+void FenPlayerController::toggleSpectrumAnalyzer() {
+    renderSpectrumAnalyzer = !renderSpectrumAnalyzer;
+    spectrumAnalyzerView->setVisible(renderSpectrumAnalyzer);
+}

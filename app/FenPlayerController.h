@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+
+class FenSpectrumAnalyzerView;
+class RixSlider;
+class TulPlayer;
+
+namespace app {
+class ImageButton;
+class ImageView;
+class TextField;
+} // namespace app
+
+/// The controls area: transport buttons, the three sliders, time and length, two lines of text, the spectrum,
+/// and the background that changes with playing.
+///
+/// Threads: main thread only. It owns none of what it points to: the main layout fills the outlets, the
+/// delegate sets the player, both before `initialize`.
+class FenPlayerController {
+public:
+    TulPlayer* player = nullptr;
+    /// Slow ticks since the second line was changed last.
+    std::int32_t infoChangeTickCounter = 0;
+    bool renderSpectrumAnalyzer = false;
+
+    app::TextField* timeView = nullptr;
+    app::TextField* info1View = nullptr;
+    app::TextField* info2View = nullptr;
+    app::TextField* lengthView = nullptr;
+    RixSlider* statusSlider = nullptr;
+    RixSlider* volumeSlider = nullptr;
+    app::ImageButton* playPauseButton = nullptr;
+    FenSpectrumAnalyzerView* spectrumAnalyzerView = nullptr;
+    app::ImageView* controlsBackground = nullptr;
+    RixSlider* balanceSlider = nullptr;
+
+    void setPlayer(TulPlayer* newPlayer) { player = newPlayer; }
+    void initialize();
+
+    void updatePlayerViewFast();
+    void updatePlayerViewSlow();
+    /// A new entry has started: shows its texts, length and the playing look, and announces it.
+    void handleSongChange();
+    void updatePlayPauseButtonState();
+
+    void playPause();
+    void next();
+    void previous();
+    void statusSliderChange();
+    void volumeSliderChange();
+    void balanceSliderChange();
+    void toggleSpectrumAnalyzer();
+
+private:
+    void showSong();
+    void announceSong();
+    void showLook(bool playing);
+
+    bool m_showsPlaying = false;
+};

@@ -1,0 +1,142 @@
+#include "app/FenPlaylistController.h"
+
+#include "app/DisplayText.h"
+#include "controls/InternalPlaylistComboBoxCell.h"
+#include "controls/PlaylistEntryCell.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/ComboBox.h"
+#include "platform/cocoa/TableView.h"
+#include "ui_PlaylistView.h"
+
+namespace {
+
+const QString draggedType = QStringLiteral("tuq.playlistindex");
+constexpr double rowHeight = 55.0;
+
+QColor rowColour(bool selected) {
+    return selected ? QColor::fromRgbF(0.161F, 0.212F, 0.267F) : QColor::fromRgbF(0.133F, 0.133F, 0.133F);
+}
+
+} // namespace
+
+void FenPlaylistController::initialize() {
+    lastPlaylistEntry = -1;
+    if (playlistView) setUpTable();
+    player->internalPlaylistManager->load();
+    displayName = QStringLiteral("Playlist");
+}
+
+void FenPlaylistController::loadView(QWidget& view) {
+    Ui::PlaylistView layout;
+    layout.setupUi(&view);
+    playlistView = layout.playlistView;
+    playlistSelector = layout.playlistSelector;
+    playlistView->setDataCell(std::make_unique<PlaylistEntryCell>());
+    setUpTable();
+    playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());
+    playlistSelector->setDataSource(this);
+    playlistSelector->setAction([this] { playlistNameChange(); });
+    reloadPlaylistData();
+}
+
+void FenPlaylistController::setUpTable() {
+    playlistView->setDataSource(this);
+    playlistView->setDelegate(this);
+    playlistView->setDoubleAction([this] { doubleClick(); });
+    reInitializeDragAndDrop();
+}
+
+void FenPlaylistController::reInitializeDragAndDrop() {
+    playlistView->registerForDraggedTypes({draggedType});
+}
+
+void FenPlaylistController::reloadPlaylistData() {
+    if (!player->playlist || !playlistView) return;
+    playlistView->reloadData();
+    playlistSelector->setStringValue(QString::fromStdString(player->playlist->name));
+}
+
+void FenPlaylistController::updatePlaylistViewSlow() {
+    if (!player->stream) return;
+    const std::int32_t current = player->playlist->currentIndex;
+    if (current == lastPlaylistEntry) return;
+    reloadPlaylistData();
+    if (playlistView) playlistView->scrollRowToVisible(current);
+    lastPlaylistEntry = current;
+}
+
+int FenPlaylistController::numberOfRows() {
+    if (!player || !player->playlist) return 0;
+    return static_cast<int>(player->playlist->entryCount());
+}
+
+QVariant FenPlaylistController::objectValueForTableColumn(int row) {
+    return QVariant::fromValue(static_cast<void*>(player->playlist->entryAt(row)));
+}
+
+void FenPlaylistController::willDisplayCell(cocoa::TextFieldCell& cell, int row) {
+    auto& entryCell = static_cast<PlaylistEntryCell&>(cell);
+    const TulPlaylistEntry& entry = *player->playlist->entryAt(row);
+    entryCell.setTrackNumber(row + 1);
+    entryCell.setInfo1(app::displayText(entry.title));
+    entryCell.setInfo2(app::displayText(entry.artistAlbum));
+    entryCell.setLengthInfo(app::timeText(entry.length));
+    entryCell.setActive(entry.active);
+    entryCell.setPlayIcon(cocoa::Image::named(QStringLiteral("playlist_play_icon")));
+    entryCell.setBackgroundColor(rowColour(playlistView->selectedRowIndexes().contains(row)));
+    playlistView->noteHeightOfRowsWithIndexesChanged({row});
+}
+
+double FenPlaylistController::heightOfRow(int /*row*/) {
+    return rowHeight;
+}
+
+void FenPlaylistController::doubleClick() {
+    player->playlist->selectEntry(playlistView->clickedRow());
+    player->startCurrentEntry();
+}
+
+bool FenPlaylistController::writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) {
+    reInitializeDragAndDrop();
+    pasteboard.setString(QString::number(*rows.begin()), draggedType);
+    return true;
+}
+
+cocoa::DragOperation FenPlaylistController::validateDrop(const cocoa::Pasteboard& /*pasteboard*/,
+                                                         int proposedRow,
+                                                         cocoa::DropOperation /*operation*/) {
+    return proposedRow >= 0 ? cocoa::DragOperation::move : cocoa::DragOperation::none;
+}
+
+bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int row,
+                                       cocoa::DropOperation /*operation*/) {
+    const auto source = pasteboard.stringForType(draggedType);
+    if (source) player->playlist->moveEntries(source->toInt(), row);
+    // The list's order has changed under the table.
+    playlistView->viewport()->update();
+    return true;
+}
+
+void FenPlaylistController::playlistNameChange() {
+    if (player && player->internalPlaylistManager && playlistSelector->indexOfSelectedItem() >= 0) {
+        player->selectInternalPlaylist(playlistSelector->indexOfSelectedItem());
+        reloadPlaylistData();
+    }
+    if (player && player->playlist) player->playlist->name = playlistSelector->stringValue().toStdString();
+}
+
+int FenPlaylistController::numberOfItemsInComboBox() {
+    if (!player || !player->internalPlaylistManager) return 0;
+    return static_cast<int>(player->internalPlaylistManager->count());
+}
+
+std::optional<QString> FenPlaylistController::objectValueForItemAtIndex(int index) {
+    if (!player || !player->internalPlaylistManager) return std::nullopt;
+    return QString::fromStdString(player->internalPlaylistManager->playlistAt(index).second);
+}
+
+std::int64_t FenPlaylistController::indexOfItemWithStringValue(const QString& string) {
+    if (!player || !player->internalPlaylistManager) return cocoa::NotFound;
+    const std::int32_t index = player->internalPlaylistManager->indexOfName(string.toStdString());
+    return index < 0 ? cocoa::NotFound : index;
+}

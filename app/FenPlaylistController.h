@@ -1,0 +1,56 @@
+#pragma once
+
+#include "app/FenMultiFunctionalViewController.h"
+#include "platform/cocoa/ComboBoxDataSource.h"
+#include "platform/cocoa/TableViewDataSource.h"
+#include "platform/cocoa/TableViewDelegate.h"
+
+#include <cstdint>
+
+namespace cocoa {
+class ComboBox;
+class TableView;
+} // namespace cocoa
+
+/// The page of the current playlist: a table of its entries and the box of internal playlists. It keeps no
+/// copy of the list; every answer is read from the core when it is asked for.
+///
+/// Threads: main thread only.
+class FenPlaylistController : public FenMultiFunctionalViewController,
+                              public cocoa::TableViewDataSource,
+                              public cocoa::TableViewDelegate,
+                              public cocoa::ComboBoxDataSource {
+public:
+    /// The current index when the slow update last brought it into view.
+    std::int32_t lastPlaylistEntry = -1;
+    /// Null until the page's view is loaded.
+    cocoa::TableView* playlistView = nullptr;
+    cocoa::ComboBox* playlistSelector = nullptr;
+
+    void initialize() override;
+    void reInitializeDragAndDrop();
+    void reloadPlaylistData();
+    void updatePlaylistViewSlow();
+
+    int numberOfRows() override;
+    QVariant objectValueForTableColumn(int row) override;
+    void willDisplayCell(cocoa::TextFieldCell& cell, int row) override;
+    double heightOfRow(int row) override;
+    void doubleClick();
+
+    bool writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) override;
+    cocoa::DragOperation validateDrop(const cocoa::Pasteboard& pasteboard, int proposedRow,
+                                      cocoa::DropOperation operation) override;
+    bool acceptDrop(const cocoa::Pasteboard& pasteboard, int row, cocoa::DropOperation operation) override;
+
+    void playlistNameChange();
+    int numberOfItemsInComboBox() override;
+    std::optional<QString> objectValueForItemAtIndex(int index) override;
+    std::int64_t indexOfItemWithStringValue(const QString& string) override;
+
+protected:
+    void loadView(QWidget& view) override;
+
+private:
+    void setUpTable();
+};

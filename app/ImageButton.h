@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/cocoa/Image.h"
+
+#include <QAbstractButton>
+
+namespace app {
+
+/// A button that is nothing but its picture; without one it is transparent and still clicks. Under the
+/// pointer it shows its hover picture or, without one, glows a little; pressed it dims; with the keyboard's
+/// focus it has a ring.
+class ImageButton : public QAbstractButton {
+    Q_OBJECT
+    /// Names of the pictures, for layout files.
+    Q_PROPERTY(QString imageName READ imageName WRITE setImageName)
+    Q_PROPERTY(bool round MEMBER m_round)
+public:
+    explicit ImageButton(QWidget* parent = nullptr);
+
+    const cocoa::Image& image() const { return m_image; }
+    void setImage(cocoa::Image image);
+
+    const QString& imageName() const { return m_imageName; }
+    /// Also takes the picture named with "_hover" behind it, where there is one.
+    void setImageName(const QString& name);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    QRectF centred(const cocoa::Image& image) const;
+
+    QString m_imageName;
+    cocoa::Image m_image;
+    cocoa::Image m_hoverImage;
+    bool m_round = false;
+};
+
+} // namespace app

@@ -1,0 +1,17 @@
+#include "app/ImageView.h"
+
+#include <utility>
+
+namespace app {
+
+void ImageView::setImage(cocoa::Image image) {
+    m_image = std::move(image);
+    update();
+}
+
+void ImageView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    m_image.drawAtPoint(painter, {0, 0});
+}
+
+} // namespace app

@@ -1,0 +1,40 @@
+#include "app/ReadingDialog.h"
+
+#include <QApplication>
+#include <QProgressDialog>
+
+namespace app {
+namespace {
+
+constexpr qint64 quietMs = 500;
+
+} // namespace
+
+ReadingDialog::ReadingDialog(QWidget& window) : m_window(window) {
+    m_running.start();
+}
+
+ReadingDialog::~ReadingDialog() = default;
+
+bool ReadingDialog::proceed(std::size_t done, std::size_t total) {
+    if (m_running.elapsed() < quietMs) return true;
+    if (!m_dialog) show(total);
+    m_dialog->setLabelText(QStringLiteral("%1 of %2 files").arg(done).arg(total));
+    m_dialog->setValue(static_cast<int>(done));
+    QApplication::processEvents();
+    return !m_dialog->wasCanceled();
+}
+
+void ReadingDialog::show(std::size_t total) {
+    m_modal.emplace();
+    m_dialog = std::make_unique<QProgressDialog>(QString(), QStringLiteral("Cancel"), 0,
+                                                 static_cast<int>(total), &m_window);
+    m_dialog->setWindowTitle(QStringLiteral("Reading tags"));
+    m_dialog->setWindowModality(Qt::ApplicationModal);
+    m_dialog->setMinimumDuration(0);
+    m_dialog->setAutoClose(false);
+    m_dialog->setAutoReset(false);
+    m_dialog->show();
+}
+
+} // namespace app

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QLabel>
+
+namespace app {
+
+/// A line of plain text that ends in an ellipsis where it does not fit; never rich text, whatever a tag
+/// holds. The whole text is its tool tip then.
+class TextField : public QLabel {
+    Q_OBJECT
+    Q_PROPERTY(QColor textColour READ textColour WRITE setTextColour)
+    /// Height of the font in points of the layout.
+    Q_PROPERTY(double fontSize READ fontSize WRITE setFontSize)
+    Q_PROPERTY(bool bold READ isBold WRITE setBold)
+public:
+    explicit TextField(QWidget* parent = nullptr);
+
+    QString stringValue() const { return text(); }
+    void setStringValue(const QString& string);
+
+    QColor textColour() const { return m_textColour; }
+    void setTextColour(const QColor& colour);
+    double fontSize() const { return font().pixelSize(); }
+    void setFontSize(double size);
+    bool isBold() const { return font().bold(); }
+    void setBold(bool bold);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void updateToolTip();
+
+    QColor m_textColour = Qt::white;
+};
+
+} // namespace app
