@@ -26,8 +26,10 @@ CustomWindow::CustomWindow(QWidget* parent) : Window(parent) {
     setAttribute(Qt::WA_ShowWithoutActivating, !canBecomeKeyWindow());
 }
 
-CustomWindow::CustomWindow(const QRect& contentRect) : CustomWindow() {
-    setGeometry(contentRect);
+std::unique_ptr<CustomWindow> CustomWindow::initWithContentRect(const QRect& contentRect) {
+    auto window = std::make_unique<CustomWindow>();
+    window->setGeometry(contentRect);
+    return window;
 }
 
 QPointF CustomWindow::draggedOrigin(const QRectF& visibleFrame, const QRectF& frame, const QPointF& location,

@@ -5,6 +5,8 @@
 #include <QPointF>
 #include <QRectF>
 
+#include <memory>
+
 /// The main window: no title bar or border, see-through where nothing is painted, moved by dragging its
 /// background. Its top edge never rises above the part of the screen that panels leave free; the other edges
 /// may leave the screen. Where the compositor alone places windows, the same gesture starts the compositor's
@@ -18,7 +20,7 @@ class CustomWindow : public cocoa::Window {
 public:
     explicit CustomWindow(QWidget* parent = nullptr);
     /// At this place and size of the screen (y grows downward).
-    explicit CustomWindow(const QRect& contentRect);
+    static std::unique_ptr<CustomWindow> initWithContentRect(const QRect& contentRect);
 
     /// True: the window takes the keyboard although it has no title bar.
     bool canBecomeKeyWindow() const { return true; }

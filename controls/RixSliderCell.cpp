@@ -4,6 +4,19 @@
 
 using cocoa::Image;
 
+namespace {
+
+/// Brightens a picture that has just been drawn.
+void glow(QPainter& painter, const Image& image, const QPointF& topLeft) {
+    painter.save();
+    painter.setCompositionMode(QPainter::CompositionMode_Plus);
+    painter.setOpacity(0.2);
+    image.drawAtPoint(painter, topLeft);
+    painter.restore();
+}
+
+} // namespace
+
 std::unique_ptr<RixSliderCell> RixSliderCell::initWithKnobImage(const Image& knob) {
     return initWithKnobImage(knob, {}, {}, {}, {});
 }
@@ -81,5 +94,12 @@ void RixSliderCell::drawKnob(QPainter& painter, const QRectF& knobRect) {
     drawBarInside(painter, m_barRect, m_flipped);
     const std::optional<QPointF> lowerLeft = createKnobPoint(knobRect);
     if (!lowerLeft) return;
-    m_knobImage.drawAtPoint(painter, *lowerLeft - QPointF(0.0, m_knobImage.size().height()));
+    const QPointF topLeft = *lowerLeft - QPointF(0.0, m_knobImage.size().height());
+    m_knobImage.drawAtPoint(painter, topLeft);
+    if (isUnderPointer()) glow(painter, m_knobImage, topLeft);
+}
+
+bool RixSliderCell::isUnderPointer() const {
+    const QWidget* view = controlView();
+    return view != nullptr && view->isEnabled() && view->underMouse();
 }

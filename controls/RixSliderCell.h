@@ -8,7 +8,8 @@
 
 /// A slider's drawing from images: a knob, and a bar in two parts that meet under the knob's centre, each a
 /// start cap, a stretched centre and an end cap. Every image may be null. With none at all the platform's
-/// slider is drawn; without a knob image, the platform's knob.
+/// slider is drawn; without a knob image, the platform's knob. Under the pointer the knob image glows a
+/// little.
 ///
 /// Rectangles are in the slider's coordinates: points, y grows downward.
 ///
@@ -63,6 +64,7 @@ public:
 
 private:
     bool hasNoImages() const;
+    bool isUnderPointer() const;
 
     QRectF m_currentKnobRect;
     QRectF m_barRect;

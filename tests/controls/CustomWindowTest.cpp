@@ -88,7 +88,8 @@ protected:
     int count = 1;
     QApplication application{count, arguments()};
     QWidget panel;
-    CustomWindow window{QRect(200, 150, 200, 120)};
+    std::unique_ptr<CustomWindow> owned = CustomWindow::initWithContentRect({200, 150, 200, 120});
+    CustomWindow& window = *owned;
     QPushButton button{QStringLiteral("no handle"), &window};
     QLabel label{QStringLiteral("a handle"), &window};
 };

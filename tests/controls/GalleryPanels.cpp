@@ -230,6 +230,7 @@ std::unique_ptr<QWidget> makeSliders() {
     }
     RixSlider* const focused = slider(in, {10, 214, 236, 22}, Bar::position, 0.3);
     focused->setObjectName(QStringLiteral("focused")); // takes the focus when the window stands
+    slider(in, {258, 214, 112, 22}, Bar::position, 0.5)->setAttribute(Qt::WA_UnderMouse); // the hover look
     return panel;
 }
 

@@ -163,19 +163,6 @@ TEST_F(PlaylistEntryCellTest, TheActiveRowIsYellowWithItsIconAndTheOthersBlueWit
     EXPECT_EQ(draw(frame).pixelColor(330, 17), grey);
 }
 
-TEST_F(PlaylistEntryCellTest, AbsentAndEmptyTextsLeaveTheRestOfTheRow) {
-    const QRectF frame(0, 0, 380, 54);
-    const QRectF second = cell.info2RectForBounds(frame);
-    for (const PlaylistEntryCell::Text& text :
-         {PlaylistEntryCell::Text(), PlaylistEntryCell::Text(QString())}) {
-        cell.setInfo2(text);
-        const QImage row = draw(frame);
-        EXPECT_EQ(pixels(row, second, blue), 0);
-        EXPECT_GT(pixels(row, cell.info1RectForBounds(frame), blue), 5);
-        EXPECT_GT(pixels(row, cell.lengthInfoRectForBounds(frame), blue), 5);
-    }
-}
-
 TEST_F(PlaylistEntryCellTest, ALongTitleReachesTheRightEdgeOverTheIconAndNoFurther) {
     cell.setActive(true);
     cell.setLengthInfo(std::nullopt);
@@ -219,19 +206,6 @@ TEST_F(PlaylistEntryCellTest, LettersThatRobotoLacksComeFromOtherFonts) {
         const Setting setting = settingOf(*cell.attributedInfo1Value());
         EXPECT_FALSE(setting.hasHoles) << setting.families.join(QLatin1Char(',')).toStdString();
     }
-}
-
-TEST_F(PlaylistEntryCellTest, ACopyCarriesEverything) {
-    cell.setActive(true);
-    const auto copy = cell.copyWithZone();
-    const QImage original = draw();
-    cell.setInfo1(QStringLiteral("changed"));
-    QImage canvas(original.size(), original.format());
-    canvas.fill(Qt::transparent);
-    QPainter painter(&canvas);
-    copy->drawInteriorWithFrame(painter, {0, 0, 380, 54});
-    painter.end();
-    EXPECT_EQ(canvas, original);
 }
 
 } // namespace

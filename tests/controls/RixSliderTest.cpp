@@ -170,6 +170,17 @@ TEST_F(RixSliderTest, WithoutImagesItLooksLikeThePlatformsSlider) {
     EXPECT_EQ(support::picture(skinned), support::picture(plain));
 }
 
+TEST_F(RixSliderTest, TheKnobIsBrighterUnderThePointerUnlessTheSliderIsDisabled) {
+    const auto slider = RixSlider::initWithKnobImage(bitmap(20, 20, QColor(100, 100, 100)));
+    slider->resize(120, 20);
+    const auto knob = [&] { return support::picture(*slider).pixelColor(5, 10); };
+    const QColor usual = knob();
+    slider->setAttribute(Qt::WA_UnderMouse);
+    EXPECT_GT(knob().red(), usual.red() + 10);
+    slider->setEnabled(false);
+    EXPECT_EQ(knob(), usual);
+}
+
 /// Counts what it is asked to redraw.
 class WatchedSlider : public RixSlider {
 public:

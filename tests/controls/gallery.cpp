@@ -31,7 +31,8 @@ FenSpectrumAnalyzerView::Values spectrumOfFrame(int frame) {
 }
 
 int measureSpectrum(double seconds) {
-    CustomWindow window(QRect(100, 100, 380, 600));
+    const auto owned = CustomWindow::initWithContentRect({100, 100, 380, 600});
+    CustomWindow& window = *owned;
     const std::unique_ptr<QWidget> content = gallery::makeMainWindow(true);
     content->setParent(&window);
     auto* const spectrum = content->findChild<FenSpectrumAnalyzerView*>();
@@ -79,7 +80,7 @@ int main(int argc, char** argv) {
     if (options.isSet(QStringLiteral("spectrum")))
         return measureSpectrum(options.value(QStringLiteral("spectrum")).toDouble());
 
-    CustomWindow window(QRect(40, 40, 1580, 640));
+    CustomWindow window;
     window.setFixedSize(1580, 640);
     QLabel ground(&window);
     ground.setFixedSize(window.size());
