@@ -1,8 +1,10 @@
 #include "core/player/TulPlayer.h"
 #include "tests/core/RecordingBass.h"
 #include "tests/support/Media.h"
+#include "tests/support/WaitFor.h"
 
 #include <algorithm>
+#include <atomic>
 #include <gtest/gtest.h>
 #include <limits>
 #include <thread>
@@ -147,6 +149,23 @@ TEST_F(Player, WithoutAnExecutorGoesOnWhereTheEndIsHeard) {
     player->play();
     endTrack(1);
     EXPECT_EQ(player->playlist->currentIndex, 1);
+}
+
+TEST_F(Player, MayBeDestroyedWhileAnEndIsBeingHeard) {
+    for (int i = 0; i < 50; ++i) {
+        std::atomic<int> heard = 0;
+        std::atomic<bool> done = false;
+        player = std::make_unique<TulPlayer>();
+        player->setExecutor([&heard](const std::function<void()>&) { ++heard; });
+        std::thread syncThread([&done] {
+            while (!done)
+                TulPlayer::onStreamEnded(1, 1, 0, nullptr);
+        });
+        EXPECT_TRUE(support::waitFor([&heard] { return heard > 0; }));
+        player.reset();
+        done = true;
+        syncThread.join();
+    }
 }
 
 TEST_F(Player, StaysOnASourceThatCannotBeOpened) {

@@ -97,17 +97,12 @@ BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib) {
 
 BOOL BASS_ChannelSetAttribute(DWORD handle, DWORD attrib, float value) {
     record("SetAttribute", handle, attrib, value);
-    if (Channel* channel = find(handle)) {
-        channel->attributes[attrib] = value;
-        channel->sliding = false;
-    }
+    if (Channel* channel = find(handle)) channel->sliding = false;
     return 1;
 }
 
-BOOL BASS_ChannelGetAttribute(DWORD handle, DWORD attrib, float* value) {
-    Channel* channel = find(handle);
-    if (channel) *value = channel->attributes[attrib];
-    return channel != nullptr;
+BOOL BASS_ChannelGetAttribute(DWORD /*handle*/, DWORD /*attrib*/, float* /*value*/) {
+    return 0;
 }
 
 HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user) {

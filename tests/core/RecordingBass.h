@@ -12,7 +12,6 @@ namespace recording {
 struct Channel {
     DWORD state = BASS_ACTIVE_STOPPED;
     bool sliding = false;
-    std::map<DWORD, float> attributes;
 };
 
 struct Bass {

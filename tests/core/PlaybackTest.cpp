@@ -1,0 +1,97 @@
+#include "core/player/TulPlayer.h"
+#include "tests/support/Media.h"
+#include "tests/support/WaitFor.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <mutex>
+
+namespace {
+
+using support::waitFor;
+
+/// The player on the real audio layer, heard by nobody, with this thread as its main thread.
+class Playback : public testing::Test {
+protected:
+    Playback() {
+        setenv("TUL_AUDIO", "null", 1);
+        player = std::make_unique<TulPlayer>();
+        player->setExecutor([this](std::function<void()> task) {
+            const std::lock_guard lock(mutex);
+            tasks.push_back(std::move(task));
+        });
+    }
+
+    static std::string encode(const std::string& name, double seconds, const std::string& encoder) {
+        const auto wav = support::scratch() / (name + ".wav");
+        const auto out = (support::scratch() / name).string();
+        support::writeWav(wav, support::sine(1000, static_cast<std::size_t>(seconds * 44100)));
+        if (encoder == "lame") support::run({"lame", "--quiet", wav.string(), out});
+        if (encoder == "flac") support::run({"flac", "-s", "-f", wav.string(), "-o", out});
+        return out;
+    }
+
+    /// What the main thread's loop does.
+    bool runTasks() {
+        std::vector<std::function<void()>> taken;
+        {
+            const std::lock_guard lock(mutex);
+            taken.swap(tasks);
+        }
+        for (const auto& task : taken)
+            task();
+        return !taken.empty();
+    }
+
+    std::mutex mutex;
+    std::vector<std::function<void()>> tasks; // guarded by mutex
+    std::unique_ptr<TulPlayer> player;
+};
+
+TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
+    player->playlist->addEntries(
+        {encode("a.flac", 0.2, "flac"), encode("b.mp3", 0.2, "lame"), encode("c.flac", 0.2, "flac")});
+    player->play();
+    ASSERT_TRUE(player->isPlaying());
+    for (const std::int32_t expected : {1, 2, 0, 1}) {
+        ASSERT_TRUE(waitFor([this] { return runTasks(); }));
+        EXPECT_EQ(player->playlist->currentIndex, expected);
+        EXPECT_TRUE(player->takeSongChanged());
+    }
+    // Emptied while it plays: it ends, rewound, and can be played again.
+    player->clearPlaylist();
+    ASSERT_TRUE(waitFor([this] { return runTasks(); }));
+    EXPECT_FALSE(player->isPlaying());
+    EXPECT_EQ(player->stream->position(), 0.0);
+    player->play();
+    EXPECT_TRUE(waitFor([this] { return player->stream->position() > 0; }));
+}
+
+TEST_F(Playback, PausesAfterTheFadeAndResumesThereAtFullVolume) {
+    player->playlist->addEntry(encode("long.flac", 60, "flac"));
+    player->setVolume(0.75F);
+    player->play();
+    EXPECT_NEAR(player->stream->length(), 60.0, 1e-9);
+    player->stream->seek(30);
+    ASSERT_TRUE(waitFor([this] { return player->stream->position() > 30.1; }));
+    const TulSpectrum bars = player->stream->spectrum();
+    EXPECT_EQ(bars[4], 25); // 1 kHz, loud
+    EXPECT_EQ(bars[7], 2);
+    player->pause();
+    EXPECT_FALSE(player->isPlaying());
+    ASSERT_TRUE(
+        waitFor([this] { return BASS_ChannelIsActive(player->stream->handle) == BASS_ACTIVE_PAUSED; }));
+    EXPECT_EQ(player->stream->volume(), 0.0F);
+    const double paused = player->stream->position();
+    EXPECT_GT(paused, 30.3);
+    EXPECT_LT(paused, 35);
+    player->play();
+    EXPECT_TRUE(player->isPlaying());
+    EXPECT_EQ(player->stream->volume(), 0.75F);
+    EXPECT_TRUE(waitFor([&] { return player->stream->position() > paused + 0.1; }));
+    EXPECT_LT(player->stream->position(), paused + 20);
+    // Destroyed while it plays.
+    player.reset();
+}
+
+} // namespace
