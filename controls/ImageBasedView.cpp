@@ -28,7 +28,7 @@ void ImageBasedView::paintEvent(QPaintEvent*) {
     if (!m_repaint) return;
     m_repaint = false;
     // Not from inside the drawing: a change of the shadow may make the window anew.
-    QMetaObject::invokeMethod(this, &ImageBasedView::renewShadow, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "renewShadow", Qt::QueuedConnection);
 }
 
 void ImageBasedView::renewShadow() {

@@ -37,7 +37,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void renewShadow();
+    Q_INVOKABLE void renewShadow();
 
     cocoa::Image m_viewImage;
     bool m_repaint = false;
