@@ -53,8 +53,8 @@ std::string readLine(int descriptor) {
 }
 
 bool windowManagerRuns() {
-    // Answers only once a window manager has taken the display.
-    return std::system("xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q '#'") == 0;
+    // Answers only once the window manager has begun to manage windows.
+    return std::system("xprop -root _NET_CLIENT_LIST 2>/dev/null | grep -q '#'") == 0;
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <thread>
 
 namespace support {
 
@@ -51,6 +52,7 @@ bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds 
         if (std::chrono::steady_clock::now() > end) return false;
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
 }
