@@ -35,12 +35,12 @@ AVChannelLayout layoutOf(const AVFrame& frame) {
 /// Two rows (left, right) of gains: channels without known places alternate between the sides.
 std::vector<double> alternatingMatrix(int channels) {
     std::vector<double> matrix(2 * static_cast<std::size_t>(channels), 0.0);
-    const double gain = channels == 1 ? 1.0 : 1.0 / ((channels + 1) / 2);
+    const double gain = channels == 1 ? 1.0 : 2.0 / (channels + channels % 2);
     for (int channel = 0; channel < channels; ++channel) {
         const bool left = channels == 1 || channel % 2 == 0;
         const bool right = channels == 1 || channel % 2 == 1;
         if (left) matrix[static_cast<std::size_t>(channel)] = gain;
-        if (right) matrix[static_cast<std::size_t>(channels + channel)] = gain;
+        if (right) matrix[static_cast<std::size_t>(channels) + static_cast<std::size_t>(channel)] = gain;
     }
     return matrix;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 namespace bass {
 namespace {
@@ -17,6 +18,13 @@ constexpr int mostSilentPackets = 4096;
 bool isSane(const AVFrame& frame) {
     return frame.sample_rate >= lowestRate && frame.sample_rate <= highestRate && frame.nb_samples > 0 &&
            frame.ch_layout.nb_channels >= 1 && frame.ch_layout.nb_channels <= mostChannels;
+}
+
+/// Each link of a chained stream starts with headers, which FFmpeg hands out as if they were sound.
+bool isOpusHeader(const AVPacket& packet) {
+    const std::string_view bytes(reinterpret_cast<const char*>(packet.data),
+                                 static_cast<std::size_t>(packet.size));
+    return bytes.starts_with("OpusHead") || bytes.starts_with("OpusTags");
 }
 
 } // namespace
@@ -133,8 +141,10 @@ Status Decoder::feed() {
     if (flac_ && result >= 0)
         flacTime_ = flac::firstSample({packet_->data, static_cast<std::size_t>(packet_->size)}, *flac_);
     if (bytes_.interrupted() || result == AVERROR(EIO)) return Status::failed;
+    if (result == AVERROR(EAGAIN)) return Status::more;
     // Damage ends the sound like its end does: what was decoded until here is still heard.
     if (result < 0) return avcodec_send_packet(codec_.get(), nullptr) < 0 ? Status::end : Status::more;
+    if (codec_->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*packet_)) return Status::more;
     avcodec_send_packet(codec_.get(), packet_.get()); // a damaged packet is left out
     return Status::more;
 }
@@ -177,9 +187,10 @@ bool Decoder::restart() {
     if (bytes_.seek(0) != 0) return false;
     demuxer_ = Demuxer::open(bytes_, format_);
     if (!demuxer_ || !openCodec()) return false;
-    fetched_ = false;
     ended_ = false;
     position_ = nextPosition_ = 0;
+    if (fetch() != Status::more) return false;
+    takeOverTrimming();
     return true;
 }
 

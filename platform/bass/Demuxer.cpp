@@ -23,6 +23,9 @@ constexpr std::array<std::string_view, 11> refusedContainers = {
 constexpr unsigned probeBytes = 1 << 20;
 constexpr int maxStreams = 64;
 constexpr int wavProbePackets = 4;
+/// A live stream comes no faster than it plays: what is looked at is waited for.
+constexpr int liveProbeBytes = 128 * 1024;
+constexpr std::int64_t liveProbeTime = AV_TIME_BASE;
 
 bool isRefused(const AVInputFormat& format) {
     if (format.flags & AVFMT_NOFILE) return true;
@@ -85,6 +88,10 @@ bool Demuxer::openContainer() {
     context->io_open = refuseToOpen;
     context->interrupt_callback = {isInterrupted, &bytes_};
     context->max_streams = maxStreams;
+    if (!bytes_.seekable()) {
+        context->probesize = liveProbeBytes;
+        context->max_analyze_duration = liveProbeTime;
+    }
     // PCM is probed for another codec's frames within it; the first packets show them.
     if (std::string_view(format->name) == "wav" || std::string_view(format->name) == "w64")
         context->max_probe_packets = wavProbePackets;

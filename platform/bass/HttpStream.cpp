@@ -30,7 +30,7 @@ std::string textOption(AVIOContext& connection, const char* name) {
 }
 
 bool isHttp(std::string_view url) {
-    return url.starts_with("http://") || url.starts_with("https://") || url.starts_with("/");
+    return url.starts_with("http://") || url.starts_with("https://");
 }
 
 } // namespace

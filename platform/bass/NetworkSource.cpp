@@ -113,7 +113,10 @@ void NetworkSource::decodeAhead() {
                 const bool wanted = status_ == Status::more && ahead_.size() < mostAhead;
                 return http_->interrupted() || seekTarget_ || wanted;
             });
-            if (seekTarget_) applySeek(lock);
+            if (seekTarget_) {
+                applySeek(lock);
+                continue;
+            }
         }
         const ReadResult result = source_->read(block);
         const bool goesOn = result.status == Status::more || http_->isLive();

@@ -4,7 +4,8 @@
 #include "platform/bass/FileIo.h"
 #include "platform/bass/NetworkSource.h"
 
-#include <strings.h>
+#include <algorithm>
+#include <cctype>
 
 extern "C" {
 #include <libavutil/log.h>
@@ -20,12 +21,13 @@ std::unique_ptr<Source> openFile(const std::string& path, Format format) {
 }
 
 std::unique_ptr<Source> openUrl(const std::string& url) {
-    const auto startsWith = [&](const char* scheme, std::size_t size) {
-        return strncasecmp(url.c_str(), scheme, size) == 0;
-    };
-    if (!startsWith("http://", 7) && !startsWith("https://", 8)) return nullptr;
+    // FFmpeg knows its protocols in lower case only.
+    const std::size_t colon = std::min(url.find(':'), url.size());
+    std::string scheme = url.substr(0, colon);
+    std::ranges::transform(scheme, scheme.begin(), [](unsigned char c) { return std::tolower(c); });
+    if ((scheme != "http" && scheme != "https") || url.compare(colon, 3, "://") != 0) return nullptr;
     av_log_set_level(AV_LOG_QUIET);
-    return NetworkSource::open(url);
+    return NetworkSource::open(scheme + url.substr(colon));
 }
 
 } // namespace bass
