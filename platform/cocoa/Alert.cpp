@@ -40,8 +40,9 @@ Alert::Alert(const Texts& texts, QWidget* parent) : QDialog(parent), m_layout(ch
 }
 
 void Alert::setAccessoryView(std::unique_ptr<QWidget> view) {
-    view->setFocus();
-    m_layout->insertWidget(m_layout->count() - 1, view.release());
+    QWidget* const inserted = view.release();
+    m_layout->insertWidget(m_layout->count() - 1, inserted);
+    inserted->setFocus();
 }
 
 Alert::Response Alert::runModal() {

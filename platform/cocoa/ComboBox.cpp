@@ -2,6 +2,7 @@
 
 #include <QAbstractItemView>
 #include <QAbstractListModel>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
@@ -41,7 +42,6 @@ ComboBox::ComboBox(QWidget* parent)
     // What typing means is this class's business: the toolkit would choose an item that merely looks alike.
     disconnect(lineEdit(), &QLineEdit::returnPressed, this, nullptr);
     disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
-    lineEdit()->installEventFilter(this);
     connect(this, &QComboBox::activated, this, &ComboBox::chooseItem);
 }
 
@@ -128,38 +128,31 @@ void ComboBox::resizeEvent(QResizeEvent* event) {
 }
 
 void ComboBox::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Down || event->key() == Qt::Key_Up) return showPopup();
-    event->ignore();
+    // The keyboard is this widget's, not the line edit's, which gets what is left. The toolkit's own handling
+    // would step through the items.
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return commitTyping();
+    case Qt::Key_Escape:
+        return revertTyping();
+    case Qt::Key_Down:
+    case Qt::Key_Up:
+        return showPopup();
+    default:
+        QCoreApplication::sendEvent(lineEdit(), event);
+    }
+}
+
+void ComboBox::focusOutEvent(QFocusEvent* event) {
+    const bool leaving =
+        event->reason() != Qt::ActiveWindowFocusReason && QApplication::activePopupWidget() == nullptr;
+    if (leaving && lineEdit()->isModified()) commitTyping();
+    QComboBox::focusOutEvent(event);
 }
 
 void ComboBox::wheelEvent(QWheelEvent* event) {
     event->ignore(); // a passing wheel must not switch the choice
-}
-
-bool ComboBox::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != lineEdit()) return QComboBox::eventFilter(watched, event);
-    if (event->type() == QEvent::KeyPress) {
-        switch (static_cast<QKeyEvent*>(event)->key()) {
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-            commitTyping();
-            return true;
-        case Qt::Key_Escape:
-            revertTyping();
-            return true;
-        case Qt::Key_Down:
-        case Qt::Key_Up:
-            showPopup();
-            return true;
-        default:
-            break;
-        }
-    }
-    const bool leaving = event->type() == QEvent::FocusOut &&
-                         static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason &&
-                         static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason;
-    if (leaving && lineEdit()->isModified()) commitTyping();
-    return QComboBox::eventFilter(watched, event);
 }
 
 } // namespace cocoa

@@ -1,0 +1,113 @@
+#include "platform/cocoa/OpenPanel.h"
+#include "platform/cocoa/SavePanel.h"
+#include "tests/support/Media.h"
+#include "tests/support/TestApplication.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class PanelTest : public testing::Test {
+protected:
+    PanelTest() {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        for (const char* name : {"a.mp3", "b.FLAC", "notes.txt", "Songs v1.2.tuq"}) {
+            support::writeFile(support::scratch() / name, "x");
+        }
+        window.show();
+    }
+    QFileDialog* dialog() {
+        QFileDialog* found = nullptr;
+        EXPECT_TRUE(support::runUntil([&] {
+            found = window.findChild<QFileDialog*>();
+            return found != nullptr && found->isVisible();
+        }));
+        return found;
+    }
+    void enter(const QString& names) {
+        QFileDialog* const shown = dialog();
+        shown->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(names);
+        QTest::keyClick(shown, Qt::Key_Return);
+        EXPECT_TRUE(support::runUntil([&] { return window.findChild<QFileDialog*>() == nullptr; }));
+    }
+    QString in(const char* name) const { return folder + QLatin1Char('/') + QString::fromUtf8(name); }
+
+    QApplication& application = support::offscreenApplication();
+    const QString folder = QString::fromStdString(support::scratch().string());
+    QWidget window;
+};
+
+TEST_F(PanelTest, OpensSeveralFilesInTheirOrderAndRemembersTheFolder) {
+    cocoa::OpenPanel panel;
+    panel.setTitle(QStringLiteral("Add a file to the current playlist"));
+    panel.setAllowedFileTypes(QStringLiteral("Audio files"), {QStringLiteral("mp3"), QStringLiteral("flac")});
+    panel.setAllowsMultipleSelection(true);
+    panel.setDirectory(folder);
+    QStringList chosen;
+    panel.beginSheetModalForWindow(window, [&](const QStringList& paths) { chosen = paths; });
+    EXPECT_EQ(dialog()->windowTitle(), QStringLiteral("Add a file to the current playlist"));
+    EXPECT_EQ(dialog()->nameFilters(), (QStringList{QStringLiteral("Audio files (*.mp3 *.MP3 *.flac *.FLAC)"),
+                                                    QStringLiteral("All files (*)")}));
+    enter(QStringLiteral("\"b.FLAC\" \"a.mp3\""));
+    EXPECT_EQ(chosen, (QStringList{in("b.FLAC"), in("a.mp3")}));
+
+    cocoa::OpenPanel second;
+    second.setDirectory(QDir::rootPath());
+    chosen.clear();
+    second.beginSheetModalForWindow(window, [&](const QStringList& paths) { chosen = paths; });
+    EXPECT_EQ(dialog()->directory().absolutePath(), folder);
+    QTest::keyClick(dialog(), Qt::Key_Escape);
+    EXPECT_TRUE(support::runUntil([&] { return window.findChild<QFileDialog*>() == nullptr; }));
+    EXPECT_TRUE(chosen.isEmpty());
+}
+
+TEST_F(PanelTest, ASavedNameGetsItsTypeAndReplacesOnlyWhenTold) {
+    QString saved;
+    const auto save = [&](const char* name) {
+        saved.clear();
+        cocoa::SavePanel panel;
+        panel.setAllowedFileTypes(QStringLiteral("Playlist"), {QStringLiteral("tuq")});
+        panel.setNameFieldStringValue(QStringLiteral("Proposed"));
+        panel.setDirectory(folder);
+        panel.beginSheetModalForWindow(window, [&](const QString& path) { saved = path; });
+        EXPECT_EQ(dialog()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(),
+                  QStringLiteral("Proposed"));
+        enter(QString::fromUtf8(name));
+    };
+    save("Party");
+    EXPECT_EQ(saved, in("Party.tuq"));
+    save("Party.TUQ");
+    EXPECT_EQ(saved, in("Party.TUQ"));
+    save("Vol. 2");
+    EXPECT_EQ(saved, in("Vol. 2.tuq")) << "what follows the dot is no type";
+
+    bool asked = false;
+    QMessageBox::StandardButton reply = QMessageBox::No;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        auto* const question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (question == nullptr) return;
+        asked = true;
+        question->button(reply)->click();
+    });
+    poll.start(5);
+    save("Songs v1.2"); // becomes the name of a file that exists
+    EXPECT_TRUE(asked);
+    EXPECT_EQ(saved, QString());
+    asked = false;
+    reply = QMessageBox::Yes;
+    save("Songs v1.2");
+    EXPECT_TRUE(asked);
+    EXPECT_EQ(saved, in("Songs v1.2.tuq"));
+}
+
+} // namespace

@@ -1,0 +1,47 @@
+#include "platform/cocoa/UserDefaults.h"
+#include "tests/support/Media.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+const QString key = QStringLiteral("InternalPlaylistStorage");
+
+QString storedIn(const std::string& content) {
+    const auto path = support::scratch() / "settings.json";
+    support::writeFile(path, content);
+    cocoa::UserDefaults defaults(QString::fromStdString(path.string()));
+    defaults.registerDefaults({{key, QStringLiteral("/registered")}});
+    return defaults.stringForKey(key);
+}
+
+TEST(UserDefaults, AStoredStringTakesPrecedenceAndNothingElseDoes) {
+    const struct {
+        const char* content;
+        const char* expected;
+    } cases[] = {{R"({"InternalPlaylistStorage": "/mine, é/p.json"})", "/mine, é/p.json"},
+                 {R"({"InternalPlaylistStorage": ""})", ""},
+                 {R"({"InternalPlaylistStorage": 5})", "/registered"},
+                 {R"({"InternalPlaylistStorage": ["/a"]})", "/registered"},
+                 {R"({"InternalPlaylistStorage": null})", "/registered"},
+                 {R"({"Other": "/mine"})", "/registered"},
+                 {R"(["InternalPlaylistStorage"])", "/registered"},
+                 {R"({"InternalPlaylistStorage": "/mine")", "/registered"},
+                 {"", "/registered"}};
+    for (const auto& each : cases)
+        EXPECT_EQ(storedIn(each.content).toStdString(), each.expected) << each.content;
+}
+
+TEST(UserDefaults, AreFoundInTheUsersConfigurationFolder) {
+    const auto folder = support::scratch() / "config";
+    std::filesystem::create_directories(folder / "tulplayer");
+    support::writeFile(folder / "tulplayer" / "settings.json",
+                       R"({"InternalPlaylistStorage": "/from config"})");
+    setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
+    EXPECT_EQ(cocoa::UserDefaults::standardUserDefaults().stringForKey(key), QStringLiteral("/from config"));
+    EXPECT_TRUE(cocoa::UserDefaults::standardUserDefaults().stringForKey(QStringLiteral("unknown")).isNull());
+}
+
+} // namespace

@@ -1,0 +1,147 @@
+// Notifications to a server of the test's own, on a session bus of the test's own. A process knows one
+// session bus for its life, so each case needs a process of its own, as CTest gives it.
+#include "platform/cocoa/UserNotificationCenter.h"
+#include "tests/cocoa/NotificationServer.h"
+#include "tests/support/DisplayServer.h"
+#include "tests/support/TestApplication.h"
+
+#include <QDBusConnection>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+/// A session bus, and on it a notification server when it is started.
+class Desktop {
+public:
+    Desktop() {
+        m_bus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                                    QStringLiteral("--print-address=1")});
+        EXPECT_TRUE(m_bus.waitForReadyRead());
+        m_address = QString::fromUtf8(m_bus.readLine()).trimmed();
+        setenv("DBUS_SESSION_BUS_ADDRESS", m_address.toUtf8().constData(), 1);
+    }
+    ~Desktop() {
+        m_bus.kill();
+        m_bus.waitForFinished();
+    }
+    void startServer() {
+        // A connection apart: the server answers as another program would.
+        QDBusConnection connection = QDBusConnection::connectToBus(m_address, QStringLiteral("server"));
+        ASSERT_TRUE(connection.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &server,
+                                              QDBusConnection::ExportAllSlots));
+        ASSERT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.Notifications")));
+    }
+    bool arrived(std::size_t count) {
+        return support::runUntil([&] { return server.received.size() >= count; });
+    }
+
+    NotificationServer server;
+
+private:
+    QProcess m_bus;
+    QString m_address;
+};
+
+cocoa::UserNotificationCenter& center() {
+    return cocoa::UserNotificationCenter::defaultUserNotificationCenter();
+}
+
+class UserNotificationTest : public testing::Test {
+protected:
+    UserNotificationTest() {
+        QGuiApplication::setApplicationDisplayName(QStringLiteral("Tulplayer"));
+        QGuiApplication::setDesktopFileName(QStringLiteral("org.example.Tulplayer"));
+    }
+
+    QApplication& application = support::offscreenApplication();
+};
+
+TEST_F(UserNotificationTest, ShowsTitleEscapedBodyAndPictureAndReplacesTheOneBefore) {
+    Desktop desktop;
+    ASSERT_NO_FATAL_FAILURE(desktop.startServer());
+    QImage cover(600, 300, QImage::Format_RGB32);
+    cover.fill(Qt::red);
+    center().deliverNotification({QStringLiteral("A <b> & B"), QStringLiteral("C <i> & D"), cover});
+    ASSERT_TRUE(desktop.arrived(1));
+    const Received& first = desktop.server.received[0];
+    EXPECT_EQ(first.application, QStringLiteral("Tulplayer"));
+    EXPECT_EQ(first.replaces, 0U);
+    EXPECT_EQ(first.title, QStringLiteral("A <b> & B"));
+    EXPECT_EQ(first.body, QStringLiteral("C &lt;i&gt; &amp; D"));
+    EXPECT_EQ(first.hints.value(QStringLiteral("desktop-entry")), QStringLiteral("org.example.Tulplayer"));
+
+    const auto picture = first.hints.value(QStringLiteral("image-data")).value<QDBusArgument>();
+    EXPECT_EQ(picture.currentSignature(), QStringLiteral("(iiibiiay)"));
+    int width = 0, height = 0, stride = 0, bits = 0, channels = 0;
+    bool alpha = false;
+    QByteArray bytes;
+    picture.beginStructure();
+    picture >> width >> height >> stride >> alpha >> bits >> channels >> bytes;
+    EXPECT_EQ(width, 256);
+    EXPECT_EQ(height, 128);
+    EXPECT_EQ(bytes.size(), stride * height);
+    EXPECT_EQ(bytes.left(4).toHex(), QByteArray("ff0000ff"));
+
+    ASSERT_TRUE(support::runUntil([&] {
+        center().deliverNotification({QStringLiteral("Next"), QString(), {}});
+        return desktop.server.received.size() > 1 && desktop.server.received.back().replaces == 41;
+    }));
+    EXPECT_FALSE(desktop.server.received.back().hints.contains(QStringLiteral("image-data")));
+}
+
+TEST_F(UserNotificationTest, OfManyThatComeAtOnceTheFirstAndTheLastAreShown) {
+    Desktop desktop;
+    ASSERT_NO_FATAL_FAILURE(desktop.startServer());
+    for (int each = 0; each < 50; ++each)
+        center().deliverNotification({QString::number(each), QString(), {}});
+    ASSERT_TRUE(desktop.arrived(2));
+    EXPECT_EQ(desktop.server.received[0].title, QStringLiteral("0"));
+    EXPECT_EQ(desktop.server.received[1].title, QStringLiteral("49"));
+    EXPECT_EQ(desktop.server.received[1].replaces, 41U);
+    EXPECT_EQ(desktop.server.received.size(), 2U);
+}
+
+TEST(UserNotificationOnADisplay, IsNotPostedWhileTheApplicationIsActive) {
+    const support::DisplayServer display;
+    int count = 1;
+    char name[] = "test";
+    char* arguments[] = {name, nullptr};
+    QApplication application(count, arguments);
+    Desktop desktop;
+    ASSERT_NO_FATAL_FAILURE(desktop.startServer());
+    QWidget window;
+    window.show();
+    ASSERT_TRUE(support::runUntil([&] {
+        window.activateWindow();
+        return application.applicationState() == Qt::ApplicationActive;
+    }));
+    center().deliverNotification({QStringLiteral("unwanted"), QString(), {}});
+    window.showMinimized();
+    ASSERT_TRUE(support::runUntil([&] { return application.applicationState() != Qt::ApplicationActive; }));
+    center().deliverNotification({QStringLiteral("wanted"), QString(), {}});
+    ASSERT_TRUE(desktop.arrived(1));
+    EXPECT_EQ(desktop.server.received[0].title, QStringLiteral("wanted"));
+}
+
+TEST_F(UserNotificationTest, WithoutAServerNothingHappensUntilOneComes) {
+    Desktop desktop;
+    center().deliverNotification({QStringLiteral("lost"), QString(), {}});
+    ASSERT_NO_FATAL_FAILURE(desktop.startServer());
+    ASSERT_TRUE(support::runUntil([&] {
+        center().deliverNotification({QStringLiteral("heard"), QString(), {}});
+        return !desktop.server.received.empty();
+    }));
+}
+
+TEST_F(UserNotificationTest, WithoutABusNothingHappens) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+    center().deliverNotification({QStringLiteral("lost"), QString(), {}});
+    EXPECT_FALSE(QDBusConnection::sessionBus().isConnected());
+}
+
+} // namespace
