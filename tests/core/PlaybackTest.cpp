@@ -24,7 +24,7 @@ protected:
 
     static std::string encode(const std::string& name, double seconds, const std::string& encoder) {
         const auto wav = support::scratch() / (name + ".wav");
-        const auto out = (support::scratch() / name).string();
+        std::string out = (support::scratch() / name).string();
         support::writeWav(wav, support::sine(1000, static_cast<std::size_t>(seconds * 44100)));
         if (encoder == "lame") support::run({"lame", "--quiet", wav.string(), out});
         if (encoder == "flac") support::run({"flac", "-s", "-f", wav.string(), "-o", out});
