@@ -144,7 +144,10 @@ Status Decoder::feed() {
     if (result == AVERROR(EAGAIN)) return Status::more;
     // Damage ends the sound like its end does: what was decoded until here is still heard.
     if (result < 0) return avcodec_send_packet(codec_.get(), nullptr) < 0 ? Status::end : Status::more;
-    if (codec_->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*packet_)) return Status::more;
+    if (codec_->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*packet_)) {
+        avcodec_flush_buffers(codec_.get()); // what comes does not follow from what was
+        return Status::more;
+    }
     avcodec_send_packet(codec_.get(), packet_.get()); // a damaged packet is left out
     return Status::more;
 }

@@ -98,10 +98,11 @@ TEST(Network, StripsIcyMetadataAndGoesOnAfterADrop) {
 }
 
 TEST(Network, PlaysTheLinksOfAChainedStreamInTurn) {
-    const auto opusPath = support::scratch() / "net.opus";
-    support::run(
-        {"opusenc", "--quiet", support::writeWav(support::scratch() / "net.wav", sound()), opusPath});
-    for (const std::string& link : {ogg(), support::readFile(opusPath)}) {
+    // Noise leaves the decoder far from where the next link starts.
+    const auto wav = support::writeWav(support::scratch() / "noise.wav", support::noise(frames));
+    const auto opus = support::scratch() / "noise.opus";
+    support::run({"opusenc", "--quiet", wav, opus});
+    for (const std::string& link : {ogg(), support::readFile(opus)}) {
         HttpServer server([&](Client& client) {
             client.send(liveHead + link + link);
             client.stall();
@@ -110,7 +111,9 @@ TEST(Network, PlaysTheLinksOfAChainedStreamInTurn) {
         ASSERT_TRUE(source);
         const sounds::Decoded twice = sounds::read(*source, 2 * frames - 5000);
         EXPECT_EQ(twice.frames(), 2 * frames - 5000);
-        EXPECT_LT(std::ranges::max(twice.samples), 0.4F); // headers taken for sound are loud noise
+        const auto [first, both] =
+            std::pair(std::span(twice.samples).first(frames), std::span(twice.samples));
+        EXPECT_LT(std::ranges::max(both), 1.5F * std::ranges::max(first));
         EXPECT_EQ(server.requestCount(), 1);
     }
 }
