@@ -1,46 +1,45 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 
 namespace bass {
 
-/// 5 ms: too short to hear as a slide, long enough not to click.
-inline constexpr std::uint64_t declickFrames = 220;
-
 /// A value that moves linearly to its target, one step a frame. The audio thread's.
 class Ramp {
 public:
-    explicit Ramp(float value) : value_(value), target_(value) {}
+    explicit Ramp(float value) : m_value(value), m_target(value) {}
 
-    [[nodiscard]] float value() const { return value_; }
-    /// Frames until the target.
-    [[nodiscard]] std::uint64_t framesLeft() const { return left_; }
+    float value() const { return m_value; }
+    bool isMoving() const { return m_left > 0; }
 
     void jumpTo(float value) {
-        value_ = target_ = value;
-        left_ = 0;
+        m_value = m_target = value;
+        m_left = 0;
     }
-    void moveTo(float target, std::uint64_t frames) {
+    void moveTo(float target, std::uint32_t frames) {
         if (frames == 0) return jumpTo(target);
-        start_ = value_;
-        target_ = target;
-        left_ = frames_ = frames;
+        m_start = m_value;
+        m_target = target;
+        m_left = m_frames = frames;
     }
-    void advance(std::uint64_t frames) {
-        if (left_ == 0) return;
-        left_ -= std::min(left_, frames);
+    /// The value of the next frame.
+    float next() {
+        if (m_left == 0) return m_value;
+        --m_left;
         // From the whole way and not step by step: rounding would add up over a long slide.
-        const double done = static_cast<double>(frames_ - left_) / static_cast<double>(frames_);
-        value_ = left_ == 0 ? target_ : static_cast<float>(start_ + (double{target_} - start_) * done);
+        const double done = static_cast<double>(m_frames - m_left) / m_frames;
+        m_value = m_left == 0
+                      ? m_target
+                      : static_cast<float>(m_start + (static_cast<double>(m_target) - m_start) * done);
+        return m_value;
     }
 
 private:
-    float value_;
-    float target_;
-    float start_ = 0;
-    std::uint64_t left_ = 0;
-    std::uint64_t frames_ = 0;
+    float m_value;
+    float m_target;
+    float m_start = 0;
+    std::uint32_t m_left = 0;
+    std::uint32_t m_frames = 0;
 };
 
 } // namespace bass

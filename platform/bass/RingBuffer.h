@@ -12,82 +12,85 @@
 
 namespace bass {
 
-/// Frames on their way from one writing thread to one reading thread. What was read lately stays, so that it can
-/// be read again (`rewindTo`) or looked at (`copyBefore`). Frames are counted from the first one ever written.
+/// Frames on their way from one writing thread to one reading thread. What was read lately stays in the ring,
+/// so that it can be read again (`rewind`) or looked at (`copyHistory`).
 ///
-/// Threads: `writable` and `write` are the writer's; `peek` and `consume` the reader's; the counters may be asked
-/// by any. `rewindTo` needs the reader at rest, `clear` is the writer's with the reader at rest. `copyBefore` may
-/// run beside both.
+/// Threads: `write` and `writable` are the writer's, `read` the reader's; `readable` and the counters may be
+/// asked by any. `rewind` and `clear` need both to be at rest. `copyHistory` may run beside both.
 class RingBuffer {
 public:
     static constexpr std::size_t capacity = 65536;
     /// Frames behind the reader that the writer leaves alone.
     static constexpr std::size_t history = 32768;
 
-    [[nodiscard]] std::uint64_t readCount() const { return read_.load(std::memory_order_acquire); }
-    [[nodiscard]] std::size_t readable() const {
-        return static_cast<std::size_t>(written_.load(std::memory_order_acquire) - readCount());
-    }
-    [[nodiscard]] std::size_t writable() const {
-        const std::size_t ahead = readable();
-        return ahead < capacity - history ? capacity - history - ahead : 0;
+    std::size_t writable() const { return capacity - history - readable(); }
+    std::size_t readable() const {
+        return static_cast<std::size_t>(m_written.load(std::memory_order_acquire) -
+                                        m_read.load(std::memory_order_acquire));
     }
 
-    /// Writes all of `samples`; no more than `writable` frames may be given.
-    void write(std::span<const float> samples) {
-        const std::uint64_t at = written_.load(std::memory_order_relaxed);
-        const std::size_t first = std::min(samples.size(), samples_.size() - place(at));
-        std::copy_n(samples.begin(), first, samples_.begin() + static_cast<std::ptrdiff_t>(place(at)));
-        std::copy(samples.begin() + static_cast<std::ptrdiff_t>(first), samples.end(), samples_.begin());
-        written_.store(at + samples.size() / channelCount, std::memory_order_release);
-    }
-    /// Forgets all that is in it.
-    void clear() {
-        const std::uint64_t at = written_.load(std::memory_order_relaxed);
-        start_.store(at);
-        furthest_ = at;
-        read_.store(at);
+    /// Writes all of `frames`; no more than `writable` of them may be given.
+    void write(std::span<const float> frames) {
+        const std::uint64_t at = m_written.load(std::memory_order_relaxed);
+        std::size_t done = 0;
+        while (done < frames.size()) {
+            const std::size_t place = position(at, done);
+            const std::size_t count = std::min(frames.size() - done, m_samples.size() - place);
+            std::copy_n(frames.data() + done, count, m_samples.data() + place);
+            done += count;
+        }
+        m_written.store(at + frames.size() / channelCount, std::memory_order_release);
     }
 
-    /// The next `frames` frames, no more than `readable`, in two runs.
-    [[nodiscard]] std::array<std::span<const float>, 2> peek(std::size_t frames) const {
-        return runs(read_.load(std::memory_order_relaxed), frames);
+    /// At most two runs that together hold the next `frames` frames; `frames` is no more than `readable`.
+    std::array<std::span<const float>, 2> peek(std::size_t frames) const {
+        return runs(m_read.load(std::memory_order_relaxed), frames);
     }
     void consume(std::size_t frames) {
-        const std::uint64_t at = read_.load(std::memory_order_relaxed) + frames;
-        furthest_ = std::max(furthest_, at);
-        read_.store(at, std::memory_order_release);
+        m_read.store(m_read.load(std::memory_order_relaxed) + frames, std::memory_order_release);
     }
 
-    /// Steps back to frame `count`, or as near to it as is kept.
-    void rewindTo(std::uint64_t count) {
-        const std::uint64_t kept = furthest_ - std::min<std::uint64_t>(furthest_, history);
-        read_.store(std::clamp(count, std::max(start_.load(), kept), readCount()));
+    /// Steps back over at most `history` frames that were read, and answers how many.
+    std::size_t rewind(std::uint64_t frames) {
+        const std::uint64_t at = m_read.load();
+        const std::uint64_t kept = std::min<std::uint64_t>({frames, history, at - m_start});
+        m_read.store(at - kept);
+        return static_cast<std::size_t>(kept);
     }
 
-    /// Copies the frames before frame `end` into `out`; before the first one there was silence.
-    void copyBefore(std::uint64_t end, std::span<float> out) const {
-        const std::uint64_t first = std::min(start_.load(), end);
-        const std::size_t there = std::min<std::size_t>(out.size() / channelCount, end - first);
-        auto to = std::fill_n(out.begin(), out.size() - there * channelCount, 0.0F);
-        for (const auto& run : runs(end - there, there)) to = std::copy(run.begin(), run.end(), to);
+    void clear() {
+        m_start = m_written.load();
+        m_read.store(m_start);
+    }
+
+    /// Copies the frames up to `framesBack` frames before the reader into `out`; what lies before the first
+    /// frame is silence.
+    void copyHistory(std::uint64_t framesBack, std::span<float> out) const {
+        const std::uint64_t end = m_read.load(std::memory_order_acquire) - framesBack;
+        const std::size_t wanted = out.size() / channelCount;
+        const auto there = static_cast<std::size_t>(
+            std::min<std::uint64_t>({wanted, history - std::min<std::uint64_t>(framesBack, history), end}));
+        std::fill_n(out.begin(), (wanted - there) * channelCount, 0.0F);
+        auto* to = out.data() + (wanted - there) * channelCount;
+        for (const auto& run : runs(end - there, there))
+            to = std::copy(run.begin(), run.end(), to);
     }
 
 private:
-    [[nodiscard]] std::size_t place(std::uint64_t frame) const {
-        return static_cast<std::size_t>(frame % capacity) * channelCount;
+    std::size_t position(std::uint64_t frame, std::size_t sample) const {
+        return static_cast<std::size_t>((frame * channelCount + sample) % m_samples.size());
     }
-    [[nodiscard]] std::array<std::span<const float>, 2> runs(std::uint64_t frame, std::size_t frames) const {
+    std::array<std::span<const float>, 2> runs(std::uint64_t frame, std::size_t frames) const {
+        const std::size_t place = position(frame, 0);
         const std::size_t samples = frames * channelCount;
-        const std::size_t first = std::min(samples, samples_.size() - place(frame));
-        return {std::span(samples_).subspan(place(frame), first), std::span(samples_).first(samples - first)};
+        const std::size_t first = std::min(samples, m_samples.size() - place);
+        return {std::span(m_samples).subspan(place, first), std::span(m_samples).first(samples - first)};
     }
 
-    std::vector<float> samples_ = std::vector<float>(capacity * channelCount);
-    std::atomic<std::uint64_t> written_{0};
-    std::atomic<std::uint64_t> read_{0};
-    std::atomic<std::uint64_t> start_{0}; ///< nothing before it can be read again
-    std::uint64_t furthest_ = 0;          ///< the reader's: where it has been; the writer keeps `history` behind it
+    std::vector<float> m_samples = std::vector<float>(capacity * channelCount);
+    std::atomic<std::uint64_t> m_written{0}; ///< Frames, ever.
+    std::atomic<std::uint64_t> m_read{0};
+    std::uint64_t m_start = 0; ///< Nothing before it can be read again. Changed with both threads at rest.
     static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 };
 

@@ -4,11 +4,13 @@
 
 namespace bass {
 
-/// Hears what a channel plays: its decoded frames before gain and pan, each once, as the mixer takes them.
+/// Hears what a channel plays: its decoded frames before gain and pan, frame for frame as the mixer takes
+/// them.
 class SampleTap {
 public:
     virtual ~SampleTap() = default;
-    /// Interleaved stereo at the library's rate. Called on the audio thread: must not lock, allocate or block.
+    /// Interleaved stereo at the library's rate. Called on the audio thread: must not lock, allocate or
+    /// block.
     virtual void tapped(std::span<const float> frames) noexcept = 0;
 };
 
