@@ -216,7 +216,8 @@ void Channel::decode(const std::stop_token& stop) {
             readSource(lock, chunk, stop);
         } else if (m_state == State::playing && !m_decodedAll) {
             // The audio thread cannot wake anybody: look again long before the ring is empty.
-            m_work.wait_for(lock, stop, fullWait, [this] { return m_seek.has_value(); });
+            m_work.wait_for(lock, stop, fullWait,
+                            [this] { return m_seek || m_ring.readable() < fillFrames; });
         } else {
             m_work.wait(lock, stop, [this] {
                 return m_seek ||
@@ -264,7 +265,7 @@ void Channel::readSource(Lock& lock, std::span<float> chunk, const std::stop_tok
 // ---- audio thread ----
 
 bool Channel::isReady(std::size_t frames) const noexcept {
-    return m_decodedAll || m_ring.readable() >= frames;
+    return m_decodedAll ? !m_endSent : m_ring.readable() >= frames;
 }
 
 void Channel::mix(std::span<float> out, std::uint64_t deviceFrame) noexcept {

@@ -70,6 +70,7 @@ public:
 
     void mix(std::span<float> out, std::uint64_t deviceFrame) noexcept;
     bool isReady(std::size_t frames) const noexcept;
+    void hurry() noexcept { m_work.notify_all(); }
 
 private:
     enum class State { stopped, playing, paused };

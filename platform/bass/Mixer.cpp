@@ -45,12 +45,18 @@ void Mixer::render(std::span<float> out) noexcept {
 
 bool Mixer::isReady(std::size_t frames) const noexcept {
     m_turn.fetch_add(1);
-    const bool ready = std::all_of(m_channels.begin(), m_channels.end(), [frames](const auto& slot) {
-        const Channel* channel = slot.load();
-        return !channel || channel->isReady(frames);
-    });
+    bool ready = m_attached > 0;
+    for (const auto& slot : m_channels)
+        if (const Channel* channel = slot.load()) ready = ready && channel->isReady(frames);
     m_turn.fetch_add(1);
     return ready;
+}
+
+void Mixer::hurry() const noexcept {
+    m_turn.fetch_add(1);
+    for (const auto& slot : m_channels)
+        if (Channel* channel = slot.load()) channel->hurry();
+    m_turn.fetch_add(1);
 }
 
 void Mixer::post(const MixEvent& event) noexcept {

@@ -45,6 +45,7 @@ public:
 
     void render(std::span<float> out) noexcept override;
     bool isReady(std::size_t frames) const noexcept override;
+    void hurry() const noexcept override;
 
     void post(const MixEvent& event) noexcept;
     std::optional<MixEvent> takeEvent() { return m_events.take(); }

@@ -97,7 +97,10 @@ void ThreadOutput::run(Renderer& renderer, const std::stop_token& stop) {
 bool ThreadOutput::waitForTurn(const Renderer& renderer, const std::stop_token& stop) {
     std::unique_lock lock(m_mutex);
     if (m_pace == Pace::decoding) {
-        m_wake.wait(lock, stop, [&] { return renderer.isReady(chunkFrames); });
+        while (!stop.stop_requested() && !renderer.isReady(chunkFrames)) {
+            renderer.hurry();
+            m_wake.wait_for(lock, stop, chunkTime, [&] { return renderer.isReady(chunkFrames); });
+        }
     } else {
         const auto due = m_started + m_rendered.load() / chunkFrames * chunkTime;
         m_wake.wait_until(lock, stop, due, [] { return false; });
