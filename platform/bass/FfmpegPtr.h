@@ -1,16 +1,14 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/error.h>
 #include <libswresample/swresample.h>
 }
 
-/// Owners of FFmpeg's handles, and its errors as text.
+/// Owners of FFmpeg's handles.
 namespace bass {
 
 struct FfmpegDeleter {
