@@ -95,13 +95,11 @@ void UserNotificationCenter::send(const UserNotification& notification) {
          << notification.title << notification.informativeText.toHtmlEscaped() << QStringList() << hints
          << serversOwnTimeout;
     m_sending = true;
-    auto watcher = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(call), this);
-    connect(watcher.get(), &QDBusPendingCallWatcher::finished, this,
-            [this](QDBusPendingCallWatcher* finished) {
-                finished->deleteLater();
-                sent(*finished);
-            });
-    watcher.release(); // this object's child
+    auto* const watcher = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(call), this).release();
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* finished) {
+        finished->deleteLater();
+        sent(*finished);
+    });
 }
 
 void UserNotificationCenter::sent(const QDBusPendingCallWatcher& call) {

@@ -12,12 +12,10 @@ ViewController::~ViewController() {
 
 QWidget& ViewController::view() {
     if (m_view == nullptr) {
-        auto view = std::make_unique<QWidget>();
-        m_view = view.get();
-        loadView(*view);
-        cocoa::awakeFromNib(*view);
+        m_view = std::make_unique<QWidget>().release(); // this object's, or the widget's that it is shown in
+        loadView(*m_view);
+        cocoa::awakeFromNib(*m_view);
         awakeFromNib();
-        view.release(); // m_view owns it, or the widget that it is shown in
     }
     return *m_view;
 }
