@@ -13,8 +13,26 @@
 #include <QIcon>
 #include <QMenu>
 
+namespace {
+
+/// What the platform itself draws in the window: the selector's box, scroll bars, the notes.
+QPalette skinPalette() {
+    QPalette palette(QColor(0x29, 0x36, 0x44), QColor(0x22, 0x22, 0x22));
+    palette.setColor(QPalette::Base, QColor(0x15, 0x17, 0x1a));
+    palette.setColor(QPalette::Text, QColor(0xd7, 0xe3, 0xf2));
+    palette.setColor(QPalette::WindowText, QColor(0xb9, 0xc6, 0xd6));
+    palette.setColor(QPalette::ButtonText, QColor(0xd7, 0xe3, 0xf2));
+    palette.setColor(QPalette::Highlight, QColor(0x4a, 0x90, 0xe2));
+    palette.setColor(QPalette::HighlightedText, QColor(0xff, 0xff, 0xff));
+    palette.setColor(QPalette::PlaceholderText, QColor(0x7d, 0x88, 0x96));
+    return palette;
+}
+
+} // namespace
+
 void FenAppDelegate::loadMainLayout() {
     window = std::make_unique<CustomWindow>();
+    window->setPalette(skinPalette());
     Ui::MainWindow layout;
     layout.setupUi(window.get());
     cocoa::awakeFromNib(*window);

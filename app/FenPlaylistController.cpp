@@ -31,6 +31,10 @@ void FenPlaylistController::loadView(QWidget& view) {
     layout.setupUi(&view);
     playlistView = layout.playlistView;
     playlistSelector = layout.playlistSelector;
+    QPalette rows = playlistView->palette();
+    rows.setColor(QPalette::Base, rowColour(false));
+    playlistView->setPalette(rows);
+    playlistView->setFocus();
     playlistView->setDataCell(std::make_unique<PlaylistEntryCell>());
     setUpTable();
     playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());

@@ -6,15 +6,6 @@
 
 namespace {
 
-QPalette darkPalette() {
-    QPalette palette;
-    palette.setColor(QPalette::Base, QColor(0x22, 0x22, 0x22));
-    palette.setColor(QPalette::Text, QColor(0xb9, 0xc6, 0xd6));
-    palette.setColor(QPalette::Highlight, QColor(0x29, 0x36, 0x44));
-    palette.setColor(QPalette::HighlightedText, QColor(0xf8, 0xe7, 0x1c));
-    return palette;
-}
-
 constexpr int textMargin = 16;
 
 } // namespace
@@ -27,7 +18,9 @@ void FenReleaseNotesController::loadView(QWidget& view) {
     Ui::ReleaseNotesView layout;
     layout.setupUi(&view);
     releaseNotesView = layout.releaseNotesView;
-    releaseNotesView->setPalette(darkPalette());
+    QPalette paper = releaseNotesView->palette();
+    paper.setColor(QPalette::Base, QColor(0x22, 0x22, 0x22));
+    releaseNotesView->setPalette(paper);
     releaseNotesView->document()->setDocumentMargin(textMargin);
 }
 
