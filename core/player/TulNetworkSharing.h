@@ -4,18 +4,29 @@
 
 class TulStream;
 
-/// Will let other machines hear what the player plays. There is no encoder in the audio library yet: it stays idle.
+/// Lets other machines hear what the player plays: an external Vorbis encoder hears the streams one after the
+/// other, and its output is served over HTTP. Without the encoder's program it stays idle, and with its port
+/// taken it encodes for nobody; neither is reported.
 ///
 /// Threads: the owner's only.
 class TulNetworkSharing {
 public:
-    /// The running encoder; 0 is none.
+    TulNetworkSharing() = default;
+    /// Stops.
+    ~TulNetworkSharing();
+    TulNetworkSharing(const TulNetworkSharing&) = delete;
+    TulNetworkSharing& operator=(const TulNetworkSharing&) = delete;
+
+    /// The encoder (HENCODE); 0 while none has been started.
     std::uint32_t encoder = 0;
-    /// Where the server listens; 0 is nowhere.
+    /// Where the server listens; 0 while it does not.
     std::uint32_t port = 0;
 
-    /// Follows the stream that has just started. Answers the port, 0 while idle.
-    std::int32_t start(const TulStream& /*stream*/) { return static_cast<std::int32_t>(port); }
-    void stop() { encoder = port = 0; }
-    [[nodiscard]] bool isActive() const { return encoder != 0; }
+    /// Follows a stream that has just started, and starts encoder and server when there is no encoder.
+    /// Answers `port`.
+    std::int32_t start(const TulStream& stream);
+    /// Ends encoder and server, and drops the listeners. A later start makes new ones.
+    void stop();
+    /// Whether the encoder runs.
+    [[nodiscard]] bool isActive() const;
 };

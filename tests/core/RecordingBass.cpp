@@ -1,5 +1,7 @@
 #include "tests/core/RecordingBass.h"
 
+#include "platform/bass/bassenc.h"
+
 #include <algorithm>
 #include <sstream>
 #include <utility>
@@ -141,4 +143,30 @@ DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request) {
     }
     std::ranges::copy(bass.magnitudes, static_cast<float*>(buffer));
     return 2048;
+}
+
+HENCODE BASS_Encode_Start(DWORD channel, const char* cmdline, DWORD flags, ENCODEPROC* proc, void* user) {
+    record("Encode_Start", channel, cmdline, flags, proc != nullptr, user);
+    return bass.encoder = bass.encodes ? 7 : 0;
+}
+
+DWORD BASS_Encode_ServerInit(HENCODE handle, const char* port, DWORD buffer, DWORD burst, DWORD flags,
+                             ENCODECLIENTPROC* proc, void* user) {
+    record("Encode_ServerInit", handle, port, buffer, burst, flags, proc != nullptr, user);
+    return handle != 0 && bass.serves ? 9090 : 0;
+}
+
+BOOL BASS_Encode_SetChannel(HENCODE handle, DWORD channel) {
+    record("Encode_SetChannel", handle, channel);
+    return 1;
+}
+
+BOOL BASS_Encode_Stop(HENCODE handle) {
+    record("Encode_Stop", handle);
+    bass.encoder = 0;
+    return 1;
+}
+
+DWORD BASS_Encode_IsActive(HENCODE handle) {
+    return handle != 0 && handle == bass.encoder ? BASS_ACTIVE_PLAYING : BASS_ACTIVE_STOPPED;
 }

@@ -20,6 +20,9 @@ struct Bass {
     DWORD lastHandle = 0;
     bool opens = true;
     bool dataFails = false;
+    bool encodes = true;
+    bool serves = true;
+    DWORD encoder = 0;
     std::vector<float> magnitudes = std::vector<float>(512, 0.0F);
     SYNCPROC* endSync = nullptr;
 
