@@ -9,6 +9,7 @@
 #include "controls/CustomWindow.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/PageController.h"
+#include "platform/cocoa/TableView.h"
 #include "platform/cocoa/Timer.h"
 #include "platform/cocoa/UserDefaults.h"
 
@@ -70,6 +71,7 @@ void FenAppDelegate::applicationDidFinishLaunching() {
                           releaseNotesController->displayName});
     m_pageDots->setCurrentPage(0);
     window->show();
+    playlistController->playlistView->setFocus();
 
     m_slowTimer = std::make_unique<cocoa::Timer>(slowInterval, [this] { performSlowUpdate(); });
     m_fastTimer = std::make_unique<cocoa::Timer>(fastInterval, [this] { performFastUpdate(); });

@@ -34,7 +34,6 @@ void FenPlaylistController::loadView(QWidget& view) {
     QPalette rows = playlistView->palette();
     rows.setColor(QPalette::Base, rowColour(false));
     playlistView->setPalette(rows);
-    playlistView->setFocus();
     playlistView->setDataCell(std::make_unique<PlaylistEntryCell>());
     setUpTable();
     playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());

@@ -1,0 +1,45 @@
+#include "app/DisplayText.h"
+#include "app/CommandLine.h"
+#include "app/CoverArtView.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(TimeText, CountsMinutesWithoutLimitAndTruncatesSeconds) {
+    const struct {
+        double seconds;
+        const char* text;
+    } cases[] = {{0, "00:00"},    {59.999, "00:59"}, {125.7, "02:05"}, {3600, "60:00"},
+                 {4500, "75:00"}, {6000, "100:00"},  {-1, "00:00"}};
+    for (const auto& [seconds, text] : cases)
+        EXPECT_EQ(app::timeText(seconds).toStdString(), text) << seconds;
+}
+
+TEST(DisplayText, ShowsAnyScriptAndNothingForBytesThatAreNoUtf8) {
+    for (const std::string text : {"", "plain", "Café Été", "Ночной поезд", "夜行列車", "قطار"})
+        EXPECT_EQ(app::displayText(text).value().toStdString(), text);
+    for (const std::string bytes : {"Caf\xe9", "\xff\xfe", "\xc3"})
+        EXPECT_FALSE(app::displayText(bytes)) << bytes;
+}
+
+TEST(CommandLine, TakesPathsFromTheWorkingFolderAndAddressesAsTheyAre) {
+    const QString here = QDir::currentPath();
+    const auto line = app::CommandLine::parse({"tulplayer", "a.mp3", "--demo", "shot.png", "http://host/live",
+                                               "/abs//b.ogg", "file:///c%20d.flac", "--", "--demo"});
+    EXPECT_EQ(line.demoScreenshot, "shot.png");
+    EXPECT_EQ(line.sources, (QStringList{here + "/a.mp3", "http://host/live", "/abs/b.ogg", "/c d.flac",
+                                         here + "/--demo"}));
+}
+
+TEST(CoverArtView, KeepsThePicturesShapeInsideTheView) {
+    const QRectF wide = app::CoverArtView::pictureRect({380, 382}, {1600, 400});
+    EXPECT_NEAR(wide.width() / wide.height(), 4.0, 1e-9);
+    EXPECT_NEAR(wide.center().y(), 191.0, 1e-9);
+    EXPECT_TRUE(QRectF(0, 0, 380, 382).contains(app::CoverArtView::pictureRect({380, 382}, {10, 900})));
+    EXPECT_TRUE(app::CoverArtView::pictureRect({380, 382}, {0, 0}).isEmpty());
+}
+
+} // namespace

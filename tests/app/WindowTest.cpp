@@ -1,0 +1,207 @@
+// A person's road through the window: real media, the audio library on silence in real time, events as a hand
+// makes them.
+
+#include "app/CoverArtView.h"
+#include "app/FenAppDelegate.h"
+#include "app/FenCoverArtController.h"
+#include "app/FenPlaylistController.h"
+#include "app/FenReleaseNotesController.h"
+#include "app/ImageButton.h"
+#include "app/TextField.h"
+#include "controls/CustomWindow.h"
+#include "controls/FenSpectrumAnalyzerView.h"
+#include "controls/RixSlider.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/ComboBox.h"
+#include "platform/cocoa/PageController.h"
+#include "platform/cocoa/TableView.h"
+#include "tests/support/Media.h"
+#include "tests/support/TestApplication.h"
+
+#include <QLineEdit>
+#include <QTest>
+#include <QTextBrowser>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using support::runUntil;
+
+std::string makeTrack(const std::string& title, double hertz, double seconds,
+                      const std::string& artist = "Band") {
+    const auto wav = support::writeWav(support::scratch() / "raw.wav",
+                                       support::sine(hertz, static_cast<std::size_t>(seconds * 44100)));
+    const auto flac = support::scratch() / (std::to_string(static_cast<int>(hertz)) + ".flac");
+    support::run({"flac", "-s", "-f", "-T", "TITLE=" + title, "-T", "ARTIST=" + artist, "-T", "ALBUM=Record",
+                  "-o", flac.string(), wav.string()});
+    return flac.string();
+}
+
+class WindowTest : public testing::Test {
+protected:
+    WindowTest() {
+        setenv("TUL_AUDIO", "null", 1);
+        setenv("HOME", support::scratch().c_str(), 1);
+        setenv("XDG_CONFIG_HOME", (support::scratch() / "config").c_str(), 1);
+        std::filesystem::create_directories(support::scratch() / "Documents");
+        support::offscreenApplication();
+        delegate.applicationDidFinishLaunching();
+        controls = delegate.playerController.get();
+    }
+
+    cocoa::TableView& table() { return *delegate.playlistController->playlistView; }
+    cocoa::ComboBox& selector() { return *delegate.playlistController->playlistSelector; }
+    void doubleClickRow(int row) {
+        const QPoint place = table().rectOfRow(row).center().toPoint();
+        QTest::mouseClick(table().viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseDClick(table().viewport(), Qt::LeftButton, {}, place);
+    }
+    void addTracks() {
+        for (const auto& [title, hertz] : {std::pair{"One", 440.0}, {"Two", 880.0}, {"Three", 1320.0}})
+            delegate.player->playlist->addEntry(makeTrack(title, hertz, 20));
+        delegate.playlistController->reloadPlaylistData();
+    }
+    bool shows(const char* title) {
+        return runUntil([&] { return controls->info1View->text() == QLatin1String(title); });
+    }
+    void click(QWidget* button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+    FenAppDelegate delegate;
+    FenPlayerController* controls = nullptr;
+};
+
+TEST_F(WindowTest, StartsSilentWithTheVersionAndAnIdleLook) {
+    EXPECT_TRUE(delegate.window->isVisible());
+    EXPECT_FALSE(delegate.player->isPlaying());
+    EXPECT_EQ(controls->info2View->text(), "0.1.0");
+    EXPECT_FALSE(controls->timeView->isVisible() || controls->lengthView->isVisible());
+    EXPECT_FALSE(controls->spectrumAnalyzerView->isVisible());
+    EXPECT_FALSE(controls->playPauseButton->image().isNull());
+    QTest::mouseClick(controls->statusSlider, Qt::LeftButton);
+    EXPECT_EQ(delegate.player->stream, nullptr);
+}
+
+TEST_F(WindowTest, ADoubleClickPlaysAndTheControlsFollow) {
+    addTracks();
+    doubleClickRow(1);
+    ASSERT_TRUE(shows("Two"));
+    EXPECT_EQ(controls->info2View->text(), "Band");
+    EXPECT_EQ(controls->lengthView->text(), "00:20");
+    EXPECT_TRUE(controls->timeView->isVisible());
+    EXPECT_TRUE(controls->playPauseButton->image().isNull()) << "the background carries the pause mark";
+    EXPECT_TRUE(delegate.player->playlist->entryAt(1)->active);
+    EXPECT_TRUE(runUntil([&] { return controls->statusSlider->doubleValue() > 0.2; }));
+    EXPECT_TRUE(runUntil([&] {
+        const auto& bars = controls->spectrumAnalyzerView->spectrumValues();
+        return bars && bars->at(4) > 15; // 880 Hz
+    }));
+
+    click(controls->playPauseButton);
+    EXPECT_FALSE(controls->timeView->isVisible()) << "while the fade can still be heard";
+    EXPECT_TRUE(runUntil([&] { return delegate.player->stream->volume() == 0.0F; }));
+    QTest::keyClick(delegate.window.get(), Qt::Key_Space);
+    EXPECT_TRUE(delegate.player->isPlaying());
+    EXPECT_EQ(delegate.player->stream->volume(), 0.5F);
+
+    controls->statusSlider->moveTo(15.0);
+    EXPECT_NEAR(delegate.player->stream->position(), 15.0, 0.5);
+    QTest::keyClick(delegate.window.get(), Qt::Key_Right, Qt::ControlModifier);
+    QTest::keyClick(delegate.window.get(), Qt::Key_Right, Qt::ControlModifier);
+    ASSERT_TRUE(shows("One")) << "past the last entry the list begins again";
+    controls->volumeSlider->moveTo(0.25);
+    controls->balanceSlider->moveTo(-1.0);
+    EXPECT_EQ(delegate.player->stream->volume(), 0.25F);
+    EXPECT_EQ(delegate.player->balance, -1.0F);
+}
+
+TEST_F(WindowTest, TheNextEntryStartsByItselfAndAnEmptiedListEndsRewound) {
+    delegate.player->playlist->addEntry(makeTrack("Short", 500, 0.4));
+    delegate.player->playlist->addEntry(makeTrack("Next", 600, 0.8));
+    doubleClickRow(0);
+    ASSERT_TRUE(shows("Next"));
+    delegate.clearPlaylist();
+    EXPECT_EQ(table().numberOfRows(), 0);
+    EXPECT_TRUE(runUntil([&] { return !controls->timeView->isVisible(); })) << "the look follows the end";
+    EXPECT_EQ(delegate.player->stream->position(), 0.0);
+    EXPECT_EQ(controls->info1View->text(), "Next");
+}
+
+TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
+    addTracks();
+    QLineEdit* name = selector().lineEdit();
+    name->selectAll();
+    QTest::keyClicks(name, "Road trip");
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_EQ(delegate.player->playlist->name, "Road trip");
+    const std::string road = (support::scratch() / "road.tuq").string();
+    delegate.player->savePlaylist(road);
+    EXPECT_NE(support::readFile(support::scratch() / "Documents/playlists.json").find("Road trip"),
+              std::string::npos);
+
+    delegate.clearPlaylist();
+    delegate.player->playlist->name = "Empty";
+    delegate.player->savePlaylist((support::scratch() / "empty.tuq").string());
+    delegate.playlistController->reloadPlaylistData();
+    name->selectAll();
+    QTest::keyClicks(name, "Road trip");
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_EQ(delegate.player->playlist->entryCount(), 3);
+    EXPECT_EQ(selector().stringValue(), "Road trip");
+    EXPECT_TRUE(delegate.player->isPlaying());
+}
+
+TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {
+    support::writeFile(support::scratch() / "red.ppm", "P6\n2 2\n255\n" + std::string(2 * 2 * 3, '\x60'));
+    support::run({"ffmpeg", "-y", "-i", (support::scratch() / "red.ppm").string(),
+                  (support::scratch() / "cover.png").string()});
+    const std::string plain = makeTrack("Plain", 700, 20);
+    const std::string covered = makeTrack("Covered", 710, 20);
+    support::run(
+        {"metaflac", "--import-picture-from=" + (support::scratch() / "cover.png").string(), covered});
+    const std::string faulty = makeTrack("Faulty", 720, 20);
+    support::writeFile(support::scratch() / "junk.png", "no picture");
+    support::run({"metaflac",
+                  "--import-picture-from=3|image/png||2x2x24|" + (support::scratch() / "junk.png").string(),
+                  faulty});
+    for (const auto& path : {covered, plain, faulty})
+        delegate.player->playlist->addEntry(path);
+    delegate.playlistController->reloadPlaylistData();
+    doubleClickRow(0);
+    ASSERT_TRUE(shows("Covered"));
+
+    QTest::keyClick(delegate.window.get(), Qt::Key_2, Qt::ControlModifier);
+    EXPECT_TRUE(runUntil([&] { return delegate.pageName->text() == "Cover Art"; }));
+    const auto pictureSize = [&] { return delegate.coverArtController->coverArtView->image().size(); };
+    EXPECT_EQ(pictureSize(), QSizeF(2, 2)) << "shown when the page is first turned to";
+    for (const char* title : {"Plain", "Faulty"}) {
+        delegate.player->next();
+        ASSERT_TRUE(shows(title));
+        EXPECT_GT(pictureSize().width(), 100) << "our own picture";
+    }
+    EXPECT_EQ(delegate.releaseNotesController->releaseNotesView, nullptr)
+        << "not read before it is turned to";
+    QTest::keyClick(delegate.window.get(), Qt::Key_3, Qt::ControlModifier);
+    EXPECT_TRUE(runUntil([&] { return delegate.pageName->text() == "Release Notes"; }));
+    EXPECT_TRUE(delegate.releaseNotesController->releaseNotesView->toPlainText().contains("Sound"));
+}
+
+TEST_F(WindowTest, TextsThatCannotBeShownAndSourcesThatCannotBePlayedLeaveItUsable) {
+    auto entry = std::make_unique<TulPlaylistEntry>();
+    entry->source = makeTrack("x", 800, 20);
+    entry->title = "Caf\xe9";
+    delegate.player->playlist->appendEntry(std::move(entry));
+    delegate.player->playlist->addEntry("/nowhere/gone.flac");
+    delegate.playlistController->reloadPlaylistData();
+    support::picture(*delegate.window);
+    doubleClickRow(0);
+    ASSERT_TRUE(shows("Error"));
+    EXPECT_EQ(controls->info2View->text(), "Got faulty song info");
+    doubleClickRow(1);
+    ASSERT_TRUE(shows("gone"));
+    EXPECT_FALSE(controls->timeView->isVisible());
+    EXPECT_EQ(controls->lengthView->text(), "00:00");
+    EXPECT_FALSE(controls->statusSlider->isEnabled());
+}
+
+} // namespace
