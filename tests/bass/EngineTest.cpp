@@ -1,0 +1,265 @@
+// Channels, mixer and syncs, on outputs that are no device. Each case needs a process of its own, as CTest
+// gives it: the library opens its output once.
+
+#include "platform/bass/Fft.h"
+#include "platform/bass/bass.h"
+#include "tests/support/Media.h"
+#include "tests/support/WaitFor.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <numbers>
+#include <thread>
+
+namespace {
+
+using support::waitFor;
+using Samples = std::vector<std::int16_t>;
+
+constexpr QWORD bytesPerFrame = 8;
+
+std::filesystem::path heardFile() {
+    return support::scratch() / "heard.wav";
+}
+
+void open(const std::string& output) {
+    setenv("TUL_AUDIO", output.c_str(), 1);
+    ASSERT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
+    EXPECT_FALSE(BASS_Init(-1, 44100, 0, nullptr, nullptr)) << "twice";
+}
+
+HSTREAM streamOf(const Samples& samples) {
+    static int number = 0;
+    const auto path = support::scratch() / ("source" + std::to_string(++number) + ".wav");
+    const HSTREAM stream =
+        BASS_StreamCreateFile(0, support::writeWav(path, samples).c_str(), 0, 0, BASS_ASYNCFILE);
+    EXPECT_NE(stream, 0U);
+    return stream;
+}
+
+std::atomic<int> ends{0};
+std::atomic<int> slides{0};
+void countEnd(HSYNC, DWORD, DWORD, void*) {
+    ++ends;
+}
+void countSlideAndPause(HSYNC, DWORD channel, DWORD, void*) {
+    ++slides;
+    BASS_ChannelPause(channel);
+}
+
+void playToEnd(HSTREAM stream) {
+    BASS_ChannelSetSync(stream, BASS_SYNC_END | BASS_SYNC_ONETIME, 0, &countEnd, nullptr);
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([] { return ends > 0; }));
+    ASSERT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_STOPPED; }));
+}
+
+/// What was heard so far, once the output has rested and closed the file's header.
+std::vector<float> heard(std::size_t samples) {
+    constexpr std::size_t header = 44;
+    std::string bytes;
+    EXPECT_TRUE(waitFor([&] {
+        bytes = support::readFile(heardFile());
+        return bytes.size() >= header + samples * sizeof(float);
+    }));
+    std::vector<float> frames((bytes.size() - header) / sizeof(float));
+    std::memcpy(frames.data(), bytes.data() + header, frames.size() * sizeof(float));
+    return frames;
+}
+
+double largestStep(const std::vector<float>& stereo) {
+    double largest = 0;
+    for (std::size_t i = 2; i < stereo.size(); ++i)
+        largest = std::max(largest, std::abs(static_cast<double>(stereo[i]) - stereo[i - 2]));
+    return largest;
+}
+
+class EngineTest : public testing::Test {
+protected:
+    void openWav() { open("wav:" + heardFile().string()); }
+};
+
+TEST_F(EngineTest, SixteenBitsComeOutAsTheyWentIn) {
+    openWav();
+    const Samples source = support::noise(100000);
+    playToEnd(streamOf(source));
+    const auto out = heard(source.size());
+    ASSERT_GE(out.size(), source.size());
+    for (std::size_t i = 0; i < source.size(); ++i)
+        ASSERT_EQ(out[i], static_cast<float>(source[i]) / 32768.0F) << i;
+    for (std::size_t i = source.size(); i < out.size(); ++i)
+        ASSERT_EQ(out[i], 0.0F) << "after the end";
+    EXPECT_EQ(ends, 1);
+}
+
+TEST_F(EngineTest, SeeksToTheFrameAndPlaysAgainFromTheStartAfterTheEnd) {
+    openWav();
+    const Samples source = support::noise(60000);
+    const HSTREAM stream = streamOf(source);
+    EXPECT_EQ(BASS_ChannelGetLength(stream, BASS_POS_BYTE), 60000 * bytesPerFrame);
+    ASSERT_TRUE(BASS_ChannelSetPosition(stream, 45000 * bytesPerFrame, BASS_POS_BYTE));
+    EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 45000 * bytesPerFrame) << "at once";
+    playToEnd(stream);
+    EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 60000 * bytesPerFrame);
+    const auto out = heard(15000 * 2);
+    for (std::size_t i = 0; i < 30000; ++i)
+        ASSERT_EQ(out[i], static_cast<float>(source[90000 + i]) / 32768.0F) << i;
+
+    ends = 0;
+    playToEnd(stream);
+    const auto again = heard(out.size() + source.size());
+    for (std::size_t i = 0; i < source.size(); ++i)
+        ASSERT_EQ(again[out.size() + i], static_cast<float>(source[i]) / 32768.0F) << i;
+}
+
+TEST_F(EngineTest, SlidesAreLinearAndTheirEndIsToldOnce) {
+    openWav();
+    const HSTREAM stream = streamOf(Samples(2 * 44100 * 5, 16384));
+    BASS_ChannelSetSync(stream, BASS_SYNC_SLIDE, 0, &countSlideAndPause, nullptr);
+    ASSERT_TRUE(BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, 300));
+    BASS_ChannelPlay(stream, 0);
+    EXPECT_TRUE(BASS_ChannelIsSliding(stream, BASS_ATTRIB_VOL));
+    ASSERT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_PAUSED; }));
+    EXPECT_EQ(slides, 1);
+    EXPECT_FALSE(BASS_ChannelIsSliding(stream, BASS_ATTRIB_VOL));
+    float gain = 1;
+    ASSERT_TRUE(BASS_ChannelGetAttribute(stream, BASS_ATTRIB_VOL, &gain));
+    EXPECT_EQ(gain, 0.0F);
+
+    constexpr std::size_t slideFrames = 44100 * 3 / 10;
+    const auto out = heard(2 * slideFrames);
+    for (std::size_t i = 0; i < slideFrames; ++i)
+        ASSERT_NEAR(out[2 * i], 0.5 * (1.0 - static_cast<double>(i + 1) / slideFrames), 1e-6) << i;
+
+    BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 0.8F);
+    BASS_ChannelPlay(stream, 0);
+    BASS_ChannelSetAttribute(stream, BASS_ATTRIB_PAN, -0.5F);
+    playToEnd(stream);
+    const auto all = heard(out.size());
+    EXPECT_LE(largestStep(all), 0.5 / 200) << "a change of gain may not click";
+    EXPECT_FLOAT_EQ(all[all.size() - 2 - 2 * 882], 0.4F);
+    EXPECT_FLOAT_EQ(all[all.size() - 1 - 2 * 882], 0.2F) << "half of the right side";
+}
+
+TEST_F(EngineTest, WhatIsHeardKeepsTheTimeOfTheClockAndNeverGoesBack) {
+    open("null");
+    const HSTREAM stream = streamOf(support::sine(440, 44100));
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([&] { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) > 0; }));
+    const auto began = std::chrono::steady_clock::now();
+    const QWORD first = BASS_ChannelGetPosition(stream, BASS_POS_BYTE);
+    QWORD last = first;
+    while (ends == 0) {
+        const QWORD now = BASS_ChannelGetPosition(stream, BASS_POS_BYTE);
+        ASSERT_GE(now, last);
+        last = now;
+        ASSERT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(20));
+        std::this_thread::yield();
+    }
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
+    EXPECT_GE(took.count(), 1.0 - BASS_ChannelBytes2Seconds(stream, first) - 0.005)
+        << "the end came before it was heard";
+    EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 44100 * bytesPerFrame);
+}
+
+TEST_F(EngineTest, PausedItWaitsWhereItWasHeardLast) {
+    open("null");
+    const HSTREAM stream = streamOf(support::sine(440, 44100 * 20));
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(
+        waitFor([&] { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) > 4410 * bytesPerFrame; }));
+    const QWORD before = BASS_ChannelGetPosition(stream, BASS_POS_BYTE);
+    ASSERT_TRUE(BASS_ChannelPause(stream));
+    EXPECT_FALSE(BASS_ChannelPause(stream)) << "already";
+    const QWORD paused = BASS_ChannelGetPosition(stream, BASS_POS_BYTE);
+    EXPECT_GE(paused, before);
+    std::vector<float> magnitudes(512);
+    ASSERT_EQ(BASS_ChannelGetData(stream, magnitudes.data(), BASS_DATA_FFT1024), 2048U);
+    EXPECT_GT(magnitudes[10], 0.3F) << "430 Hz";
+    EXPECT_LT(magnitudes[100], 0.01F);
+    BASS_ChannelPlay(stream, 0);
+    EXPECT_GE(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), paused);
+    EXPECT_TRUE(waitFor([&] { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) > paused; }));
+}
+
+void freeItself(HSYNC, DWORD channel, DWORD, void*) {
+    BASS_StreamFree(channel);
+    ++ends;
+}
+
+TEST_F(EngineTest, HandlesMayBeFreedFromEverywhereAtAnyTime) {
+    open("fast");
+    const Samples source = support::noise(20000);
+    for (int i = 0; i < 20; ++i) {
+        const HSTREAM stream = streamOf(source);
+        BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &freeItself, nullptr);
+        BASS_ChannelPlay(stream, 0);
+    }
+    ASSERT_TRUE(waitFor([] { return ends == 20; }));
+
+    const HSTREAM shared = streamOf(support::noise(44100));
+    std::atomic<bool> stop{false};
+    std::vector<std::jthread> users;
+    for (int user = 0; user < 3; ++user) {
+        users.emplace_back([&, user] {
+            for (int i = 0; i < 150; ++i) {
+                BASS_ChannelPlay(shared, i % 7 == 0);
+                BASS_ChannelSetPosition(shared, static_cast<QWORD>(i * 200) * bytesPerFrame, BASS_POS_BYTE);
+                BASS_ChannelSlideAttribute(shared, BASS_ATTRIB_VOL, static_cast<float>(user) / 3, 1);
+                BASS_ChannelPause(shared);
+                std::vector<float> magnitudes(512);
+                BASS_ChannelGetData(shared, magnitudes.data(), BASS_DATA_FFT1024);
+                if (user == 2 && i == 100) BASS_StreamFree(shared);
+            }
+        });
+    }
+    users.clear();
+    EXPECT_EQ(BASS_ChannelIsActive(shared), BASS_ACTIVE_STOPPED);
+}
+
+TEST_F(EngineTest, CallsOnNothingAreHarmless) {
+    EXPECT_EQ(BASS_StreamCreateFile(0, "/dev/null", 0, 0, 0), 0U) << "no output yet";
+    open("fast");
+    const HSTREAM freed = streamOf(support::noise(100));
+    ASSERT_TRUE(BASS_StreamFree(freed));
+    for (const HSTREAM handle : {HSTREAM{0}, freed, ~HSTREAM{0}}) {
+        float value = 0;
+        EXPECT_FALSE(BASS_StreamFree(handle));
+        EXPECT_FALSE(BASS_ChannelPlay(handle, 0));
+        EXPECT_EQ(BASS_ChannelIsActive(handle), BASS_ACTIVE_STOPPED);
+        EXPECT_EQ(BASS_ChannelGetPosition(handle, BASS_POS_BYTE), BASS_QWORD_ERROR);
+        EXPECT_LT(BASS_ChannelBytes2Seconds(handle, 8), 0);
+        EXPECT_FALSE(BASS_ChannelGetAttribute(handle, BASS_ATTRIB_VOL, &value));
+        EXPECT_EQ(BASS_ChannelSetSync(handle, BASS_SYNC_END, 0, &countEnd, nullptr), 0U);
+        EXPECT_EQ(BASS_ChannelGetData(handle, &value, BASS_DATA_FFT1024), BASS_DWORD_ERROR);
+    }
+}
+
+TEST(Fft, AgreesWithTheSumItStandsFor) {
+    std::vector<float> frames(2 * bass::fftFrames);
+    const Samples noise = support::noise(bass::fftFrames);
+    std::copy(noise.begin(), noise.end(), frames.begin());
+    for (float& sample : frames)
+        sample /= 32768.0F;
+    const auto fast = bass::magnitudes(frames);
+    for (const std::size_t bin : {0U, 1U, 77U, 430U, 511U}) {
+        std::complex<double> sum = 0;
+        for (std::size_t i = 0; i < bass::fftFrames; ++i) {
+            const double turn = 2 * std::numbers::pi * static_cast<double>(i) / bass::fftFrames;
+            const double mono = 0.5 * (frames[2 * i] + frames[2 * i + 1]);
+            sum += mono * (0.5 - 0.5 * std::cos(turn)) * std::polar(1.0, -turn * static_cast<double>(bin));
+        }
+        EXPECT_NEAR(fast[bin], 4.0 / bass::fftFrames * std::abs(sum), 1e-5) << bin;
+    }
+    for (std::size_t i = 0; i < bass::fftFrames; ++i)
+        frames[2 * i] = frames[2 * i + 1] =
+            static_cast<float>(std::sin(2 * std::numbers::pi * 50 * static_cast<double>(i) / 1024));
+    EXPECT_NEAR(bass::magnitudes(frames)[50], 1.0F, 1e-4);
+}
+
+} // namespace

@@ -1,0 +1,1 @@
+tul_test(engine_test EngineTest.cpp LINK bass)
