@@ -1,0 +1,45 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// A TCP connection to a port of this machine that sends a request and collects what comes.
+class Listener {
+public:
+    enum class Reads { everything, nothing };
+
+    explicit Listener(int port, const std::string& request = "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n",
+                      Reads reads = Reads::everything);
+    ~Listener();
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    std::string received() const;
+    /// What came after the answer's head.
+    std::string body() const;
+    bool isClosed() const { return m_closed.load(); }
+    void send(const std::string& more) const;
+    /// Starts to read when it did not.
+    void read();
+
+private:
+    void collect();
+
+    int m_socket;
+    mutable std::mutex m_mutex;
+    std::string m_received; ///< guarded by m_mutex
+    std::atomic<bool> m_closed{false};
+    std::thread m_thread;
+};
+
+struct OggPage {
+    std::int64_t granule;
+    std::uint32_t serial;
+    std::string bytes;
+};
+/// The pages at the start of a stream, up to the first byte that is not part of a whole one.
+std::vector<OggPage> oggPages(const std::string& stream);
