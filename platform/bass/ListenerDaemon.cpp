@@ -97,9 +97,9 @@ std::unique_ptr<ListenerDaemon> ListenerDaemon::start(FileDescriptor socket, Pag
     made->m_mostConnections =
         descriptors > 2 * reservedDescriptors ? descriptors - reservedDescriptors : descriptors / 2;
     made->m_daemon = MHD_start_daemon(
-        MHD_USE_EPOLL | MHD_USE_TURBO | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Callbacks::answer,
-        made.get(), MHD_OPTION_LISTEN_SOCKET, socket.get(), MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::notify,
-        made.get(), MHD_OPTION_CONNECTION_LIMIT, made->m_mostConnections + refusedAtOnce,
+        MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Callbacks::answer, made.get(),
+        MHD_OPTION_LISTEN_SOCKET, socket.get(), MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::notify, made.get(),
+        MHD_OPTION_CONNECTION_LIMIT, made->m_mostConnections + refusedAtOnce,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, connectionMemory, MHD_OPTION_CONNECTION_TIMEOUT,
         static_cast<unsigned>(mostHeadTime / std::chrono::seconds(1)), MHD_OPTION_SIGPIPE_HANDLED_BY_APP, 1,
         MHD_OPTION_END);
