@@ -83,6 +83,7 @@ std::optional<EncoderProcess> EncoderProcess::start(const std::string& commandLi
     std::vector<std::string> arguments = words(commandLine);
     if (arguments.empty()) return std::nullopt;
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);
