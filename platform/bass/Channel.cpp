@@ -160,16 +160,16 @@ void Channel::rewind(std::uint64_t heard) {
 void Channel::attachIfFilled(const Lock& /*lock*/) {
     if (m_state != State::playing || m_attached || m_seek) return;
     if (m_ring.readable() < fillFrames && !m_decodedAll) return;
-    const bool alone = m_mixer.attachedCount() == 0;
+    if (m_mixer.attachedCount() == 0) m_output.dropQueued();
     m_attached = m_mixer.attach(*this);
-    m_output.changed(alone);
+    m_output.changed();
 }
 
 void Channel::detach(const Lock& /*lock*/) {
     if (!m_attached) return;
     m_mixer.detach(*this);
     m_attached = false;
-    m_output.changed(false);
+    m_output.changed();
 }
 
 void Channel::rewind(const Lock& lock, std::uint64_t heard) {

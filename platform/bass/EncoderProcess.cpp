@@ -4,9 +4,11 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <iomanip>
+#include <iterator>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -84,8 +86,8 @@ std::optional<EncoderProcess> EncoderProcess::start(const std::string& commandLi
     if (arguments.empty()) return std::nullopt;
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);
-    for (std::string& argument : arguments)
-        pointers.push_back(argument.data());
+    std::transform(arguments.begin(), arguments.end(), std::back_inserter(pointers),
+                   [](std::string& argument) { return argument.data(); });
     pointers.push_back(nullptr);
 
     auto input = makePipe();

@@ -47,8 +47,11 @@ bool OutputControl::open() {
     return true;
 }
 
-void OutputControl::changed(bool fresh) {
-    if (fresh) m_fresh = true;
+void OutputControl::dropQueued() {
+    m_fresh = true;
+}
+
+void OutputControl::changed() {
     m_wake.release();
 }
 
@@ -95,8 +98,10 @@ void OutputControl::stopOutput() {
         if (!m_running) return;
         const std::uint64_t played = m_startedAt + m_output->playedFrames();
         m_lastHeard = std::max(m_lastHeard, std::min(played, m_mixer.mixedFrames()));
-        heard = m_lastHeard;
         m_output->stop();
+        // An output without a queue has been heard as far as it was filled.
+        m_lastHeard = std::max(m_lastHeard, m_startedAt + m_output->playedFrames());
+        heard = m_lastHeard;
         m_running = false;
     }
     m_rewind(heard);

@@ -27,8 +27,11 @@ public:
     /// To be called once, before anything else. False when there is no output.
     [[nodiscard]] bool open();
 
-    /// Attached channels came or went. `fresh`: what is queued in the device is not to be waited for.
-    void changed(bool fresh);
+    /// What is queued in the device is not to be waited for at the next change. To be said before a channel
+    /// is attached.
+    void dropQueued();
+    /// Attached channels came or went.
+    void changed();
     void deviceLost();
     /// New frames are there for the mixer.
     void wakeOutput();

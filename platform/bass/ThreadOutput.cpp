@@ -32,7 +32,7 @@ void putHeader(std::ostream& out, std::uint64_t frames) {
     put(out, ieeeFloat, 2);
     put(out, channelCount, 2);
     put(out, sampleRate, 4);
-    put(out, sampleRate * bytesPerFrame, 4);
+    put(out, std::uint64_t{sampleRate} * bytesPerFrame, 4);
     put(out, bytesPerFrame, 2);
     put(out, 32, 2);
     out << "data";

@@ -139,7 +139,8 @@ QWORD BASS_ChannelGetLength(DWORD handle, DWORD mode) {
 
 double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos) {
     if (!find(handle) || pos == BASS_QWORD_ERROR) return -1.0;
-    return static_cast<double>(pos / bytesPerFrame) / bass::sampleRate;
+    const QWORD frames = pos / bytesPerFrame;
+    return static_cast<double>(frames) / bass::sampleRate;
 }
 
 QWORD BASS_ChannelSeconds2Bytes(DWORD handle, double seconds) {
