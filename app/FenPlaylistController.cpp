@@ -68,7 +68,7 @@ void FenPlaylistController::updatePlaylistViewSlow() {
     lastPlaylistEntry = current;
 }
 
-int FenPlaylistController::numberOfRows() {
+int FenPlaylistController::numberOfRowsInTableView() {
     if (!player || !player->playlist) return 0;
     return static_cast<int>(player->playlist->entryCount());
 }

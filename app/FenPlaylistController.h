@@ -32,7 +32,7 @@ public:
     void reloadPlaylistData();
     void updatePlaylistViewSlow();
 
-    int numberOfRows() override;
+    int numberOfRowsInTableView() override;
     QVariant objectValueForTableColumn(int row) override;
     void willDisplayCell(cocoa::TextFieldCell& cell, int row) override;
     double heightOfRow(int row) override;

@@ -67,7 +67,7 @@ void TableView::reloadData() {
 }
 
 void TableView::layOutRows() {
-    const int rows = m_dataSource == nullptr ? 0 : std::max(0, m_dataSource->numberOfRows());
+    const int rows = m_dataSource == nullptr ? 0 : std::max(0, m_dataSource->numberOfRowsInTableView());
     m_tops.resize(std::size_t(rows) + 1);
     m_tops[0] = 0;
     for (int row = 0; row < rows; ++row) {
@@ -86,7 +86,7 @@ void TableView::updateScrollBar() {
 
 void TableView::reloadIfRowCountChanged() {
     // The data may have changed without a word; a row that is gone must not be asked for.
-    const int rows = m_dataSource == nullptr ? 0 : m_dataSource->numberOfRows();
+    const int rows = m_dataSource == nullptr ? 0 : m_dataSource->numberOfRowsInTableView();
     if (rows != numberOfRows()) reloadData();
 }
 

@@ -20,7 +20,7 @@ class TableViewDataSource {
 public:
     virtual ~TableViewDataSource() = default;
 
-    virtual int numberOfRows() = 0;
+    virtual int numberOfRowsInTableView() = 0;
     /// The value that the cell gets before the row is drawn.
     virtual QVariant objectValueForTableColumn(int row);
 

@@ -13,7 +13,7 @@ public:
             numbers.push_back(number);
     }
 
-    int numberOfRows() override { return int(numbers.size()); }
+    int numberOfRowsInTableView() override { return int(numbers.size()); }
     QVariant objectValueForTableColumn(int row) override { return numbers.at(std::size_t(row)); }
     void willDisplayCell(cocoa::TextFieldCell& cell, int row) override {
         displayed.push_back(row);

@@ -90,7 +90,7 @@ class Rows : public QObject, public cocoa::TableViewDataSource, public cocoa::Ta
 public:
     Rows(QWidget* parent, std::vector<Row> rows) : QObject(parent), m_rows(std::move(rows)) {}
 
-    int numberOfRows() override { return static_cast<int>(m_rows.size()); }
+    int numberOfRowsInTableView() override { return static_cast<int>(m_rows.size()); }
     double heightOfRow(int) override { return 55.0; }
     void willDisplayCell(cocoa::TextFieldCell& textCell, int index) override {
         const Row& row = m_rows[static_cast<std::size_t>(index)];
