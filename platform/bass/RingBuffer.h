@@ -23,7 +23,8 @@ public:
     /// Frames behind the reader that the writer leaves alone.
     static constexpr std::size_t history = 32768;
 
-    std::size_t writable() const { return capacity - history - readable(); }
+    /// None when a rewind has left more to read than the writer would ever put ahead.
+    std::size_t writable() const { return capacity - history - std::min(readable(), capacity - history); }
     std::size_t readable() const {
         return static_cast<std::size_t>(m_written.load(std::memory_order_acquire) -
                                         m_read.load(std::memory_order_acquire));
