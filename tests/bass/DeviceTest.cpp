@@ -1,0 +1,160 @@
+// The road through a real sound server, as its sink records it. Each case needs a process of its own, as
+// CTest gives it: the library opens its output once.
+
+#include "platform/bass/bass.h"
+#include "tests/support/Media.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/WaitFor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <optional>
+
+namespace {
+
+using support::waitFor;
+using Samples = std::vector<std::int16_t>;
+
+constexpr std::size_t rate = 44100;
+constexpr std::chrono::seconds limit(60);
+
+std::atomic<int> ends{0};
+void countEnd(HSYNC, DWORD, DWORD, void*) {
+    ++ends;
+}
+
+bool alike(std::int16_t a, std::int16_t b) {
+    return std::abs(a - b) <= 1; // the server's own way from float to 16 bits
+}
+
+/// The frame of `recorded` at which sound begins, from `frame` on.
+std::size_t soundFrom(const Samples& recorded, std::size_t frame = 0) {
+    const auto begin = recorded.begin() + static_cast<std::ptrdiff_t>(frame * 2);
+    const auto first = std::find_if(begin, recorded.end(), [](std::int16_t s) { return std::abs(s) > 1; });
+    return static_cast<std::size_t>(first - recorded.begin()) / 2;
+}
+
+/// The first silence from `frame` on that noise never holds: a hundredth of a second.
+std::size_t silenceFrom(const Samples& recorded, std::size_t frame) {
+    const auto begin = recorded.begin() + static_cast<std::ptrdiff_t>(frame * 2);
+    const auto gap = std::search_n(begin, recorded.end(), rate / 50, 0);
+    return static_cast<std::size_t>(gap - recorded.begin()) / 2;
+}
+
+/// How many frames are alike, `recorded` from `at` and the source from `frame` on.
+std::size_t alikeFrames(const Samples& recorded, std::size_t at, const Samples& source, std::size_t frame) {
+    const auto recordedFrom =
+        recorded.begin() + static_cast<std::ptrdiff_t>(std::min(at * 2, recorded.size()));
+    const auto sourceFrom = source.begin() + static_cast<std::ptrdiff_t>(frame * 2);
+    const auto differ = std::mismatch(recordedFrom, recorded.end(), sourceFrom, source.end(), alike);
+    return static_cast<std::size_t>(differ.second - sourceFrom) / 2;
+}
+
+/// The source's frame that is heard at frame `at` of the recording.
+std::optional<std::size_t> placeOf(const Samples& recorded, std::size_t at, const Samples& source) {
+    constexpr std::size_t enough = 32;
+    if (recorded.size() < (at + enough) * 2) return std::nullopt;
+    const auto from = recorded.begin() + static_cast<std::ptrdiff_t>(at * 2);
+    const auto found = std::search(source.begin(), source.end(), from, from + enough * 2, alike);
+    if (found == source.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - source.begin()) / 2;
+}
+
+class Device : public testing::Test {
+protected:
+    /// Plays noise, which is like itself at no other place, from a FLAC file.
+    void play(std::size_t seconds) {
+        unsetenv("TUL_AUDIO");
+        ASSERT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
+        source = support::noise(seconds * rate);
+        const auto wav = support::writeWav(support::scratch() / "noise.wav", source);
+        const auto flac = support::scratch() / "noise.flac";
+        support::run({"flac", "-s", "-f", "-o", flac.string(), wav.string()});
+        stream = BASS_StreamCreateFile(0, flac.c_str(), 0, 0, BASS_ASYNCFILE);
+        ASSERT_NE(stream, 0U);
+        ASSERT_NE(BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr), 0U);
+        ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
+    }
+
+    std::size_t position() const { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) / 8; }
+
+    /// The recording, once the track has ended and its sound is followed by silence.
+    Samples recordedToEnd() {
+        EXPECT_TRUE(waitFor([] { return ends > 0; }, limit));
+        EXPECT_TRUE(waitFor([&] { return server.playingStreams() == 0; }, limit));
+        const std::size_t size = server.recorded().size();
+        EXPECT_TRUE(waitFor([&] { return server.recorded().size() > size + rate; }, limit));
+        EXPECT_EQ(ends, 1);
+        EXPECT_EQ(BASS_ChannelIsActive(stream), BASS_ACTIVE_STOPPED);
+        return server.recorded();
+    }
+
+    support::SoundServer server;
+    Samples source;
+    HSTREAM stream = 0;
+};
+
+TEST_F(Device, HearsEveryFrameOnceAndAsStored) {
+    play(4);
+    const Samples recorded = recordedToEnd();
+    const std::size_t begin = soundFrom(recorded);
+    EXPECT_EQ(alikeFrames(recorded, begin, source, 0), source.size() / 2);
+    EXPECT_EQ(soundFrom(recorded, begin + source.size() / 2), recorded.size() / 2) << "sound after the end";
+}
+
+TEST_F(Device, GoesOnWhenTheServerComesBack) {
+    play(8);
+    ASSERT_TRUE(waitFor([&] { return position() > rate * 2; }, limit));
+    server.crash();
+    const std::size_t lost = position();
+    std::size_t last = lost;
+    std::size_t longestStepBack = 0;
+    server.restart();
+    EXPECT_TRUE(waitFor(
+        [&] {
+            const std::size_t now = position();
+            if (now < last) longestStepBack = std::max(longestStepBack, last - now);
+            last = now;
+            return ends > 0;
+        },
+        limit));
+    EXPECT_EQ(longestStepBack, 0U);
+
+    const Samples recorded = recordedToEnd();
+    constexpr std::size_t ramp = rate / 10; // sound fades in after a break
+    const std::size_t at = soundFrom(recorded) + ramp;
+    const auto place = placeOf(recorded, at, source);
+    ASSERT_TRUE(place);
+    EXPECT_NEAR(static_cast<double>(*place - ramp), static_cast<double>(lost), rate * 0.5);
+    EXPECT_EQ(alikeFrames(recorded, at, source, *place), source.size() / 2 - *place);
+}
+
+TEST_F(Device, RestsWhilePausedAndGoesOnFromThere) {
+    play(5);
+    ASSERT_TRUE(waitFor([&] { return position() > rate * 2; }, limit));
+    EXPECT_EQ(server.playingStreams(), 1U);
+    ASSERT_TRUE(BASS_ChannelPause(stream));
+    EXPECT_EQ(BASS_ChannelIsActive(stream), BASS_ACTIVE_PAUSED);
+    ASSERT_TRUE(waitFor([&] { return server.playingStreams() == 0; }, limit));
+    const std::size_t paused = position();
+    const std::size_t size = server.recorded().size();
+    ASSERT_TRUE(waitFor([&] { return server.recorded().size() > size + rate; }, limit));
+    EXPECT_EQ(position(), paused);
+    ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
+
+    const Samples recorded = recordedToEnd();
+    const std::size_t begin = soundFrom(recorded);
+    const std::size_t silence = silenceFrom(recorded, begin);
+    EXPECT_NEAR(static_cast<double>(silence - begin), static_cast<double>(paused), rate * 0.25);
+    constexpr std::size_t ramp = rate / 10;
+    const std::size_t at = soundFrom(recorded, silence) + ramp;
+    const auto place = placeOf(recorded, at, source);
+    ASSERT_TRUE(place);
+    EXPECT_NEAR(static_cast<double>(*place - ramp), static_cast<double>(paused), rate * 0.05);
+    EXPECT_EQ(alikeFrames(recorded, at, source, *place), source.size() / 2 - *place);
+}
+
+} // namespace

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace support {
+
+/// A PulseAudio server of this process's own with one null sink, recorded from its first moment. HOME,
+/// XDG_RUNTIME_DIR and PULSE_SERVER are set for this process: make it before anything looks for a sound
+/// device. The children end with the object, and with this process. Throws std::runtime_error when one can't
+/// be started.
+class SoundServer {
+public:
+    SoundServer();
+    ~SoundServer();
+    SoundServer(const SoundServer&) = delete;
+    SoundServer& operator=(const SoundServer&) = delete;
+
+    /// Ends the server as a crash does, by SIGKILL. The recording stays until `restart`.
+    void crash();
+    /// Starts it again on the same socket, with a new recording that runs before a player can connect.
+    void restart();
+
+    /// What the sink has played so far: interleaved 16-bit stereo at 44100 Hz.
+    std::vector<std::int16_t> recorded() const;
+    /// The streams that play into the sink.
+    std::size_t playingStreams() const;
+
+private:
+    void start();
+
+    std::filesystem::path m_folder;
+    std::string m_control; ///< The address for the tools; the player's opens after the recorder runs.
+    std::filesystem::path m_recording;
+    pid_t m_server = -1;
+    pid_t m_recorder = -1;
+};
+
+} // namespace support
