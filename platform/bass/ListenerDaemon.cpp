@@ -3,9 +3,16 @@
 #include <microhttpd.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/uio.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <ctime>
+#include <iomanip>
 #include <limits>
+#include <locale>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -14,19 +21,18 @@ namespace bass {
 namespace {
 
 constexpr std::size_t mostHeadBytes = 8192;
-/// A request's head, and our answer's.
-constexpr std::size_t connectionMemory = 12288;
+/// A request's head and what is noted of it.
+constexpr std::size_t connectionMemory = 10240;
 constexpr auto mostHeadTime = std::chrono::seconds(15);
 constexpr auto lookEvery = std::chrono::seconds(1);
-/// An encoder's usual page is a little more than 4096 bytes.
-constexpr std::size_t blockBytes = 4608;
 /// Descriptors that listeners leave to the rest of the player.
 constexpr unsigned reservedDescriptors = 64;
 /// Connections past the most listeners, so that they can be told so.
 constexpr unsigned refusedAtOnce = 16;
 
 constexpr char streamType[] = "audio/ogg";
-constexpr char streamName[] = "Tulplayer";
+constexpr char serverName[] = "Tulplayer";
+constexpr char cacheControl[] = "no-cache, no-store";
 
 struct ResponseDeleter {
     void operator()(MHD_Response* response) const { MHD_destroy_response(response); }
@@ -44,9 +50,9 @@ void addHeader(const ResponsePtr& response, const char* name, const std::string&
 }
 
 void addCommonHeaders(const ResponsePtr& response) {
-    addHeader(response, MHD_HTTP_HEADER_SERVER, "Tulplayer");
+    addHeader(response, MHD_HTTP_HEADER_SERVER, serverName);
     addHeader(response, MHD_HTTP_HEADER_CONNECTION, "close");
-    addHeader(response, MHD_HTTP_HEADER_CACHE_CONTROL, "no-cache, no-store");
+    addHeader(response, MHD_HTTP_HEADER_CACHE_CONTROL, cacheControl);
 }
 
 int refuse(MHD_Connection* handle, unsigned status) {
@@ -55,6 +61,17 @@ int refuse(MHD_Connection* handle, unsigned status) {
     addCommonHeaders(response);
     if (status == MHD_HTTP_METHOD_NOT_ALLOWED) addHeader(response, MHD_HTTP_HEADER_ALLOW, "GET, HEAD");
     return MHD_queue_response(handle, status, response.get());
+}
+
+/// Now, in English whatever the locale: RFC 9110, 5.6.7.
+std::string httpDate() {
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    std::ostringstream date;
+    date.imbue(std::locale::classic());
+    date << std::put_time(&utc, "%a, %d %b %Y %H:%M:%S GMT");
+    return date.str();
 }
 
 std::size_t headBytes(MHD_Connection* handle) {
@@ -75,20 +92,6 @@ struct ListenerDaemon::Callbacks {
                              void** /*context*/) {
         return static_cast<MHD_Result>(static_cast<ListenerDaemon*>(self)->answer(handle, {path, method}));
     }
-    static ssize_t fill(void* context, std::uint64_t /*position*/, char* to, size_t most) {
-        auto* stream = static_cast<Stream*>(context);
-        const std::ptrdiff_t bytes = stream->daemon.fill(stream->connection, to, most);
-        return bytes < 0 ? MHD_CONTENT_READER_END_OF_STREAM : bytes;
-    }
-    static void release(void* context) {
-        const std::unique_ptr<Stream> stream(static_cast<Stream*>(context));
-    }
-
-    /// What a response carries to `fill`.
-    struct Stream {
-        ListenerDaemon& daemon;
-        Connection& connection;
-    };
 };
 
 std::unique_ptr<ListenerDaemon> ListenerDaemon::start(FileDescriptor socket, PageQueue& pages) {
@@ -111,7 +114,7 @@ std::unique_ptr<ListenerDaemon> ListenerDaemon::start(FileDescriptor socket, Pag
 ListenerDaemon::~ListenerDaemon() {
     if (!m_daemon) return;
     for (auto& [handle, connection] : m_connections)
-        if (connection.waits) MHD_resume_connection(handle);
+        if (connection.listens) close(connection);
     MHD_stop_daemon(m_daemon);
 }
 
@@ -136,14 +139,8 @@ void ListenerDaemon::turn() {
 }
 
 void ListenerDaemon::pagesCame() {
-    for (auto& [handle, connection] : m_connections) {
-        if (connection.waits) {
-            connection.waits = false;
-            MHD_resume_connection(handle);
-        } else if (m_pages.isTooFarBehind(connection.place)) {
-            shutdown(connection.socket, SHUT_RDWR); // closed when the daemon finds that nothing can be sent
-        }
-    }
+    for (auto& [handle, connection] : m_connections)
+        if (connection.listens) sendPages(connection);
 }
 
 void ListenerDaemon::dropSilentOnes() {
@@ -168,7 +165,7 @@ void ListenerDaemon::closed(MHD_Connection* handle) {
 
 int ListenerDaemon::answer(MHD_Connection* handle, const Request& request) {
     const auto found = m_connections.find(handle);
-    if (found == m_connections.end()) return MHD_NO;
+    if (found == m_connections.end() || found->second.leaves) return MHD_NO; // which closes it
     Connection& connection = found->second;
     connection.asked = true;
 
@@ -179,44 +176,83 @@ int ListenerDaemon::answer(MHD_Connection* handle, const Request& request) {
     if (request.path != std::string_view("/")) return refuse(handle, MHD_HTTP_NOT_FOUND);
     if (m_pages.hasEnded() || m_connections.size() > m_mostConnections)
         return refuse(handle, MHD_HTTP_SERVICE_UNAVAILABLE);
-    return answerWithStream(connection);
+
+    sendHead(connection);
+    if (connection.leaves || method == MHD_HTTP_METHOD_HEAD) return MHD_NO;
+    MHD_suspend_connection(handle);
+    connection.listens = true;
+    sendPages(connection);
+    return MHD_YES;
 }
 
-int ListenerDaemon::answerWithStream(Connection& connection) {
-    MHD_set_connection_option(connection.handle, MHD_CONNECTION_OPTION_TIMEOUT, 0U);
-    auto stream = std::make_unique<Callbacks::Stream>(Callbacks::Stream{*this, connection});
-    const ResponsePtr response(MHD_create_response_from_callback(
-        MHD_SIZE_UNKNOWN, blockBytes, &Callbacks::fill, stream.get(), &Callbacks::release));
-    if (!response) return MHD_NO;
-    static_cast<void>(stream.release()); // the response's
-    // A body that ends with the connection, as every player understands it, in place of chunks.
-    MHD_set_response_options(response.get(), MHD_RF_HTTP_1_0_COMPATIBLE_STRICT, MHD_RO_END);
-    addCommonHeaders(response);
-    addHeader(response, MHD_HTTP_HEADER_CONTENT_TYPE, streamType);
-    addHeader(response, MHD_HTTP_HEADER_PRAGMA, "no-cache");
-    addHeader(response, "icy-name", streamName);
-    if (const int bits = m_pages.bitsPerSecond(); bits > 0)
-        addHeader(response, "icy-br", std::to_string(bits / 1000));
-    return MHD_queue_response(connection.handle, MHD_HTTP_OK, response.get());
+/// A body that ends with the connection, as every player understands it.
+void ListenerDaemon::sendHead(Connection& connection) const {
+    std::string head = "HTTP/1.1 200 OK\r\n";
+    const auto add = [&](const char* name, const std::string& value) {
+        head.append(name).append(": ").append(value).append("\r\n");
+    };
+    add(MHD_HTTP_HEADER_SERVER, serverName);
+    add(MHD_HTTP_HEADER_DATE, httpDate());
+    add(MHD_HTTP_HEADER_CONNECTION, "close");
+    add(MHD_HTTP_HEADER_CONTENT_TYPE, streamType);
+    add(MHD_HTTP_HEADER_CACHE_CONTROL, cacheControl);
+    add(MHD_HTTP_HEADER_PRAGMA, "no-cache");
+    add("icy-name", serverName);
+    if (const int bits = m_pages.bitsPerSecond(); bits > 0) add("icy-br", std::to_string(bits / 1000));
+    head += "\r\n";
+    // A new connection's socket has room for it.
+    const ssize_t sent = ::send(connection.socket, head.data(), head.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    connection.leaves = sent != static_cast<ssize_t>(head.size());
 }
 
-std::ptrdiff_t ListenerDaemon::fill(Connection& connection, char* to, std::size_t most) {
-    if (!connection.page) {
+void ListenerDaemon::sendPages(Connection& connection) {
+    while (!connection.leaves) {
         const PageQueue::Reading reading = m_pages.read(connection.place);
-        if (reading.leave) return -1;
-        if (!reading.page) {
-            connection.waits = true;
-            MHD_suspend_connection(connection.handle);
-            return 0;
+        if (reading.leave) break;
+        if (reading.count == 0) return;
+        if (!send(connection, reading)) return;
+    }
+    close(connection);
+}
+
+/// False when the socket takes no more for now.
+bool ListenerDaemon::send(Connection& connection, const PageQueue::Reading& reading) {
+    std::array<iovec, PageQueue::Reading::most> parts{};
+    std::size_t skipped = connection.sent;
+    for (std::size_t i = 0; i < reading.count; ++i) {
+        const PageQueue::Page& page = *reading.pages[i];
+        // The bytes are only read.
+        parts[i] = {const_cast<std::byte*>(page.data()) + skipped, page.size() - skipped};
+        skipped = 0;
+    }
+    msghdr message{};
+    message.msg_iov = parts.data();
+    message.msg_iovlen = reading.count;
+    const ssize_t taken = sendmsg(connection.socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (taken < 0) {
+        connection.leaves = errno != EAGAIN && errno != EINTR;
+        return connection.leaves;
+    }
+    auto rest = static_cast<std::size_t>(taken);
+    for (std::size_t i = 0; i < reading.count; ++i) {
+        if (rest < parts[i].iov_len) {
+            connection.sent = rest + (i == 0 ? connection.sent : 0);
+            return false;
         }
-        connection.page = reading.page;
+        rest -= parts[i].iov_len;
+        connection.place.moveOn();
         connection.sent = 0;
     }
-    const std::size_t count = std::min(most, connection.page->size() - connection.sent);
-    std::copy_n(reinterpret_cast<const char*>(connection.page->data()) + connection.sent, count, to);
-    connection.sent += count;
-    if (connection.sent == connection.page->size()) connection.page.reset();
-    return static_cast<std::ptrdiff_t>(count);
+    return true;
+}
+
+/// The daemon asks for an answer again, gets none, and closes the connection. A request that promised a body
+/// is not waited for.
+void ListenerDaemon::close(Connection& connection) {
+    connection.listens = false;
+    connection.leaves = true;
+    shutdown(connection.socket, SHUT_RDWR);
+    MHD_resume_connection(connection.handle);
 }
 
 } // namespace bass

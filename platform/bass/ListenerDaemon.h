@@ -11,12 +11,12 @@
 
 struct MHD_Connection;
 struct MHD_Daemon;
-struct MHD_Response;
 
 namespace bass {
 
-/// The HTTP side of a ListenerServer: its connections, and what they are answered. libmicrohttpd is known
-/// here alone.
+/// The HTTP side of a ListenerServer: its connections, and what they are answered. libmicrohttpd, known here
+/// alone, takes the connections and their requests. A listener it then suspends: pages go to the socket from
+/// where they are shared, with one call for all that a listener lacks and no buffer of its own.
 ///
 /// Threads: one at a time.
 class ListenerDaemon {
@@ -32,7 +32,8 @@ public:
     /// When `turn` has work at the latest.
     int timeoutMs() const;
     void turn();
-    /// Hands out new pages at the next turn, and drops who is too far behind.
+    /// Sends every listener what it lacks, and drops who is too far behind or has left. What a socket does
+    /// not take now is sent with the next pages.
     void pagesCame();
 
 private:
@@ -42,11 +43,11 @@ private:
         MHD_Connection* handle = nullptr;
         int socket = -1;
         Clock::time_point since;
-        bool asked = false; ///< Its request's head has come.
-        bool waits = false; ///< Suspended until there are pages.
+        bool asked = false;   ///< Its request's head has come.
+        bool listens = false; ///< Suspended, and sent pages to.
+        bool leaves = false;  ///< To be closed.
         PageQueue::Place place;
-        std::shared_ptr<const PageQueue::Page> page; ///< Being sent, from `sent` on.
-        std::size_t sent = 0;
+        std::size_t sent = 0; ///< Bytes of the page at `place`.
     };
     struct Request {
         const char* path;
@@ -60,9 +61,10 @@ private:
     void opened(MHD_Connection* handle);
     void closed(MHD_Connection* handle);
     int answer(MHD_Connection* handle, const Request& request);
-    int answerWithStream(Connection& connection);
-    /// Bytes for a listener; 0 for none yet, negative when the stream is over for it.
-    std::ptrdiff_t fill(Connection& connection, char* to, std::size_t most);
+    void sendHead(Connection& connection) const;
+    void sendPages(Connection& connection);
+    bool send(Connection& connection, const PageQueue::Reading& reading);
+    static void close(Connection& connection);
     void dropSilentOnes();
 
     PageQueue& m_pages;

@@ -7,11 +7,23 @@
 #include <pthread.h>
 #include <sys/eventfd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <utility>
 
 namespace bass {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+/// Two pages at once cost the kernel little more than one. Well within the burst that listeners have in hand.
+constexpr milliseconds handOutEvery{400};
+
+} // namespace
 
 std::unique_ptr<ListenerServer> ListenerServer::open(std::uint16_t port, PageQueue& pages) {
     FileDescriptor socket = listenOn(port);
@@ -45,11 +57,22 @@ void ListenerServer::run(const std::stop_token& stop) {
     sigaddset(&signals, SIGPIPE); // a listener that has left is an error of the send
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
+    bool pagesWait = false;
+    auto next = Clock::now();
     while (!stop.stop_requested()) {
+        const auto most =
+            pagesWait ? std::chrono::ceil<milliseconds>(next - Clock::now()) : milliseconds::max();
+        const auto timeout =
+            std::clamp<milliseconds>(most, milliseconds(0), milliseconds(m_daemon->timeoutMs()));
         std::array<pollfd, 2> waiting{{{m_daemon->descriptor(), POLLIN, 0}, {m_wake.get(), POLLIN, 0}}};
-        poll(waiting.data(), waiting.size(), m_daemon->timeoutMs());
+        poll(waiting.data(), waiting.size(), static_cast<int>(timeout.count()));
         eventfd_t count = 0;
-        if (waiting[1].revents != 0 && eventfd_read(m_wake.get(), &count) == 0) m_daemon->pagesCame();
+        if (waiting[1].revents != 0 && eventfd_read(m_wake.get(), &count) == 0) pagesWait = true;
+        if (pagesWait && Clock::now() >= next) {
+            m_daemon->pagesCame();
+            pagesWait = false;
+            next = Clock::now() + handOutEvery;
+        }
         m_daemon->turn();
     }
     m_daemon.reset();

@@ -37,25 +37,26 @@ void PageQueue::setBurst(std::size_t bytes) {
     m_burst = bytes;
 }
 
-PageQueue::Reading PageQueue::read(Place& place) {
+PageQueue::Reading PageQueue::read(Place& place) const {
     const Lock lock(m_mutex);
-    if (!place.joined) {
-        // Headers are complete when a page follows them.
-        if (m_pages.empty()) return {nullptr, m_ended};
-        if (place.header < m_headers.size()) return {m_headers[place.header++], false};
-        place.page = joiningPage(lock);
-        place.joined = true;
+    Reading reading;
+    if (m_pages.empty()) { // headers are complete when a page follows them
+        reading.leave = m_ended;
+        return reading;
     }
-    if (isBehind(lock, place)) return {nullptr, true};
-    const auto index = static_cast<std::size_t>(place.page - m_first);
-    if (index == m_pages.size()) return {nullptr, m_ended};
-    ++place.page;
-    return {m_pages[index], false};
-}
-
-bool PageQueue::isTooFarBehind(const Place& place) const {
-    const Lock lock(m_mutex);
-    return isBehind(lock, place);
+    if (!place.joined) place = {true, m_headers.size(), joiningPage(lock)};
+    if (place.page < m_first) {
+        reading.leave = true;
+        return reading;
+    }
+    const auto put = [&](const auto& from, std::size_t index) {
+        while (reading.count < Reading::most && index < from.size())
+            reading.pages[reading.count++] = from[index++];
+    };
+    put(m_headers, m_headers.size() - place.headersLeft);
+    put(m_pages, static_cast<std::size_t>(place.page - m_first));
+    reading.leave = m_ended && reading.count == 0;
+    return reading;
 }
 
 std::uint64_t PageQueue::joiningPage(const Lock& /*lock*/) const {
@@ -64,10 +65,6 @@ std::uint64_t PageQueue::joiningPage(const Lock& /*lock*/) const {
     while (index > 0 && bytes + m_pages[index - 1]->size() <= m_burst)
         bytes += m_pages[--index]->size();
     return m_first + index;
-}
-
-bool PageQueue::isBehind(const Lock& /*lock*/, const Place& place) const {
-    return place.joined && place.page < m_first;
 }
 
 } // namespace bass

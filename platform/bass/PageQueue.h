@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -21,13 +22,18 @@ public:
 
     /// Where a listener is.
     struct Place {
-        std::size_t header = 0; ///< Header pages read.
-        bool joined = false;    ///< Past them, and `page` counts.
-        std::uint64_t page = 0; ///< Read next, counted from the stream's first.
+        bool joined = false;
+        std::size_t headersLeft = 0; ///< Of the header pages, which come first.
+        std::uint64_t page = 0;      ///< The page after them, counted from the stream's first.
+
+        void moveOn() { headersLeft > 0 ? --headersLeft : ++page; }
     };
     struct Reading {
-        std::shared_ptr<const Page> page; ///< Null when none is there yet, or the listener is to leave.
-        bool leave = false;               ///< Too far behind, or the stream has ended.
+        static constexpr std::size_t most = 16;
+        std::array<std::shared_ptr<const Page>, most>
+            pages; ///< From the place on; the first `count` are set.
+        std::size_t count = 0;
+        bool leave = false; ///< Too far behind, or the stream has ended: nothing more comes.
     };
 
     void addHeader(Page page);
@@ -38,9 +44,9 @@ public:
 
     /// Of pages that a new listener gets at once. Before any listener comes.
     void setBurst(std::size_t bytes);
-    /// What comes next, after the header pages: recent whole pages of at most the burst, then the live ones.
-    Reading read(Place& place);
-    bool isTooFarBehind(const Place& place) const;
+    /// What comes next. A listener joins at the header pages, after which come recent whole pages of at most
+    /// the burst, and then the live ones.
+    Reading read(Place& place) const;
 
     void setBitsPerSecond(int bits) { m_bitsPerSecond = bits; }
     int bitsPerSecond() const { return m_bitsPerSecond; }
@@ -49,7 +55,6 @@ private:
     using Lock = std::lock_guard<std::mutex>;
 
     std::uint64_t joiningPage(const Lock& lock) const;
-    bool isBehind(const Lock& lock, const Place& place) const;
 
     std::atomic<int> m_bitsPerSecond{0};
     mutable std::mutex m_mutex;

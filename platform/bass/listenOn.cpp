@@ -1,6 +1,7 @@
 #include "platform/bass/listenOn.h"
 
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -11,7 +12,7 @@ namespace {
 
 /// What the kernel may hold for a listener that does not read; the kernel doubles it. The rest of its backlog
 /// is counted in pages.
-constexpr int sendBufferBytes = 32768;
+constexpr int sendBufferBytes = 65536;
 constexpr int waitingConnections = 1024;
 
 FileDescriptor openSocket(int family) {
@@ -21,6 +22,7 @@ FileDescriptor openSocket(int family) {
     // Connections of a server before this one, that are being closed, don't keep the port.
     setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
     setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &sendBufferBytes, sizeof(sendBufferBytes));
+    setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on)); // a page's end waits for nothing
     if (family == AF_INET6) setsockopt(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof(off));
     return socket;
 }
