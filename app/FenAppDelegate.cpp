@@ -7,6 +7,7 @@
 #include "app/ReadingDialog.h"
 #include "app/TextField.h"
 #include "controls/CustomWindow.h"
+#include "controls/FenSpectrumAnalyzerView.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/PageController.h"
 #include "platform/cocoa/TableView.h"
@@ -42,7 +43,10 @@ std::string storePath() {
 
 FenAppDelegate::FenAppDelegate() = default;
 
-FenAppDelegate::~FenAppDelegate() = default;
+FenAppDelegate::~FenAppDelegate() {
+    // The window goes after the timer.
+    if (window) playerController->spectrumAnalyzerView->setOnSight(nullptr);
+}
 
 void FenAppDelegate::applicationDidFinishLaunching() {
     player = std::make_unique<TulPlayer>();
@@ -75,6 +79,9 @@ void FenAppDelegate::applicationDidFinishLaunching() {
 
     m_slowTimer = std::make_unique<cocoa::Timer>(slowInterval, [this] { performSlowUpdate(); });
     m_fastTimer = std::make_unique<cocoa::Timer>(fastInterval, [this] { performFastUpdate(); });
+    // Its only work is the spectrum: while that is out of sight, nothing is to wake twenty times a second.
+    m_fastTimer->setResting(true);
+    playerController->spectrumAnalyzerView->setOnSight([this](bool seen) { m_fastTimer->setResting(!seen); });
 }
 
 void FenAppDelegate::performFastUpdate() {

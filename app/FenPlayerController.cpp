@@ -42,6 +42,8 @@ void FenPlayerController::initialize() {
     setUpSlider(*volumeSlider, QStringLiteral("slider_knob_yellow.png"));
     setUpSlider(*balanceSlider, QStringLiteral("slider_knob_yellow.png"));
     renderSpectrumAnalyzer = true;
+    // The art covers it: what lies beneath need not be drawn with every redraw of the spectrum.
+    controlsBackground->setAttribute(Qt::WA_OpaquePaintEvent);
     spectrumAnalyzerView->hide();
     lengthView->hide();
     timeView->hide();

@@ -33,3 +33,11 @@ void FenSpectrumAnalyzerView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     drawRect(painter, wantsDefaultClipping() ? QRectF(event->rect()) : QRectF(rect()));
 }
+
+void FenSpectrumAnalyzerView::showEvent(QShowEvent*) {
+    if (m_onSight) m_onSight(true);
+}
+
+void FenSpectrumAnalyzerView::hideEvent(QHideEvent*) {
+    if (m_onSight) m_onSight(false);
+}

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -26,6 +27,9 @@ public:
     const std::optional<Values>& spectrumValues() const { return m_spectrumValues; }
     void setSpectrumValues(std::optional<Values> values) { m_spectrumValues = std::move(values); }
 
+    /// Called when the view comes into sight and when it goes out of it, the window's minimising included.
+    void setOnSight(std::function<void(bool seen)> onSight) { m_onSight = std::move(onSight); }
+
     /// False: a redraw is of the whole view, however small the rectangle that was asked for.
     bool wantsDefaultClipping() const { return false; }
 
@@ -39,7 +43,10 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     std::optional<Values> m_spectrumValues;
+    std::function<void(bool)> m_onSight;
 };
