@@ -7,6 +7,8 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 class CustomWindow;
 class FenCoverArtController;
@@ -79,6 +81,7 @@ private:
     void makeMenu();
     void showMenuAt(const QPoint& place);
     void addFiles(const QStringList& paths);
+    void readEntries(const std::vector<std::string>& sources);
     void openPlaylistFile(const QString& path);
 
     app::PageDots* m_pageDots = nullptr;

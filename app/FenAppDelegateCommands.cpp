@@ -38,7 +38,8 @@ std::string resolved(const QString& path) {
 }
 
 bool isPlaylist(const QString& source) {
-    return !source.contains(QStringLiteral("://")) && playlistTypes.contains(QFileInfo(source).suffix());
+    return !source.contains(QStringLiteral("://")) &&
+           playlistTypes.contains(QFileInfo(source).suffix().toLower());
 }
 
 } // namespace
@@ -56,9 +57,12 @@ void FenAppDelegate::addFiles(const QStringList& paths) {
     std::vector<std::string> sources;
     for (const QString& path : paths)
         sources.push_back(resolved(path));
-    app::ReadingDialog reading(*window);
-    player->playlist->addEntries(
-        sources, [&reading](std::size_t done, std::size_t total) { return reading.proceed(done, total); });
+    readEntries(sources);
+}
+
+void FenAppDelegate::readEntries(const std::vector<std::string>& sources) {
+    app::ReadingDialog::whileShown(*player, *window,
+                                   [&] { player->playlist->addEntries(sources, player->readingProgress); });
     playlistController->reloadPlaylistData();
 }
 
@@ -73,7 +77,7 @@ void FenAppDelegate::openPlaylist() {
 }
 
 void FenAppDelegate::openPlaylistFile(const QString& path) {
-    player->openPlaylist(resolved(path));
+    app::ReadingDialog::whileShown(*player, *window, [&] { player->openPlaylist(resolved(path)); });
     playlistController->reloadPlaylistData();
 }
 
@@ -124,8 +128,7 @@ void FenAppDelegate::openSources(const QStringList& sources) {
     }
     if (appended.empty()) return;
     const auto first = static_cast<std::int32_t>(player->playlist->entryCount());
-    player->playlist->addEntries(appended, player->readingProgress);
-    playlistController->reloadPlaylistData();
+    readEntries(appended);
     if (player->isPlaying()) return;
     player->playlist->selectEntry(first);
     player->startCurrentEntry();

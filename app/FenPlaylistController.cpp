@@ -1,6 +1,7 @@
 #include "app/FenPlaylistController.h"
 
 #include "app/DisplayText.h"
+#include "app/ReadingDialog.h"
 #include "controls/InternalPlaylistComboBoxCell.h"
 #include "controls/PlaylistEntryCell.h"
 #include "core/player/TulPlayer.h"
@@ -122,7 +123,9 @@ bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int 
 
 void FenPlaylistController::playlistNameChange() {
     if (player && player->internalPlaylistManager && playlistSelector->indexOfSelectedItem() >= 0) {
-        player->selectInternalPlaylist(playlistSelector->indexOfSelectedItem());
+        app::ReadingDialog::whileShown(*player, *playlistSelector, [this] {
+            player->selectInternalPlaylist(playlistSelector->indexOfSelectedItem());
+        });
         reloadPlaylistData();
     }
     if (player && player->playlist) player->playlist->name = playlistSelector->stringValue().toStdString();

@@ -1,5 +1,7 @@
 #include "app/ReadingDialog.h"
 
+#include "core/player/TulPlayer.h"
+
 #include <QApplication>
 #include <QProgressDialog>
 
@@ -9,6 +11,15 @@ namespace {
 constexpr qint64 quietMs = 500;
 
 } // namespace
+
+void ReadingDialog::whileShown(TulPlayer& player, QWidget& window, const std::function<void()>& read) {
+    ReadingDialog dialog(window);
+    player.readingProgress = [&dialog](std::size_t done, std::size_t total) {
+        return dialog.proceed(done, total);
+    };
+    read();
+    player.readingProgress = nullptr;
+}
 
 ReadingDialog::ReadingDialog(QWidget& window) : m_window(window) {
     m_running.start();

@@ -5,11 +5,13 @@
 #include <QElapsedTimer>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 
 class QProgressDialog;
 class QWidget;
+class TulPlayer;
 
 namespace app {
 
@@ -19,6 +21,9 @@ namespace app {
 /// Threads: main thread only.
 class ReadingDialog {
 public:
+    /// Calls `read`, and shows how far the player has come with what it reads meanwhile.
+    static void whileShown(TulPlayer& player, QWidget& window, const std::function<void()>& read);
+
     explicit ReadingDialog(QWidget& window);
     ~ReadingDialog();
 
