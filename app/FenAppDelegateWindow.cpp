@@ -4,6 +4,7 @@
 
 #include "app/DisplayText.h"
 #include "app/PageDots.h"
+#include "app/Skin.h"
 #include "app/TextField.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulPlayer.h"
@@ -86,6 +87,7 @@ void FenAppDelegate::connectControls(Ui::MainWindow& layout) {
 
 void FenAppDelegate::makeMenu() {
     m_menu = std::make_unique<QMenu>();
+    app::dressInSkin(*m_menu);
     const auto command = [this](const QString& title, const QKeySequence& keys,
                                 std::function<void()> action) {
         QAction* item = m_menu->addAction(title);

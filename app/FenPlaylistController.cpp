@@ -2,6 +2,7 @@
 
 #include "app/DisplayText.h"
 #include "app/ReadingDialog.h"
+#include "app/Skin.h"
 #include "controls/InternalPlaylistComboBoxCell.h"
 #include "controls/PlaylistEntryCell.h"
 #include "core/player/TulPlayer.h"
@@ -37,6 +38,8 @@ void FenPlaylistController::loadView(QWidget& view) {
     playlistView->setPalette(rows);
     playlistView->setDataCell(std::make_unique<PlaylistEntryCell>());
     setUpTable();
+    app::dressInSkin(*playlistView);
+    app::dressInSkin(*playlistSelector);
     playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());
     playlistSelector->setDataSource(this);
     playlistSelector->setAction([this] { playlistNameChange(); });

@@ -1,5 +1,6 @@
 #include "app/FenReleaseNotesController.h"
 
+#include "app/Skin.h"
 #include "platform/cocoa/Bundle.h"
 #include "platform/cocoa/RichText.h"
 #include "ui_ReleaseNotesView.h"
@@ -18,9 +19,7 @@ void FenReleaseNotesController::loadView(QWidget& view) {
     Ui::ReleaseNotesView layout;
     layout.setupUi(&view);
     releaseNotesView = layout.releaseNotesView;
-    QPalette paper = releaseNotesView->palette();
-    paper.setColor(QPalette::Base, QColor(0x22, 0x22, 0x22));
-    releaseNotesView->setPalette(paper);
+    app::dressInSkin(*releaseNotesView);
     releaseNotesView->document()->setDocumentMargin(textMargin);
 }
 

@@ -253,7 +253,9 @@ bool readRtf(const QByteArray& rtf, QTextDocument& document) {
 bool readRTFDFromFile(QTextEdit& view, const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return false;
-    return readRtf(file.read(mostBytes + 1), *view.document());
+    const bool read = readRtf(file.read(mostBytes + 1), *view.document());
+    view.moveCursor(QTextCursor::Start); // the view would begin where writing ended
+    return read;
 }
 
 } // namespace cocoa
