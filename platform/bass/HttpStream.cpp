@@ -49,6 +49,7 @@ bool HttpStream::connect(std::int64_t offset) {
     waitAtMost(connectLimit);
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "http,https,tcp,tls,crypto,httpproxy", 0);
+    av_dict_set(&options, "tls_verify", "1", 0); // off, unless it is asked for
     av_dict_set(&options, "user_agent", "Tulplayer", 0);
     av_dict_set_int(&options, "offset", offset, 0);
     const AVIOInterruptCB callback = {mustStop, this};
@@ -70,6 +71,7 @@ bool HttpStream::connect(std::int64_t offset) {
 
 int HttpStream::read(std::span<std::uint8_t> out) {
     while (!interrupted()) {
+        if (!connection_ && size_ >= 0 && offset_ >= size_) return AVERROR_EOF;
         if (!connection_ && !resume()) return AVERROR(EIO);
         waitAtMost(silenceLimit);
         const int count = avio_read_partial(connection_.get(), out.data(), static_cast<int>(out.size()));
