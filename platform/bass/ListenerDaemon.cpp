@@ -138,9 +138,11 @@ void ListenerDaemon::turn() {
     MHD_run(m_daemon);
 }
 
-void ListenerDaemon::pagesCame() {
+bool ListenerDaemon::handOut() {
+    bool all = true;
     for (auto& [handle, connection] : m_connections)
-        if (connection.listens) sendPages(connection);
+        if (connection.listens && !sendPages(connection)) all = false;
+    return all;
 }
 
 void ListenerDaemon::dropSilentOnes() {
@@ -205,17 +207,18 @@ void ListenerDaemon::sendHead(Connection& connection) const {
     connection.leaves = sent != static_cast<ssize_t>(head.size());
 }
 
-void ListenerDaemon::sendPages(Connection& connection) {
+/// False when the socket takes no more for now, as below.
+bool ListenerDaemon::sendPages(Connection& connection) {
     while (!connection.leaves) {
         const PageQueue::Reading reading = m_pages.read(connection.place);
         if (reading.leave) break;
-        if (reading.count == 0) return;
-        if (!send(connection, reading)) return;
+        if (reading.count == 0) return true;
+        if (!send(connection, reading)) return false;
     }
     close(connection);
+    return true;
 }
 
-/// False when the socket takes no more for now.
 bool ListenerDaemon::send(Connection& connection, const PageQueue::Reading& reading) {
     std::array<iovec, PageQueue::Reading::most> parts{};
     std::size_t skipped = connection.sent;

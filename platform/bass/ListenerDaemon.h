@@ -32,9 +32,9 @@ public:
     /// When `turn` has work at the latest.
     int timeoutMs() const;
     void turn();
-    /// Sends every listener what it lacks, and drops who is too far behind or has left. What a socket does
-    /// not take now is sent with the next pages.
-    void pagesCame();
+    /// Sends every listener what it lacks, and drops who is too far behind or has left. False when a socket
+    /// did not take all.
+    [[nodiscard]] bool handOut();
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -62,7 +62,7 @@ private:
     void closed(MHD_Connection* handle);
     int answer(MHD_Connection* handle, const Request& request);
     void sendHead(Connection& connection) const;
-    void sendPages(Connection& connection);
+    bool sendPages(Connection& connection);
     bool send(Connection& connection, const PageQueue::Reading& reading);
     static void close(Connection& connection);
     void dropSilentOnes();

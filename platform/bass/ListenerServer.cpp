@@ -69,8 +69,7 @@ void ListenerServer::run(const std::stop_token& stop) {
         eventfd_t count = 0;
         if (waiting[1].revents != 0 && eventfd_read(m_wake.get(), &count) == 0) pagesWait = true;
         if (pagesWait && Clock::now() >= next) {
-            m_daemon->pagesCame();
-            pagesWait = false;
+            pagesWait = !m_daemon->handOut();
             next = Clock::now() + handOutEvery;
         }
         m_daemon->turn();
