@@ -102,7 +102,7 @@ std::vector<std::int16_t> SoundServer::recorded() const {
     if (!std::filesystem::exists(m_recording)) return {};
     const std::string bytes = readFile(m_recording);
     std::vector<std::int16_t> samples(bytes.size() / 4 * 2);
-    std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(std::int16_t));
+    if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(std::int16_t));
     return samples;
 }
 
