@@ -140,7 +140,8 @@ void ComboBox::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Up:
         return showPopup();
     default:
-        QCoreApplication::sendEvent(lineEdit(), event);
+        // Not sent: what the line edit leaves would come back up to this widget, without end.
+        lineEdit()->event(event);
     }
 }
 
