@@ -42,7 +42,11 @@ void FenPlaylistController::loadView(QWidget& view) {
     app::dressInSkin(*playlistSelector);
     playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());
     playlistSelector->setDataSource(this);
-    playlistSelector->setAction([this] { playlistNameChange(); });
+    playlistSelector->setAction([this] {
+        playlistNameChange();
+        // The name is given: the keys are the player's again, not the text's.
+        if (playlistSelector->hasFocus()) playlistView->setFocus();
+    });
     reloadPlaylistData();
 }
 
