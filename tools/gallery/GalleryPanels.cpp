@@ -1,4 +1,4 @@
-#include "tests/controls/GalleryPanels.h"
+#include "tools/gallery/GalleryPanels.h"
 
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "controls/ImageBasedView.h"

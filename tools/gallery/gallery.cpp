@@ -5,7 +5,7 @@
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "platform/cocoa/Image.h"
-#include "tests/controls/GalleryPanels.h"
+#include "tools/gallery/GalleryPanels.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
