@@ -1,0 +1,389 @@
+// The whole program as a person uses it: the real executable on a real screen, worked by mouse and keyboard,
+// and judged by what is seen, heard, announced and found on the disk.
+
+#include "tests/cocoa/NotificationServer.h"
+#include "tests/support/Desk.h"
+#include "tests/support/HttpServer.h"
+#include "tests/support/Media.h"
+
+#include <QDBusConnection>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace {
+
+using support::Desk;
+
+/// Where things are in the window, in points.
+namespace place {
+constexpr QPoint minimise{336, 15};
+constexpr QPoint close{360, 15};
+constexpr QPoint playPause{190, 132};
+constexpr QPoint next{234, 132};
+constexpr QPoint selector{100, 569};
+constexpr QPoint selectorArrow{352, 569};
+constexpr QPoint notesDot{202, 591};
+constexpr QRect pageName{60, 5, 260, 20};
+constexpr QRect time{4, 50, 64, 22};
+constexpr QRect title{78, 43, 224, 18};
+constexpr QRect spectrum{322, 64, 45, 25};
+constexpr QRect page{0, 166, 380, 382};
+constexpr QRect underSelector{30, 584, 120, 40};
+constexpr QPoint position(double fraction) {
+    return {18 + static_cast<int>(fraction * 344), 100};
+}
+constexpr QPoint volume(double fraction) {
+    return {18 + static_cast<int>(fraction * 92), 132};
+}
+constexpr QPoint row(int index) {
+    return {150, 166 + 55 * index + 28};
+}
+/// Its two lines of text.
+constexpr QRect rowText(int index) {
+    return {30, 166 + 55 * index + 6, 285, 44};
+}
+} // namespace place
+
+bool isInk(QRgb pixel) {
+    return std::max({qRed(pixel), qGreen(pixel), qBlue(pixel)}) > 130;
+}
+
+int ink(const QImage& image) {
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            count += isInk(image.pixel(x, y)) ? 1 : 0;
+    return count;
+}
+
+/// Whether both show the same text, in whatever colours.
+bool sameText(const QImage& one, const QImage& other) {
+    int differing = 0;
+    for (int y = 0; y < one.height(); ++y)
+        for (int x = 0; x < one.width(); ++x)
+            differing += isInk(one.pixel(x, y)) != isInk(other.pixel(x, y)) ? 1 : 0;
+    return ink(one) > 0 && differing < ink(one) / 4;
+}
+
+/// Whether most of what is written there is yellow.
+bool isActive(const QImage& row) {
+    int yellow = 0;
+    for (int y = 0; y < row.height(); ++y)
+        for (int x = 0; x < row.width(); ++x) {
+            const QRgb pixel = row.pixel(x, y);
+            yellow += isInk(pixel) && qRed(pixel) > qBlue(pixel) ? 1 : 0;
+        }
+    return yellow > ink(row) / 2;
+}
+
+/// A tone as a file of the kind that `name` ends in, by the format's own encoder.
+QString makeTrack(const std::string& name, const std::vector<double>& tones, double secondsEach,
+                  const std::string& cover = {}) {
+    std::vector<std::int16_t> samples;
+    for (const double hertz : tones) {
+        const auto part = support::sine(hertz, static_cast<std::size_t>(secondsEach * 44100));
+        samples.insert(samples.end(), part.begin(), part.end());
+    }
+    const auto wav = support::writeWav(support::scratch() / "raw.wav", samples).string();
+    const auto path = (support::scratch() / name).string();
+    const auto title = name.substr(0, name.find('.'));
+    if (name.ends_with(".flac")) {
+        std::vector<std::string> command{
+            "flac", "-s", "-f", "-T", "TITLE=" + title, "-T", "ARTIST=Trees & Co"};
+        if (!cover.empty()) command.push_back("--picture=" + cover);
+        command.insert(command.end(), {"-o", path, wav});
+        support::run(command);
+    } else if (name.ends_with(".mp3")) {
+        support::run({"lame", "--quiet", "--tt", title, "--ta", "Trees", wav, path});
+    } else {
+        support::run({"opusenc", "--quiet", "--title", title, "--artist", "Trees", wav, path});
+    }
+    return QString::fromStdString(path);
+}
+
+std::string makeCover() {
+    const auto ppm = support::scratch() / "cover.ppm";
+    std::string pixels;
+    for (int i = 0; i < 64 * 64; ++i)
+        pixels += "\xc8\x32\x28";
+    support::writeFile(ppm, "P6\n64 64\n255\n" + pixels);
+    const auto png = support::scratch() / "cover.png";
+    support::run({"ffmpeg", "-y", "-i", ppm.string(), png.string()});
+    return png.string();
+}
+
+bool isCoverColour(QRgb pixel) {
+    return std::abs(qRed(pixel) - 0xc8) + std::abs(qGreen(pixel) - 0x32) + std::abs(qBlue(pixel) - 0x28) < 12;
+}
+
+class RoadTest : public testing::Test {
+protected:
+    void start(const QStringList& files = {}) { desk.start(QStringLiteral(TUL_PLAYER), files); }
+    QStringList threeTracks() {
+        return {makeTrack("Alder.flac", {440, 880}, 20), makeTrack("Birch in May.opus", {600}, 40),
+                makeTrack("Cedar.mp3", {1500}, 40)};
+    }
+    bool hears(double hertz) {
+        return Desk::until([&] { return desk.hears(hertz); });
+    }
+    bool showsRows(int count) {
+        return Desk::until([&] {
+            return (count == 0 || ink(desk.seen(place::rowText(count - 1))) > 0) &&
+                   ink(desk.seen(place::rowText(count))) == 0;
+        });
+    }
+    bool rowShows(int row, const QImage& text) {
+        return Desk::until([&] { return sameText(text, desk.seen(place::rowText(row))); });
+    }
+    bool showsDialog(const char* title) {
+        return Desk::until([&] { return desk.activeWindow().startsWith(QLatin1String(title)); });
+    }
+    /// Into the dialog that `keys` bring.
+    void answer(const std::string& keys, const char* dialog, const std::string& text) {
+        desk.key(keys);
+        ASSERT_TRUE(showsDialog(dialog));
+        desk.type(text);
+        desk.key("Return");
+        ASSERT_TRUE(showsDialog("Tulplayer"));
+    }
+    void renameList(const std::string& name) {
+        desk.click(place::selector);
+        desk.key("ctrl+a");
+        desk.type(name);
+        desk.key("Return");
+    }
+    /// In the selector.
+    void chooseFirstList() {
+        const QImage closed = desk.seen(place::underSelector);
+        desk.click(place::selectorArrow);
+        ASSERT_TRUE(Desk::until([&] { return desk.seen(place::underSelector) != closed; }));
+        desk.key("Home");
+        desk.key("Return");
+    }
+    static std::string documentPath(const std::string& name) {
+        return std::string(std::getenv("HOME")) + "/Documents/" + name;
+    }
+    static std::string document(const std::string& name) {
+        const std::filesystem::path path = documentPath(name);
+        return std::filesystem::exists(path) ? support::readFile(path) : std::string();
+    }
+
+    Desk desk;
+};
+
+TEST_F(RoadTest, FilesAreAddedPlayedPausedSoughtAndPassed) {
+    const QStringList tracks = threeTracks();
+    start();
+    EXPECT_EQ(ink(desk.seen(place::time)), 0) << "nothing has played yet";
+    std::string names;
+    for (const QString& track : tracks)
+        names += '"' + track.toStdString() + "\" ";
+    answer("ctrl+o", "Add a file to the current playlist", names);
+    ASSERT_TRUE(showsRows(3));
+    EXPECT_FALSE(desk.hears(440)) << "adding plays nothing";
+
+    const QImage idleButton = desk.seen(QRect(170, 112, 40, 40));
+    desk.doubleClick(place::row(1));
+    ASSERT_TRUE(hears(600));
+    EXPECT_TRUE(Desk::until([&] {
+        return isActive(desk.seen(place::rowText(1))) && ink(desk.seen(place::time)) > 0 &&
+               ink(desk.seen(place::title)) > 0;
+    }));
+    EXPECT_FALSE(isActive(desk.seen(place::rowText(0))));
+
+    const auto loudness = desk.loudness(desk.recordedFrames() - 4410);
+    const double full = *std::max_element(loudness.begin(), loudness.end());
+    EXPECT_NEAR(full, 0.5 * 0.5 * std::sqrt(0.5), 0.02) << "half of the loudness, at first";
+    const std::size_t pausedAt = desk.recordedFrames();
+    desk.click(place::playPause);
+    const auto silent = [&] {
+        const auto heard = desk.loudness(pausedAt);
+        return heard.size() > 10 && *std::max_element(heard.end() - 10, heard.end()) < 0.001;
+    };
+    ASSERT_TRUE(Desk::until(silent));
+    EXPECT_TRUE(Desk::until([&] { return ink(desk.seen(place::time)) == 0; }));
+    int fading = 0;
+    double before = full;
+    for (const double now : desk.loudness(pausedAt)) {
+        EXPECT_LT(now, before + 0.02) << "it only grows quieter";
+        before = now;
+        fading += now > 0.05 * full && now < 0.95 * full ? 1 : 0;
+    }
+    EXPECT_GE(fading, 11) << "a fade of 300 ms, in steps of 20";
+    EXPECT_LE(fading, 17);
+    desk.key("space");
+    ASSERT_TRUE(hears(600));
+    EXPECT_NEAR(desk.loudness(desk.recordedFrames() - 1764).front(), full, 0.02);
+    EXPECT_TRUE(Desk::until([&] { return ink(desk.seen(place::time)) > 0; }));
+
+    desk.click(place::next);
+    ASSERT_TRUE(hears(1500));
+    desk.click(place::next);
+    ASSERT_TRUE(hears(440)) << "past the last the list begins again";
+    EXPECT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
+    desk.click(place::position(0.75));
+    EXPECT_TRUE(hears(880)) << "its second half";
+    desk.press(place::volume(0.5));
+    desk.moveTo(place::volume(0.2));
+    desk.moveTo(place::volume(0.0));
+    desk.release();
+    EXPECT_TRUE(Desk::until([&] { return desk.loudness(desk.recordedFrames() - 4410).back() < 0.001; }));
+}
+
+TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
+    const std::string tone = support::readFile(
+        support::writeWav(support::scratch() / "radio.wav", support::sine(2200, 40 * 44100)));
+    support::HttpServer radio([&](auto& client) { support::HttpServer::sendFile(client, tone); });
+    start(threeTracks());
+    ASSERT_TRUE(showsRows(3));
+    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
+    const QImage alder = desk.seen(place::rowText(0));
+    const QImage birch = desk.seen(place::rowText(1));
+    const QImage cedar = desk.seen(place::rowText(2));
+    ASSERT_FALSE(sameText(alder, birch) || sameText(birch, cedar));
+
+    desk.press(place::row(0));
+    desk.moveTo(place::row(0) + QPoint(10, 20));
+    desk.moveTo(place::row(1));
+    desk.moveTo(place::row(2));
+    ASSERT_TRUE(Desk::until([&] { return !sameText(cedar, desk.seen(place::rowText(2))); }))
+        << "the row in the hand covers it";
+    desk.release();
+    desk.moveTo(place::title.center());
+    EXPECT_TRUE(rowShows(0, birch));
+
+    EXPECT_TRUE(rowShows(1, cedar));
+    EXPECT_TRUE(rowShows(2, alder));
+
+    renameList("Road trip");
+    answer("ctrl+s", "Save playlist...", documentPath("road.tuq"));
+    ASSERT_TRUE(
+        Desk::until([] { return document("playlists.json").find("Road trip") != std::string::npos; }));
+    const std::string saved = document("road.tuq");
+    EXPECT_LT(saved.find("Birch in May.opus"), saved.find("Cedar.mp3"));
+    EXPECT_LT(saved.find("Cedar.mp3"), saved.find("Alder.flac"));
+    EXPECT_NE(saved.find("Alder.flac"), std::string::npos);
+    EXPECT_NE(saved.find("Road trip"), std::string::npos);
+
+    desk.key("ctrl+n");
+    ASSERT_TRUE(showsRows(0));
+    EXPECT_TRUE(hears(440)) << "clearing leaves what plays";
+    answer("ctrl+u", "Stream address", radio.url("/tone.wav"));
+    ASSERT_TRUE(showsRows(1));
+    desk.doubleClick(place::row(0));
+    EXPECT_TRUE(hears(2200));
+    renameList("Radio");
+    answer("ctrl+s", "Save playlist...", documentPath("radio"));
+    ASSERT_TRUE(Desk::until([] { return document("playlists.json").find("Radio") != std::string::npos; }));
+    EXPECT_NE(document("radio.tuq").find(radio.url("/tone.wav")), std::string::npos);
+
+    chooseFirstList();
+    ASSERT_TRUE(showsRows(3));
+    EXPECT_TRUE(rowShows(0, birch) && rowShows(1, cedar) && rowShows(2, alder));
+    EXPECT_TRUE(desk.hears(2200)) << "choosing a list leaves what plays";
+
+    desk.click(place::close);
+    ASSERT_TRUE(desk.ended());
+    start();
+    EXPECT_TRUE(showsRows(0));
+    chooseFirstList();
+    ASSERT_TRUE(showsRows(3));
+    EXPECT_TRUE(rowShows(0, birch) && rowShows(1, cedar) && rowShows(2, alder));
+    desk.doubleClick(place::row(1));
+    EXPECT_TRUE(hears(1500));
+    answer("ctrl+l", "Open a playlist file", documentPath("radio.tuq"));
+    EXPECT_TRUE(showsRows(1));
+}
+
+TEST_F(RoadTest, PagesTurnTheSpectrumRestsAndAMinimisedWindowPlaysOn) {
+    start({makeTrack("Elder.flac", {2000}, 110, makeCover())});
+    ASSERT_TRUE(hears(2000));
+    ASSERT_TRUE(showsRows(1));
+    const auto page = [&] { return desk.seen(place::page); };
+    const QImage listName = desk.seen(place::pageName);
+    const auto name = [&] { return desk.seen(place::pageName); };
+
+    desk.key("ctrl+2");
+    ASSERT_TRUE(Desk::until([&] { return isCoverColour(page().pixel(page().rect().center())); }));
+    ASSERT_TRUE(Desk::until([&] { return !sameText(listName, name()); }));
+    const QImage coverName = name();
+    desk.click(place::notesDot);
+    ASSERT_TRUE(Desk::until(
+        [&] { return !sameText(coverName, name()) && !sameText(listName, name()) && ink(page()) > 1000; }));
+    EXPECT_FALSE(isCoverColour(page().pixel(page().rect().center())));
+    desk.key("ctrl+1");
+    ASSERT_TRUE(
+        Desk::until([&] { return sameText(listName, name()) && ink(desk.seen(place::rowText(0))) > 0; }));
+
+    const auto bars = [&] { return ink(desk.seen(place::spectrum)); };
+    ASSERT_TRUE(Desk::until([&] { return bars() > 20; }));
+    desk.key("ctrl+e");
+    ASSERT_TRUE(Desk::until([&] { return bars() == 0; }));
+    desk.key("ctrl+e");
+    ASSERT_TRUE(Desk::until([&] { return bars() > 20; }));
+
+    desk.click(place::minimise);
+    ASSERT_TRUE(Desk::until([&] { return ink(page()) == 0 && ink(name()) == 0 && bars() == 0; }));
+    EXPECT_TRUE(desk.hears(2000));
+    desk.turnBack();
+    EXPECT_TRUE(Desk::until([&] { return sameText(listName, name()) && bars() > 20; }));
+    desk.key("ctrl+q");
+    EXPECT_TRUE(desk.ended());
+}
+
+TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
+    NotificationServer notifications;
+    QDBusConnection bus = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                                        QStringLiteral("notifications"));
+    ASSERT_TRUE(bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &notifications,
+                                   QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(bus.registerService(QStringLiteral("org.freedesktop.Notifications")));
+    const auto& received = notifications.received;
+    const QString last = makeTrack("Elm & Oak.flac", {600}, 100, makeCover());
+    start({makeTrack("Alder.flac", {440}, 12), last});
+    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(Desk::until([&] { return ink(desk.seen(place::title)) > 0; }));
+    const QImage firstTitle = desk.seen(place::title);
+    desk.turnAway();
+    ASSERT_TRUE(desk.hears(440)) << "this machine is too slow for a track of 12 seconds";
+    ASSERT_TRUE(hears(600));
+    ASSERT_TRUE(Desk::until([&] { return !received.empty(); }));
+    EXPECT_EQ(received.front().application, "Tulplayer");
+    EXPECT_EQ(received.front().title, "Elm & Oak") << "not the song that began before their eyes";
+    EXPECT_EQ(received.front().body, "Trees &amp; Co") << "the body is markup";
+    EXPECT_EQ(received.front().replaces, 0U);
+    EXPECT_EQ(received.front().hints.value("desktop-entry"), "tulplayer");
+    const auto data = received.front().hints.value("image-data").value<QDBusArgument>();
+    int width = 0;
+    int height = 0;
+    int stride = 0;
+    int bits = 0;
+    int channels = 0;
+    bool alpha = false;
+    QByteArray bytes;
+    data.beginStructure();
+    data >> width >> height >> stride >> alpha >> bits >> channels >> bytes;
+    data.endStructure();
+    EXPECT_EQ(QSize(width, height), QSize(64, 64));
+    ASSERT_EQ(bytes.size(), qsizetype{64} * stride);
+    const auto* middle = reinterpret_cast<const uchar*>(bytes.constData()) + 32 * stride + 32 * channels;
+    EXPECT_TRUE(isCoverColour(qRgb(middle[0], middle[1], middle[2])));
+
+    desk.turnBack();
+    desk.click(place::next);
+    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(Desk::until([&] { return sameText(firstTitle, desk.seen(place::title)); }));
+    desk.turnAway();
+    ASSERT_TRUE(hears(600));
+    ASSERT_TRUE(Desk::until([&] { return received.size() > 1; }));
+    EXPECT_EQ(received.size(), 2U);
+    EXPECT_EQ(received.back().title, "Elm & Oak") << "nothing was said of the one before";
+    EXPECT_EQ(received.back().replaces, 41U) << "it takes the place of the first";
+}
+
+} // namespace
