@@ -14,6 +14,7 @@ class CustomWindow;
 class FenCoverArtController;
 class FenPlaylistController;
 class FenReleaseNotesController;
+class QAction;
 class QMenu;
 class QPoint;
 class TulPlayer;
@@ -66,6 +67,8 @@ public:
     void clearPlaylist();
     void openStream();
     void toggleSpectrumAnalyzer();
+    /// Lets other machines hear what plays, until asked again. The menu tells where.
+    void toggleNetworkSharing();
 
     void performFastUpdate();
     void performSlowUpdate();
@@ -80,12 +83,14 @@ private:
     void connectControls(Ui::MainWindow& layout);
     void makeMenu();
     void showMenuAt(const QPoint& place);
+    QString sharingTitle() const;
     void addFiles(const QStringList& paths);
     void readEntries(const std::vector<std::string>& sources);
     void openPlaylistFile(const QString& path);
 
     app::PageDots* m_pageDots = nullptr;
     std::unique_ptr<QMenu> m_menu;
+    QAction* m_sharing = nullptr; ///< The menu's.
     std::unique_ptr<cocoa::Timer> m_slowTimer;
     std::unique_ptr<cocoa::Timer> m_fastTimer;
 };

@@ -5,6 +5,7 @@
 #include "app/FenPlaylistController.h"
 #include "app/ReadingDialog.h"
 #include "controls/CustomWindow.h"
+#include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/Alert.h"
 #include "platform/cocoa/OpenPanel.h"
@@ -110,6 +111,12 @@ void FenAppDelegate::openStream() {
     if (alert.runModal() != cocoa::Alert::defaultReturn) return;
     player->playlist->addEntry(address.text().toStdString());
     playlistController->reloadPlaylistData();
+}
+
+void FenAppDelegate::toggleNetworkSharing() {
+    player->networkSharingEnabled = !player->networkSharingEnabled;
+    if (!player->networkSharingEnabled) return player->networkSharing->stop();
+    if (player->stream) player->networkSharing->start(*player->stream);
 }
 
 void FenAppDelegate::toggleSpectrumAnalyzer() {

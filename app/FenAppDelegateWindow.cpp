@@ -7,12 +7,14 @@
 #include "app/Skin.h"
 #include "app/TextField.h"
 #include "controls/CustomWindow.h"
+#include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/PageController.h"
 #include "ui_MainWindow.h"
 
 #include <QIcon>
 #include <QMenu>
+#include <QSysInfo>
 
 namespace {
 
@@ -95,6 +97,7 @@ void FenAppDelegate::makeMenu() {
         QObject::connect(item, &QAction::triggered, window.get(), std::move(action));
         // The keys work while the menu is closed, too.
         window->addAction(item);
+        return item;
     };
     command(QStringLiteral("Add Files…"), QKeySequence::Open, [this] { openDocument(); });
     command(QStringLiteral("Add Stream…"), Qt::CTRL | Qt::Key_U, [this] { openStream(); });
@@ -108,6 +111,9 @@ void FenAppDelegate::makeMenu() {
     command(QStringLiteral("Previous"), Qt::CTRL | Qt::Key_Left, [this] { playerController->previous(); });
     command(QStringLiteral("Spectrum On or Off"), Qt::CTRL | Qt::Key_E, [this] { toggleSpectrumAnalyzer(); });
     m_menu->addSeparator();
+    m_sharing = command(QString(), {}, [this] { toggleNetworkSharing(); });
+    m_sharing->setCheckable(true);
+    m_menu->addSeparator();
     command(QStringLiteral("Playlist"), Qt::CTRL | Qt::Key_1, [this] { pageController->turnToPage(0); });
     command(QStringLiteral("Cover Art"), Qt::CTRL | Qt::Key_2, [this] { pageController->turnToPage(1); });
     command(QStringLiteral("Release Notes"), Qt::CTRL | Qt::Key_3, [this] { pageController->turnToPage(2); });
@@ -117,5 +123,14 @@ void FenAppDelegate::makeMenu() {
 }
 
 void FenAppDelegate::showMenuAt(const QPoint& place) {
+    m_sharing->setText(sharingTitle());
+    m_sharing->setChecked(player->networkSharingEnabled);
     m_menu->popup(place);
+}
+
+QString FenAppDelegate::sharingTitle() const {
+    if (const std::uint32_t port = player->networkSharing->port; port != 0)
+        return QStringLiteral("Shared at http://%1:%2/").arg(QSysInfo::machineHostName()).arg(port);
+    const bool failed = player->networkSharingEnabled && player->stream;
+    return failed ? QStringLiteral("Sharing Is Not Possible Now") : QStringLiteral("Share on the Network");
 }
