@@ -1,30 +1,42 @@
 #include "app/CommandLine.h"
 
-#include <QDir>
-#include <QUrl>
+#include <QByteArray>
+
+#include <filesystem>
+#include <string_view>
 
 namespace app {
 namespace {
 
-QString absoluteSource(const QString& argument) {
-    if (argument.startsWith(QLatin1String("file://"))) return QUrl(argument).toLocalFile();
-    if (argument.contains(QLatin1String("://"))) return argument;
-    return QDir::cleanPath(QDir::current().absoluteFilePath(argument));
+constexpr std::string_view fileScheme = "file://";
+
+/// The path of a `file:` address, whose host, if there is one, is this machine.
+std::string localPath(std::string_view address) {
+    const std::string_view rest = address.substr(fileScheme.size());
+    const std::string_view path = rest.substr(std::min(rest.find('/'), rest.size()));
+    return QByteArray::fromPercentEncoding(QByteArray(path.data(), static_cast<qsizetype>(path.size())))
+        .toStdString();
+}
+
+std::string absoluteSource(const std::string& argument) {
+    if (argument.starts_with(fileScheme)) return localPath(argument);
+    if (argument.find("://") != std::string::npos) return argument;
+    return std::filesystem::absolute(argument).lexically_normal().string();
 }
 
 } // namespace
 
-CommandLine CommandLine::parse(const QStringList& arguments) {
+CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
     CommandLine line;
     bool optionsEnded = false;
-    for (qsizetype i = 1; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (!optionsEnded && argument == QLatin1String("--")) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        if (!optionsEnded && argument == "--") {
             optionsEnded = true;
-        } else if (!optionsEnded && argument == QLatin1String("--demo") && i + 1 < arguments.size()) {
+        } else if (!optionsEnded && argument == "--demo" && i + 1 < arguments.size()) {
             line.demoScreenshot = arguments[++i];
-        } else {
-            line.sources << absoluteSource(argument);
+        } else if (!argument.empty()) {
+            line.sources.push_back(absoluteSource(argument));
         }
     }
     return line;

@@ -1,19 +1,21 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include <string>
+#include <vector>
 
 namespace app {
 
 /// What the program was started with.
 struct CommandLine {
-    /// Absolute paths and addresses, in order: playlists are opened, everything else is appended.
-    QStringList sources;
+    /// Absolute paths and addresses, in order: playlists are opened, everything else is appended. Paths are
+    /// bytes, whatever they hold.
+    std::vector<std::string> sources;
     /// Where the demonstration run leaves its screenshot; empty for an ordinary start.
-    QString demoScreenshot;
+    std::string demoScreenshot;
 
-    /// Relative paths are taken from the working directory; `file:` addresses become paths.
-    static CommandLine parse(const QStringList& arguments);
+    /// `arguments` without the program's name. Relative paths are taken from the working directory; `file:`
+    /// addresses become paths.
+    static CommandLine parse(const std::vector<std::string>& arguments);
 };
 
 } // namespace app

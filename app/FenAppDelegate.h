@@ -59,7 +59,7 @@ public:
 
     /// What the program was started with: playlists are opened, everything else is appended, and the first of
     /// it plays.
-    void openSources(const QStringList& sources);
+    void openSources(const std::vector<std::string>& sources);
 
     void openDocument();
     void openPlaylist();
@@ -86,7 +86,7 @@ private:
     QString sharingTitle() const;
     void addFiles(const QStringList& paths);
     void readEntries(const std::vector<std::string>& sources);
-    void openPlaylistFile(const QString& path);
+    void openPlaylistFile(const std::string& path);
 
     app::PageDots* m_pageDots = nullptr;
     std::unique_ptr<QMenu> m_menu;

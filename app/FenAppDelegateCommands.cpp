@@ -12,9 +12,10 @@
 #include "platform/cocoa/SavePanel.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QLineEdit>
 #include <QStandardPaths>
+
+#include <filesystem>
 
 namespace {
 
@@ -29,18 +30,25 @@ const QStringList playlistTypes{QStringLiteral("tuq"), QStringLiteral("tuv"), QS
 const QString playlistDescription = QStringLiteral("Playlists");
 constexpr QSize addressFieldSize{300, 48};
 
-/// The bytes of the path without symbolic links; of a file that is not there yet, its folder's.
-std::string resolved(const QString& path) {
-    const QFileInfo file(path);
-    if (const QString canonical = file.canonicalFilePath(); !canonical.isEmpty())
-        return QFile::encodeName(canonical).toStdString();
-    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
-    return QFile::encodeName(folder.isEmpty() ? path : folder + u'/' + file.fileName()).toStdString();
+std::string bytesOf(const QString& path) {
+    return QFile::encodeName(path).toStdString();
 }
 
-bool isPlaylist(const QString& source) {
-    return !source.contains(QStringLiteral("://")) &&
-           playlistTypes.contains(QFileInfo(source).suffix().toLower());
+/// The path without symbolic links, as far as it exists.
+std::string resolved(const std::string& path) {
+    std::error_code failed;
+    const auto canonical = std::filesystem::weakly_canonical(path, failed);
+    return failed ? path : canonical.string();
+}
+
+bool isAddress(const std::string& source) {
+    return source.find("://") != std::string::npos;
+}
+
+bool isPlaylist(const std::string& source) {
+    const auto suffix = std::filesystem::path(source).extension().string();
+    return !isAddress(source) && !suffix.empty() &&
+           playlistTypes.contains(QString::fromStdString(suffix.substr(1)).toLower());
 }
 
 } // namespace
@@ -57,7 +65,7 @@ void FenAppDelegate::openDocument() {
 void FenAppDelegate::addFiles(const QStringList& paths) {
     std::vector<std::string> sources;
     for (const QString& path : paths)
-        sources.push_back(resolved(path));
+        sources.push_back(resolved(bytesOf(path)));
     readEntries(sources);
 }
 
@@ -73,11 +81,11 @@ void FenAppDelegate::openPlaylist() {
     panel.setAllowsMultipleSelection(false);
     panel.setAllowedFileTypes(playlistDescription, playlistTypes);
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    panel.beginSheetModalForWindow(*window,
-                                   [this](const QStringList& paths) { openPlaylistFile(paths.front()); });
+    panel.beginSheetModalForWindow(
+        *window, [this](const QStringList& paths) { openPlaylistFile(bytesOf(paths.front())); });
 }
 
-void FenAppDelegate::openPlaylistFile(const QString& path) {
+void FenAppDelegate::openPlaylistFile(const std::string& path) {
     app::ReadingDialog::whileShown(*player, *window, [&] { player->openPlaylist(resolved(path)); });
     playlistController->reloadPlaylistData();
 }
@@ -88,8 +96,8 @@ void FenAppDelegate::savePlaylist() {
     panel.setAllowedFileTypes(playlistDescription, {QStringLiteral("tuq")});
     panel.setNameFieldStringValue(QString::fromStdString(player->playlist->name));
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    panel.beginSheetModalForWindow(*window,
-                                   [this](const QString& path) { player->savePlaylist(resolved(path)); });
+    panel.beginSheetModalForWindow(
+        *window, [this](const QString& path) { player->savePlaylist(resolved(bytesOf(path))); });
 }
 
 void FenAppDelegate::clearPlaylist() {
@@ -123,14 +131,13 @@ void FenAppDelegate::toggleSpectrumAnalyzer() {
     playerController->toggleSpectrumAnalyzer();
 }
 
-void FenAppDelegate::openSources(const QStringList& sources) {
+void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
     std::vector<std::string> appended;
-    for (const QString& source : sources) {
+    for (const std::string& source : sources) {
         if (isPlaylist(source)) {
             openPlaylistFile(source);
         } else {
-            appended.push_back(source.contains(QStringLiteral("://")) ? source.toStdString()
-                                                                      : resolved(source));
+            appended.push_back(isAddress(source) ? source : resolved(source));
         }
     }
     if (appended.empty()) return;

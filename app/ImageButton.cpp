@@ -2,6 +2,8 @@
 
 #include "controls/Colours.h"
 
+#include <QKeyEvent>
+
 #include <utility>
 
 namespace app {
@@ -60,6 +62,11 @@ void ImageButton::enterEvent(QEnterEvent* event) {
 void ImageButton::leaveEvent(QEvent* event) {
     QAbstractButton::leaveEvent(event);
     update();
+}
+
+void ImageButton::keyPressEvent(QKeyEvent* event) {
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    enter ? click() : QAbstractButton::keyPressEvent(event);
 }
 
 } // namespace app

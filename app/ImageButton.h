@@ -8,7 +8,7 @@ namespace app {
 
 /// A button that is nothing but its picture; without one it is transparent and still clicks. Under the
 /// pointer it shows its hover picture or, without one, glows a little; pressed it dims; with the keyboard's
-/// focus it has a ring.
+/// focus it has a ring, and Enter clicks it: Space is the window's.
 class ImageButton : public QAbstractButton {
     Q_OBJECT
     /// Names of the pictures, for layout files.
@@ -30,6 +30,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QRectF centred(const cocoa::Image& image) const;

@@ -14,9 +14,9 @@ int main(int argc, char** argv) {
 
     FenAppDelegate delegate;
     delegate.applicationDidFinishLaunching();
-    const auto line = app::CommandLine::parse(QApplication::arguments());
+    const auto line = app::CommandLine::parse({argv + 1, argv + argc});
     delegate.openSources(line.sources);
     std::optional<app::DemoRun> demo;
-    if (!line.demoScreenshot.isEmpty()) demo.emplace(delegate, line.demoScreenshot);
+    if (!line.demoScreenshot.empty()) demo.emplace(delegate, QString::fromStdString(line.demoScreenshot));
     return QApplication::exec();
 }

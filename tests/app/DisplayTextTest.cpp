@@ -2,9 +2,9 @@
 #include "app/CommandLine.h"
 #include "app/CoverArtView.h"
 
-#include <QDir>
-
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 namespace {
 
@@ -26,12 +26,14 @@ TEST(DisplayText, ShowsAnyScriptAndNothingForBytesThatAreNoUtf8) {
 }
 
 TEST(CommandLine, TakesPathsFromTheWorkingFolderAndAddressesAsTheyAre) {
-    const QString here = QDir::currentPath();
-    const auto line = app::CommandLine::parse({"tulplayer", "a.mp3", "--demo", "shot.png", "http://host/live",
-                                               "/abs//b.ogg", "file:///c%20d.flac", "--", "--demo"});
+    const std::string here = std::filesystem::current_path().string();
+    const auto line =
+        app::CommandLine::parse({"a.mp3", "caf\xe9.mp3", "--demo", "shot.png", "http://host/live",
+                                 "/abs//b.ogg", "file:///c%20d.flac", "--", "--demo"});
     EXPECT_EQ(line.demoScreenshot, "shot.png");
-    EXPECT_EQ(line.sources, (QStringList{here + "/a.mp3", "http://host/live", "/abs/b.ogg", "/c d.flac",
-                                         here + "/--demo"}));
+    EXPECT_EQ(line.sources,
+              (std::vector<std::string>{here + "/a.mp3", here + "/caf\xe9.mp3", "http://host/live",
+                                        "/abs/b.ogg", "/c d.flac", here + "/--demo"}));
 }
 
 TEST(CoverArtView, KeepsThePicturesShapeInsideTheView) {
