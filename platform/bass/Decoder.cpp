@@ -39,6 +39,8 @@ std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
     // The first frame tells what headers only promise.
     if (decoder->fetch() != Status::more) return nullptr;
     decoder->rate_ = decoder->frame_->sample_rate;
+    // opusenc rounds up when it takes a source to 48 kHz: rounding down gives the source's count back.
+    if (decoder->codec_->codec_id == AV_CODEC_ID_OPUS) decoder->rounding_ = AV_ROUND_DOWN;
     decoder->firstByte_ = decoder->frame_->pkt_pos;
     decoder->origin_ = decoder->timeOfFrame().value_or(0);
     decoder->position_ = 0;
@@ -131,11 +133,6 @@ std::optional<std::int64_t> Decoder::timeOfFrame() const {
     return av_rescale_q(frame_->pts, demuxer_->stream().time_base, {1, frame_->sample_rate});
 }
 
-/// opusenc rounds up when it takes a source to 48 kHz: rounding down gives the source's count back.
-AVRounding Decoder::rounding() const {
-    return codec_->codec_id == AV_CODEC_ID_OPUS ? AV_ROUND_DOWN : AV_ROUND_NEAR_INF;
-}
-
 Status Decoder::feed() {
     const int result = demuxer_->next(*packet_);
     if (flac_ && result >= 0)
@@ -164,10 +161,12 @@ bool Decoder::seek(std::int64_t frame) {
     frame = std::max<std::int64_t>(frame, 0);
     if (length_) frame = std::min(frame, *length_);
     // Containers without an index land where they guess; too late is seen and tried again from earlier.
-    for (const std::int64_t seconds : {0, 1, 10})
-        if (seekWithin(frame, preroll() + seconds * rate_)) return true;
+    if (codec_)
+        for (const std::int64_t seconds : {0, 1, 10})
+            if (seekWithin(frame, preroll() + seconds * rate_)) return true;
     heardFrom_ = frame;
-    return restart();
+    ended_ = !restart(); // a file that was cut meanwhile cannot be opened again
+    return !ended_;
 }
 
 bool Decoder::seekWithin(std::int64_t frame, std::int64_t margin) {
@@ -189,8 +188,10 @@ bool Decoder::restart() {
     demuxer_.reset();
     if (bytes_.seek(0) != 0) return false;
     demuxer_ = Demuxer::open(bytes_, format_);
-    if (!demuxer_ || !openCodec()) return false;
-    ended_ = false;
+    if (!demuxer_ || !openCodec()) {
+        codec_.reset();
+        return false;
+    }
     position_ = nextPosition_ = 0;
     if (fetch() != Status::more) return false;
     takeOverTrimming();

@@ -26,7 +26,7 @@ public:
     [[nodiscard]] bool seek(std::int64_t frame);
     [[nodiscard]] int rate() const { return rate_; }
     /// How a count of frames is brought to another rate.
-    [[nodiscard]] AVRounding rounding() const;
+    [[nodiscard]] AVRounding rounding() const { return rounding_; }
     /// Frames at `rate`; none when the container does not know.
     [[nodiscard]] std::optional<std::int64_t> length() const { return length_; }
 
@@ -44,10 +44,11 @@ private:
     ByteSource& bytes_;
     Format format_;
     std::unique_ptr<Demuxer> demuxer_;
-    CodecContextPtr codec_;
+    CodecContextPtr codec_; ///< null, as `demuxer_`, once the sound could not be opened again
     PacketPtr packet_;
     FramePtr frame_;
-    int rate_ = 0;
+    int rate_ = 0; ///< fixed at opening, as the next two: any thread may ask
+    AVRounding rounding_ = AV_ROUND_NEAR_INF;
     std::optional<std::int64_t> length_;
     std::optional<flac::StreamInfo> flac_; ///< of a FLAC stream
     std::optional<std::int64_t> flacTime_; ///< what the packet sent last says of itself

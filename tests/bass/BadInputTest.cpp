@@ -121,6 +121,23 @@ TEST(BadInput, CutOrDamagedEndsWithoutHarm) {
     }
 }
 
+TEST(BadInput, CutWhileItPlaysEndsAndStaysHarmless) {
+    for (const auto& [name, command] : encoders) {
+        SCOPED_TRACE(name);
+        const fs::path path = scratchFile("cut", encoded(name, command));
+        const auto source = bass::openFile(path, Format::any);
+        ASSERT_TRUE(source);
+        const auto length = source->lengthFrames();
+        EXPECT_EQ(sounds::read(*source, 1000).frames(), 1000);
+        fs::resize_file(path, 0);
+        for (const std::int64_t frame : {50'000, 100}) {
+            static_cast<void>(source->seek(frame));
+            EXPECT_LE(sounds::read(*source).frames(), 60'000);
+        }
+        EXPECT_EQ(source->lengthFrames(), length);
+    }
+}
+
 TEST(BadInput, AnInterruptedSourceFails) {
     const fs::path sound = support::writeWav(support::scratch() / "long.wav", sounds::sweep(200'000));
     const auto source = bass::openFile(sound, Format::any);
