@@ -47,10 +47,7 @@ DWORD Channel::active() const {
 
 bool Channel::play(bool restart) {
     const Lock lock(m_mutex);
-    if (restart || (m_atEnd && !m_seek)) {
-        m_seek = 0;
-        m_atEnd = false;
-    }
+    if (restart || (m_atEnd && !m_seek)) m_seek = 0;
     if (m_state != State::playing) {
         m_state = State::playing;
         attachIfFilled(lock);
@@ -76,7 +73,6 @@ bool Channel::seek(std::int64_t frame) {
     if (!end) return false;
     const Lock lock(m_mutex);
     m_seek = std::clamp<std::int64_t>(frame, 0, *end);
-    m_atEnd = false;
     m_work.notify_all();
     return true;
 }
@@ -234,11 +230,8 @@ void Channel::seekSource(Lock& lock) {
     lock.lock();
     const bool replaced = m_seek != target;
     if (!replaced) m_seek.reset();
-    if (!sought) {
-        // Nothing is left of a source that cannot go back: it stays at its end.
-        if (m_decodedAll && !m_attached && m_state == State::playing) m_state = State::stopped;
-        return;
-    }
+    if (!sought) return stayAtEnd(lock);
+    m_atEnd = false;
     if (m_attached) {
         m_mixer.detach(*this);
         m_attached = false;
@@ -247,6 +240,19 @@ void Channel::seekSource(Lock& lock) {
     m_decodedAll = false;
     m_dry = false;
     startAt(lock, target);
+}
+
+/// A seek was refused. Nothing is left of a source that cannot go back.
+void Channel::stayAtEnd(const Lock& /*lock*/) {
+    if (!m_decodedAll || m_state != State::playing) return;
+    if (!m_attached) {
+        m_state = State::stopped;
+        return;
+    }
+    // Its end may have been heard, and dropped, while the seek was under way.
+    m_mixer.detach(*this);
+    m_endSent = false;
+    m_attached = m_mixer.attach(*this);
 }
 
 void Channel::readSource(Lock& lock, std::span<float> chunk, const std::stop_token& stop) {
@@ -287,8 +293,9 @@ void Channel::mix(std::span<float> out, std::uint64_t deviceFrame) noexcept {
     m_dry = frames < wanted && !ended;
     if (frames < wanted) m_broken = true;
     if (ended && !m_endSent) {
-        m_endSent = true;
-        m_mixer.post({MixEvent::Kind::end, m_handle, m_generation.load(), 0, 0, deviceFrame + frames});
+        // No room for it now: again with the next frames asked for.
+        m_endSent =
+            m_mixer.post({MixEvent::Kind::end, m_handle, m_generation.load(), 0, 0, deviceFrame + frames});
     }
     postEvents(deviceFrame + wanted);
 }

@@ -92,6 +92,7 @@ private:
 
     void decode(const std::stop_token& stop);
     void seekSource(Lock& lock);
+    void stayAtEnd(const Lock& lock);
     void readSource(Lock& lock, std::span<float> chunk, const std::stop_token& stop);
 
     void mixFrames(std::span<float> out, std::size_t frames) noexcept;

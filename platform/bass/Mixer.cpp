@@ -59,9 +59,10 @@ void Mixer::hurry() const noexcept {
     m_turn.fetch_add(1);
 }
 
-void Mixer::post(const MixEvent& event) noexcept {
-    m_events.push(event);
+bool Mixer::post(const MixEvent& event) noexcept {
+    const bool taken = m_events.push(event);
     m_onEvent();
+    return taken;
 }
 
 } // namespace bass

@@ -47,7 +47,8 @@ public:
     bool isReady(std::size_t frames) const noexcept override;
     void hurry() const noexcept override;
 
-    void post(const MixEvent& event) noexcept;
+    /// False when the sync thread is too far behind to take another.
+    bool post(const MixEvent& event) noexcept;
     std::optional<MixEvent> takeEvent() { return m_events.take(); }
 
 private:

@@ -2,6 +2,7 @@
 // gives it: the library opens its output once.
 
 #include "platform/bass/Fft.h"
+#include "platform/bass/Library.h"
 #include "platform/bass/bass.h"
 #include "tests/support/Media.h"
 #include "tests/support/WaitFor.h"
@@ -78,6 +79,31 @@ double largestStep(const std::vector<float>& stereo) {
         largest = std::max(largest, std::abs(static_cast<double>(stereo[i]) - stereo[i - 2]));
     return largest;
 }
+
+std::atomic<bool> seeking{false};
+std::atomic<bool> mayAnswer{false};
+
+/// A second of silence that refuses to seek, after a time.
+class OneWaySource : public bass::Source {
+public:
+    bass::ReadResult read(std::span<float> out) override {
+        const std::size_t frames = std::min(out.size() / 2, m_left);
+        std::fill_n(out.begin(), frames * 2, 0.0F);
+        m_left -= frames;
+        return {frames, m_left > 0 ? bass::ReadResult::Status::more : bass::ReadResult::Status::end};
+    }
+    bool seek(std::int64_t) override {
+        seeking = true;
+        EXPECT_TRUE(waitFor([] { return mayAnswer.load(); }));
+        seeking = false;
+        return false;
+    }
+    std::optional<std::int64_t> lengthFrames() const override { return bass::sampleRate; }
+    void interrupt() noexcept override {}
+
+private:
+    std::size_t m_left = bass::sampleRate;
+};
 
 class EngineTest : public testing::Test {
 protected:
@@ -201,6 +227,34 @@ TEST_F(EngineTest, PausedItWaitsWhereItWasHeardLast) {
 void freeItself(HSYNC, DWORD channel, DWORD, void*) {
     BASS_StreamFree(channel);
     ++ends;
+}
+
+TEST_F(EngineTest, ARefusedSeekLosesNoEnd) {
+    open("null");
+    const HSTREAM stream = bass::Library::instance().add(std::make_unique<OneWaySource>());
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    BASS_ChannelPlay(stream, 0);
+    // Asked for shortly before the end, answered when that has been heard.
+    ASSERT_TRUE(
+        waitFor([&] { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) > 30000 * bytesPerFrame; }));
+    ASSERT_TRUE(BASS_ChannelSetPosition(stream, 0, BASS_POS_BYTE));
+    ASSERT_TRUE(waitFor([] { return seeking.load(); }));
+    const HSTREAM clock = streamOf(Samples(bass::sampleRate * 2));
+    BASS_ChannelPlay(clock, 0);
+    ASSERT_TRUE(
+        waitFor([&] { return BASS_ChannelGetPosition(clock, BASS_POS_BYTE) > 25000 * bytesPerFrame; }));
+    mayAnswer = true;
+    EXPECT_TRUE(waitFor([] { return ends == 1; }));
+    EXPECT_EQ(BASS_ChannelIsActive(stream), BASS_ACTIVE_STOPPED);
+
+    ASSERT_TRUE(BASS_ChannelSetPosition(stream, 0, BASS_POS_BYTE));
+    ASSERT_TRUE(waitFor(
+        [&] { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) == bass::sampleRate * bytesPerFrame; }));
+    BASS_ChannelPlay(stream, 0);
+    EXPECT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_STOPPED; }))
+        << "it has nothing more to play";
+    EXPECT_EQ(ends, 1);
+    BASS_StreamFree(stream);
 }
 
 TEST_F(EngineTest, HandlesMayBeFreedFromEverywhereAtAnyTime) {
