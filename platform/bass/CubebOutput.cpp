@@ -27,7 +27,7 @@ std::unique_ptr<CubebOutput> CubebOutput::open(std::function<void()> onFailure) 
     return std::unique_ptr<CubebOutput>(new CubebOutput(std::move(context), std::move(onFailure)));
 }
 
-bool CubebOutput::start(Renderer& renderer) {
+bool CubebOutput::prepare(Renderer& renderer) {
     m_stream.reset();
     if (!m_context) m_context = connect();
     if (!m_context) return false;
@@ -46,7 +46,11 @@ bool CubebOutput::start(Renderer& renderer) {
     }
     m_stream.reset(stream);
     cubeb_stream_register_device_changed_callback(stream, &deviceChanged);
-    if (cubeb_stream_start(stream) == CUBEB_OK) return true;
+    return true;
+}
+
+bool CubebOutput::start() {
+    if (cubeb_stream_start(m_stream.get()) == CUBEB_OK) return true;
     m_stream.reset();
     m_context.reset();
     return false;

@@ -20,7 +20,8 @@ public:
     /// one.
     static std::unique_ptr<CubebOutput> open(std::function<void()> onFailure);
 
-    bool start(Renderer& renderer) override;
+    bool prepare(Renderer& renderer) override;
+    bool start() override;
     void stop() override;
     std::uint64_t playedFrames() const override;
 

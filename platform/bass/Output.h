@@ -23,16 +23,18 @@ public:
 /// Where sound goes. Started and stopped by one control thread; between start and stop it asks the renderer
 /// for frames.
 ///
-/// Threads: start, stop and the destructor on the control thread; `playedFrames` from any thread that keeps
-/// start and stop from running; `onFailure` (given at creation) is called on any thread and only stores and
-/// wakes.
+/// Threads: prepare, start, stop and the destructor on the control thread; `playedFrames` from any thread
+/// that keeps start and stop from running; `onFailure` (given at creation) is called on any thread and only
+/// stores and wakes.
 class Output {
 public:
     virtual ~Output() = default;
 
-    /// Frames asked for ahead of what is heard are dropped by the next stop. False when the device is not
-    /// there.
-    [[nodiscard]] virtual bool start(Renderer& renderer) = 0;
+    /// Opens the device, which may take seconds, and asks for nothing yet. False when it is not there.
+    [[nodiscard]] virtual bool prepare(Renderer& renderer) = 0;
+    /// After `prepare`. Frames asked for ahead of what is heard are dropped by the next stop. False when the
+    /// device is gone again.
+    [[nodiscard]] virtual bool start() = 0;
     virtual void stop() = 0;
     /// Frames heard since the last start.
     [[nodiscard]] virtual std::uint64_t playedFrames() const = 0;

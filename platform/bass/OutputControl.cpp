@@ -108,10 +108,15 @@ void OutputControl::stopOutput() {
 }
 
 bool OutputControl::startOutput() {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_running) return true;
+    }
+    // Unlocked: who asks for the position does not wait for a device that is slow to open.
+    if (!m_output->prepare(m_mixer)) return false;
     const std::lock_guard lock(m_mutex);
-    if (m_running) return true;
     m_startedAt = m_mixer.mixedFrames();
-    m_running = m_output->start(m_mixer);
+    m_running = m_output->start();
     return m_running;
 }
 

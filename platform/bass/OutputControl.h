@@ -49,7 +49,8 @@ private:
     std::unique_ptr<Output> m_output;
 
     std::mutex m_mutex;
-    bool m_running = false;        ///< Guarded by m_mutex, as the two below.
+    /// Guarded by m_mutex, as the two below. While it is false, the output is the control thread's alone.
+    bool m_running = false;
     std::uint64_t m_startedAt = 0; ///< Frame of the timeline at the output's last start.
     std::uint64_t m_lastHeard = 0;
 

@@ -53,11 +53,16 @@ ThreadOutput::~ThreadOutput() {
     ThreadOutput::stop();
 }
 
-bool ThreadOutput::start(Renderer& renderer) {
+bool ThreadOutput::prepare(Renderer& renderer) {
     stop();
+    m_renderer = &renderer;
+    return true;
+}
+
+bool ThreadOutput::start() {
     m_rendered = 0;
     m_started = std::chrono::steady_clock::now();
-    m_thread = std::jthread([this, &renderer](const std::stop_token& token) { run(renderer, token); });
+    m_thread = std::jthread([this](const std::stop_token& token) { run(*m_renderer, token); });
     return true;
 }
 

@@ -21,7 +21,8 @@ public:
     static std::unique_ptr<ThreadOutput> intoWav(const std::string& path);
     ~ThreadOutput() override;
 
-    bool start(Renderer& renderer) override;
+    bool prepare(Renderer& renderer) override;
+    bool start() override;
     void stop() override;
     std::uint64_t playedFrames() const override;
     void wake() override;
@@ -32,6 +33,7 @@ private:
     void append(std::span<const float> frames);
 
     const Pace m_pace;
+    Renderer* m_renderer = nullptr;
     std::ofstream m_wav;
     std::uint64_t m_wavFrames = 0;
     std::atomic<std::uint64_t> m_rendered{0};
