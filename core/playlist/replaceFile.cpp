@@ -33,12 +33,18 @@ bool takeOver(int fd, const struct stat& old) {
     return ::fchmod(fd, old.st_mode & 07777) == 0;
 }
 
-/// A name that no other process or thread of ours uses, short enough for any folder.
-fs::path temporaryBeside(const fs::path& target) {
+/// A new file whose name is short enough for any folder. A crash may have left one of our process number.
+int createTemporary(const fs::path& target, fs::path& temporary) {
     static std::atomic<unsigned> counter{0};
-    const std::string name =
-        ".tulplayer-" + std::to_string(::getpid()) + "-" + std::to_string(counter.fetch_add(1));
-    return target.parent_path() / name;
+    constexpr int mostLeftOver = 1000;
+    int fd = -1;
+    for (int i = 0; i < mostLeftOver && fd < 0; ++i) {
+        temporary = target.parent_path() /
+                    (".tulplayer-" + std::to_string(::getpid()) + "-" + std::to_string(counter.fetch_add(1)));
+        fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd < 0 && errno != EEXIST) break;
+    }
+    return fd;
 }
 
 /// Keeps the new name on the disk. Some file systems cannot; the file itself is safe by then.
@@ -52,8 +58,8 @@ enum class Outcome { replaced, failed, notAllowed };
 
 Outcome replaceByRename(const fs::path& target, const std::optional<struct stat>& old,
                         const std::string& bytes) {
-    const fs::path temporary = temporaryBeside(target);
-    const FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    fs::path temporary;
+    const FileDescriptor file(createTemporary(target, temporary));
     if (!file.isOpen()) return errno == ENOSPC ? Outcome::failed : Outcome::notAllowed;
 
     const bool takenOver = !old || takeOver(file.get(), *old);

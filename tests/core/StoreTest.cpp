@@ -107,6 +107,15 @@ TEST(ReplaceFile, KeepsLinksAndPermissionsAndLeavesNothingBehind) {
     EXPECT_EQ(filesIn(folder / "elsewhere"), 2U);
 }
 
+TEST(ReplaceFile, GoesRoundWhatACrashHasLeft) {
+    const fs::path folder = freshFolder();
+    for (int i = 0; i < 32; ++i)
+        writeFile(folder / (".tulplayer-" + std::to_string(getpid()) + "-" + std::to_string(i)), "left over");
+    EXPECT_TRUE(replaceFile(folder / "list", "new"));
+    EXPECT_EQ(readFile(folder / "list"), "new");
+    EXPECT_EQ(filesIn(folder), 33U);
+}
+
 TEST(ReplaceFile, WritesInPlaceWhereTheFolderAllowsNoNewFile) {
     const fs::path folder = freshFolder();
     writeFile(folder / "writable", "a longer old text");
