@@ -14,6 +14,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
+using Clock = std::chrono::steady_clock;
+
 constexpr auto firstRetry = 50ms;
 constexpr auto longestRetry = 2000ms;
 
@@ -56,7 +58,7 @@ void OutputControl::changed() {
 }
 
 void OutputControl::deviceLost() {
-    m_fresh = true;
+    m_lost = true;
     m_wake.release();
 }
 
@@ -75,6 +77,7 @@ std::uint64_t OutputControl::heardFrame() {
 void OutputControl::run(const std::stop_token& stop) {
     pthread_setname_np(pthread_self(), "tul-control");
     auto retry = firstRetry;
+    auto lastStart = Clock::time_point();
     bool waiting = false;
     while (true) {
         if (waiting) {
@@ -84,10 +87,18 @@ void OutputControl::run(const std::stop_token& stop) {
         }
         if (stop.stop_requested()) return;
         const bool fresh = m_fresh.exchange(false);
+        const bool lost = m_lost.exchange(false);
         const bool wanted = m_mixer.attachedCount() > 0;
-        if (fresh || !wanted) stopOutput();
-        waiting = wanted && !startOutput();
-        retry = waiting ? std::min(retry * 2, longestRetry) : firstRetry;
+        if (fresh || lost || !wanted) stopOutput();
+        // A device that is lost as soon as it runs is waited for, as one that does not open.
+        const bool tooSoon = lost && Clock::now() < lastStart + longestRetry;
+        waiting = wanted && (tooSoon || !startOutput());
+        if (waiting) {
+            retry = std::min(retry * 2, longestRetry);
+        } else if (Clock::now() > lastStart + longestRetry) {
+            retry = firstRetry;
+        }
+        if (!waiting) lastStart = Clock::now();
     }
 }
 

@@ -55,6 +55,7 @@ private:
     std::uint64_t m_lastHeard = 0;
 
     std::atomic<bool> m_fresh{false};
+    std::atomic<bool> m_lost{false};
     std::counting_semaphore<> m_wake{0};
     std::jthread m_thread;
 };
