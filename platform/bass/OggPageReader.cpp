@@ -13,7 +13,7 @@ constexpr int headerPacketCount = 3;
 /// Every listener gets the headers: comments as large as this are not an encoder's.
 constexpr std::size_t mostHeaderBytes = 131072;
 
-// The identification header: Vorbis I specification, 4.2.2.
+// The identification header: Vorbis I, section 4.2.2.
 constexpr std::size_t identificationSize = 30;
 constexpr std::size_t nominalBitRateAt = 20;
 constexpr char identificationMark[] = "\x01vorbis";
