@@ -1,7 +1,10 @@
 #include "app/CommandLine.h"
 
+#include "core/playlist/resolveEntrySource.h"
+
 #include <QByteArray>
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 
@@ -20,7 +23,7 @@ std::string localPath(std::string_view address) {
 
 std::string absoluteSource(const std::string& argument) {
     if (argument.starts_with(fileScheme)) return localPath(argument);
-    if (argument.find("://") != std::string::npos) return argument;
+    if (isAddress(argument)) return argument;
     return std::filesystem::absolute(argument).lexically_normal().string();
 }
 

@@ -7,6 +7,7 @@
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
+#include "core/playlist/resolveEntrySource.h"
 #include "platform/cocoa/Alert.h"
 #include "platform/cocoa/OpenPanel.h"
 #include "platform/cocoa/SavePanel.h"
@@ -39,10 +40,6 @@ std::string resolved(const std::string& path) {
     std::error_code failed;
     const auto canonical = std::filesystem::weakly_canonical(path, failed);
     return failed ? path : canonical.string();
-}
-
-bool isAddress(const std::string& source) {
-    return source.find("://") != std::string::npos;
 }
 
 bool isPlaylist(const std::string& source) {

@@ -1,5 +1,7 @@
 #include "core/playlist/TagFileStream.h"
 
+#include "core/playlist/resolveEntrySource.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -11,7 +13,7 @@ constexpr long blockBytes = 8192;
 
 /// Non-blocking: opening a named pipe would otherwise wait for its writer.
 int openFile(const std::string& source) {
-    if (source.find("://") != std::string::npos) return -1;
+    if (isAddress(source)) return -1;
     return ::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
 }
 

@@ -1,9 +1,12 @@
 #include "core/playlist/resolveEntrySource.h"
 
+bool isAddress(const std::string& source) {
+    return source.find("://") != std::string::npos;
+}
+
 std::string resolveEntrySource(const std::string& source, const std::string& baseDirectory) {
-    const bool isAddress = source.find("://") != std::string::npos;
     const bool isAbsolute = source.find_first_of("/\\") == 0;
-    return isAddress || isAbsolute ? source : baseDirectory + source;
+    return isAddress(source) || isAbsolute ? source : baseDirectory + source;
 }
 
 std::string playlistFolder(const std::string& path) {
