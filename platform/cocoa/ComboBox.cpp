@@ -68,6 +68,11 @@ QString ComboBox::stringValue() const {
 }
 
 void ComboBox::setStringValue(const QString& string) {
+    if (lineEdit()->isModified() && string == m_committed) return;
+    replaceText(string);
+}
+
+void ComboBox::replaceText(const QString& string) {
     m_committed = string;
     lineEdit()->setText(string);
     lineEdit()->setCursorPosition(0);
@@ -94,7 +99,7 @@ void ComboBox::showPopup() {
 void ComboBox::chooseItem(int index) {
     if (m_dataSource == nullptr || index < 0 || index >= m_dataSource->numberOfItemsInComboBox()) return;
     m_selectedItem = index;
-    setStringValue(m_dataSource->objectValueForItemAtIndex(index).value_or(QString()));
+    replaceText(m_dataSource->objectValueForItemAtIndex(index).value_or(QString()));
     if (m_action) m_action();
 }
 
@@ -109,7 +114,7 @@ void ComboBox::commitTyping() {
 }
 
 void ComboBox::revertTyping() {
-    setStringValue(m_committed);
+    replaceText(m_committed);
     lineEdit()->selectAll();
 }
 

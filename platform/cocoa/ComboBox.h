@@ -26,7 +26,8 @@ public:
     void setCell(std::unique_ptr<ComboBoxCell> cell);
 
     QString stringValue() const;
-    /// Shows a text; selects no item and calls no action.
+    /// Shows a text; selects no item and calls no action. The text that is shown already leaves alone what is
+    /// being typed over it.
     void setStringValue(const QString& string);
     /// The item that was chosen or whose text was typed; -1 when the text is no item's.
     int indexOfSelectedItem() const { return m_selectedItem; }
@@ -47,6 +48,7 @@ private:
     void chooseItem(int index);
     void commitTyping();
     void revertTyping();
+    void replaceText(const QString& string);
     void placeLineEdit();
 
     ComboBoxDataSource* m_dataSource = nullptr;

@@ -69,6 +69,8 @@ TEST_F(ComboBoxTest, TypedTextIsAnItemOnlyWhenItIsOnesName) {
 
 TEST_F(ComboBoxTest, EscapeTakesBackAndLeavingCommitsOnlyWhatWasTyped) {
     type("Nonsense");
+    box.setStringValue(QStringLiteral("Mine")); // said again by a list that was read again
+    EXPECT_EQ(box.stringValue(), QStringLiteral("Nonsense"));
     key(Qt::Key_Escape);
     EXPECT_EQ(box.stringValue(), QStringLiteral("Mine"));
     other.setFocus(Qt::MouseFocusReason);
@@ -88,6 +90,9 @@ TEST_F(ComboBoxTest, ChoosingTellsWhichOfTwoItemsOfOneName) {
     box.setStringValue(QStringLiteral("Work"));
     choose(1); // the list opens at the text's own item
     EXPECT_EQ(acted, QStringLiteral("2:Road "));
+    EXPECT_EQ(box.stringValue(), QStringLiteral("Road"));
+    type("Half");
+    choose(2); // back to the text that was there
     EXPECT_EQ(box.stringValue(), QStringLiteral("Road"));
 }
 
