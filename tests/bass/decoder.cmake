@@ -1,5 +1,0 @@
-add_library(test_sources STATIC Sounds.cpp)
-target_link_libraries(test_sources PUBLIC bass_source test_support)
-tul_test(DecodingTest DecodingTest.cpp LINK test_sources)
-tul_test(BadInputTest BadInputTest.cpp LINK test_sources)
-tul_test(NetworkSourceTest NetworkSourceTest.cpp LINK test_sources)

@@ -1,2 +1,0 @@
-tul_test(engine_test EngineTest.cpp LINK bass)
-tul_test(device_test DeviceTest.cpp LINK bass)

@@ -1,6 +1,0 @@
-tul_test(SampleFeedTest SampleFeedTest.cpp LINK bass_sharing)
-tul_test(OggPageReaderTest OggPageReaderTest.cpp LINK bass_sharing ogg)
-add_library(test_listeners STATIC Listener.cpp)
-target_link_libraries(test_listeners PUBLIC tul_options)
-tul_test(ListenerServerTest ListenerServerTest.cpp LINK bass_sharing test_listeners)
-tul_test(SharingTest SharingTest.cpp LINK bass test_listeners)
