@@ -1,5 +1,5 @@
 // Whatever an encoder program may write. The first byte chooses the size of the steps in which it comes.
-#include "platform/bass/OggPageReader.h"
+#include "platform/bass/sharing/OggPageReader.h"
 
 #include <algorithm>
 #include <cstdlib>

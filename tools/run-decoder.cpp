@@ -1,4 +1,4 @@
-#include "platform/bass/Source.h"
+#include "platform/bass/source/Source.h"
 
 #include <algorithm>
 #include <chrono>

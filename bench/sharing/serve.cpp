@@ -1,7 +1,7 @@
 // serve: serves the Ogg stream that comes on standard input as the player serves what it encodes, and writes
 // its port. The server alone, for measuring it beside others.
-#include "platform/bass/ListenerServer.h"
-#include "platform/bass/OggPageReader.h"
+#include "platform/bass/sharing/ListenerServer.h"
+#include "platform/bass/sharing/OggPageReader.h"
 
 #include <array>
 #include <cstdio>

@@ -2,11 +2,11 @@
 
 #include "platform/bass/Attribute.h"
 #include "platform/bass/Mixer.h"
-#include "platform/bass/OutputControl.h"
 #include "platform/bass/RingBuffer.h"
 #include "platform/bass/SampleTap.h"
-#include "platform/bass/Source.h"
 #include "platform/bass/bass.h"
+#include "platform/bass/output/OutputControl.h"
+#include "platform/bass/source/Source.h"
 
 #include <condition_variable>
 #include <memory>

@@ -2,8 +2,8 @@
 
 #include "platform/bass/Channel.h"
 #include "platform/bass/Mixer.h"
-#include "platform/bass/OutputControl.h"
 #include "platform/bass/SyncThread.h"
+#include "platform/bass/output/OutputControl.h"
 
 #include <atomic>
 #include <cstdint>

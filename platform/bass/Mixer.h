@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/bass/Output.h"
 #include "platform/bass/SpscQueue.h"
+#include "platform/bass/output/Output.h"
 
 #include <array>
 #include <atomic>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/bass/Source.h"
+#include "platform/bass/FrameFormat.h"
 
 #include <algorithm>
 #include <array>

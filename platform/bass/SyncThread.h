@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/bass/Mixer.h"
-#include "platform/bass/OutputControl.h"
+#include "platform/bass/output/OutputControl.h"
 
 #include <condition_variable>
 #include <cstdint>

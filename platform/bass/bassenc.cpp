@@ -1,7 +1,7 @@
 #include "platform/bass/bassenc.h"
 
-#include "platform/bass/Encoder.h"
 #include "platform/bass/Taps.h"
+#include "platform/bass/sharing/Encoder.h"
 
 #include <charconv>
 #include <map>

@@ -1,4 +1,4 @@
-#include "platform/bass/Source.h"
+#include "platform/bass/source/Source.h"
 
 #include "tests/bass/Sounds.h"
 #include "tests/support/Media.h"

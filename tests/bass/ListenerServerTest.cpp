@@ -1,5 +1,5 @@
-#include "platform/bass/ListenerServer.h"
-#include "platform/bass/listenOn.h"
+#include "platform/bass/sharing/ListenerServer.h"
+#include "platform/bass/sharing/listenOn.h"
 #include "tests/bass/Listener.h"
 #include "tests/support/WaitFor.h"
 

@@ -1,4 +1,4 @@
-#include "platform/bass/OggPageReader.h"
+#include "platform/bass/sharing/OggPageReader.h"
 #include "tests/support/Media.h"
 
 #include <cstring>

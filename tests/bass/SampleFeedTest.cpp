@@ -1,4 +1,4 @@
-#include "platform/bass/SampleFeed.h"
+#include "platform/bass/sharing/SampleFeed.h"
 
 #include <gtest/gtest.h>
 #include <limits>

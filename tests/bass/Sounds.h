@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/bass/Source.h"
+#include "platform/bass/source/Source.h"
 
 #include <chrono>
 #include <cstdint>

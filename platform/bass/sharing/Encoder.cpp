@@ -1,0 +1,122 @@
+#include "platform/bass/sharing/Encoder.h"
+
+#include "platform/bass/Taps.h"
+#include "platform/bass/sharing/OggPageReader.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+namespace bass {
+
+namespace {
+
+/// How often new samples are looked for.
+constexpr int turnMs = 40;
+constexpr std::size_t chunkFrames = 8192;
+
+/// Writing to a program that has ended is an error here, not the end of the player.
+void blockBrokenPipeSignal() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+bool isTransient(int error) {
+    return error == EAGAIN || error == EINTR;
+}
+
+} // namespace
+
+Encoder::Encoder(EncoderProcess process, std::uint32_t channel)
+    : m_process(std::move(process)),
+      m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_feed(SampleFeed::Clock::now()),
+      m_thread([this](const std::stop_token& stop) { run(stop); }) {
+    follow(channel);
+}
+
+Encoder::~Encoder() {
+    follow(0);
+    m_thread.request_stop();
+    eventfd_write(m_wake.get(), 1);
+    m_thread.join();
+}
+
+bool Encoder::follow(std::uint32_t channel) {
+    const std::lock_guard lock(m_mutex);
+    if (channel == m_channel && channel != 0) return true;
+    // A channel that has been freed is not there any more, and no longer taps.
+    if (m_channel != 0) setTap(m_channel, nullptr);
+    m_feed.follow();
+    m_channel = setTap(channel, &m_feed) ? channel : 0;
+    return m_channel != 0;
+}
+
+std::uint16_t Encoder::serve(std::uint16_t port, std::size_t burst) {
+    const std::lock_guard lock(m_mutex);
+    if (m_server) return 0;
+    m_pages.setBurst(burst);
+    m_server = ListenerServer::open(port, m_pages);
+    return m_server ? m_server->port() : 0;
+}
+
+void Encoder::run(const std::stop_token& stop) {
+    pthread_setname_np(pthread_self(), "tul-encoder");
+    blockBrokenPipeSignal();
+    OggPageReader reader([this](OggPageReader::Page page) {
+        page.isHeader ? m_pages.addHeader(std::move(page.bytes)) : m_pages.add(std::move(page.bytes));
+    });
+    while (!stop.stop_requested()) {
+        if (!writeSamples()) break;
+        const bool pending = !m_samples.empty();
+        std::array<pollfd, 3> waiting{{{m_process.output(), POLLIN, 0},
+                                       {m_wake.get(), POLLIN, 0},
+                                       {pending ? m_process.input() : -1, POLLOUT, 0}}};
+        poll(waiting.data(), waiting.size(), pending ? -1 : turnMs);
+        if (waiting[0].revents != 0 && !readPages(reader)) break;
+    }
+    m_ended = true;
+    m_pages.end();
+    wakeListeners();
+}
+
+/// False when the program does not read any more.
+bool Encoder::writeSamples() {
+    if (m_samples.empty()) {
+        m_samples.resize(chunkFrames * 2);
+        m_samples.resize(m_feed.take(m_samples, SampleFeed::Clock::now()) * 2);
+        m_written = 0;
+    }
+    const auto bytes = std::as_bytes(std::span(m_samples)).subspan(m_written);
+    if (bytes.empty()) return true;
+    const ssize_t written = write(m_process.input(), bytes.data(), bytes.size());
+    if (written < 0) return isTransient(errno);
+    m_written += static_cast<std::size_t>(written);
+    if (static_cast<std::size_t>(written) == bytes.size()) m_samples.clear();
+    return true;
+}
+
+/// False when the stream has ended.
+bool Encoder::readPages(OggPageReader& reader) {
+    std::array<std::byte, 16384> buffer;
+    const ssize_t count = read(m_process.output(), buffer.data(), buffer.size());
+    if (count < 0) return isTransient(errno);
+    if (count == 0 || !reader.read(std::span(buffer).first(static_cast<std::size_t>(count)))) return false;
+    m_pages.setBitsPerSecond(reader.bitsPerSecond());
+    wakeListeners();
+    return true;
+}
+
+void Encoder::wakeListeners() {
+    const std::lock_guard lock(m_mutex);
+    if (m_server) m_server->wake();
+}
+
+} // namespace bass

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/bass/source/ByteSource.h"
+#include "platform/bass/source/Source.h"
+
+#include <memory>
+#include <optional>
+
+namespace bass {
+
+/// The packets of the one audio stream that is played from a container.
+///
+/// The content decides the container. Nothing but the given bytes is ever opened: containers that name other
+/// files or addresses (playlists, manifests) are refused.
+class Demuxer {
+public:
+    /// Null when `bytes` hold no audio stream of `format`. `bytes` must outlive the demuxer.
+    [[nodiscard]] static std::unique_ptr<Demuxer> open(ByteSource& bytes, Format format);
+
+    /// 0 with the next packet, AVERROR_EOF, or another AVERROR.
+    [[nodiscard]] int next(AVPacket& packet);
+    /// Goes to the last packet known to start at or before `timestamp` (in the stream's time base).
+    [[nodiscard]] bool seek(std::int64_t timestamp);
+    /// Whether the time of the first packet after a seek is only guessed when it lies at the byte `offset`.
+    [[nodiscard]] bool guessesTimeAt(std::int64_t offset);
+
+    [[nodiscard]] AVStream& stream() const { return *stream_; }
+    /// Whether the container is one that FFmpeg calls `name`.
+    [[nodiscard]] bool is(const char* name) const;
+    /// What is heard, in frames at `sampleRate` without encoder delay and padding; none when unknown.
+    [[nodiscard]] std::optional<std::int64_t> length(int sampleRate) const;
+    /// Whether all packets have the same size, so that a byte offset tells a time exactly.
+    [[nodiscard]] bool hasConstantBitRate() const { return constantBitRate_; }
+    /// Whether sound past `length` is padding that the decoder leaves to be cut.
+    [[nodiscard]] bool hasPaddingPastLength() const { return paddingPastLength_; }
+
+private:
+    explicit Demuxer(ByteSource& bytes) : bytes_(bytes) {}
+    [[nodiscard]] bool readFrom(std::int64_t offset);
+    [[nodiscard]] const AVInputFormat* probe();
+    [[nodiscard]] bool openContainer();
+    [[nodiscard]] bool chooseStream();
+    [[nodiscard]] bool isOf(Format format) const;
+    void measure();
+    void measureFlac();
+    void measureMp3();
+    void measureMp4();
+
+    ByteSource& bytes_;
+    AvioPtr avio_; ///< outlives the format context
+    FormatContextPtr context_;
+    AVStream* stream_ = nullptr;
+    std::optional<std::int64_t> duration_;   ///< in the stream's time base, padding included
+    std::optional<std::int64_t> flacFrames_; ///< FLAC's own statement
+    std::int64_t paddingFrames_ = 0;         ///< within `duration_`, in frames of the stream's own rate
+    std::optional<std::int64_t> lastPage_;   ///< offset of Ogg's, once it was looked for
+    bool paddingPastLength_ = false;
+    bool constantBitRate_ = false;
+};
+
+} // namespace bass

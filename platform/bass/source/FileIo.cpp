@@ -1,0 +1,41 @@
+#include "platform/bass/source/FileIo.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace bass {
+
+std::unique_ptr<FileIo> FileIo::open(const std::string& path) {
+    if (path.find('\0') != std::string::npos) return nullptr;
+    // O_NONBLOCK: a FIFO without a writer would hold the open itself.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (descriptor < 0) return nullptr;
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
+        return nullptr;
+    }
+    return std::unique_ptr<FileIo>(new FileIo(descriptor, status.st_size));
+}
+
+FileIo::~FileIo() {
+    close(descriptor_);
+}
+
+int FileIo::read(std::span<std::uint8_t> out) {
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor_, out.data(), out.size());
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) return AVERROR(errno);
+    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+std::int64_t FileIo::seek(std::int64_t offset) {
+    const off_t reached = lseek(descriptor_, offset, SEEK_SET);
+    return reached < 0 ? AVERROR(errno) : reached;
+}
+
+} // namespace bass

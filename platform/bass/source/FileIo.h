@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/bass/source/ByteSource.h"
+
+#include <memory>
+#include <string>
+
+namespace bass {
+
+/// A regular file. Its name is a path and nothing else, whatever it holds.
+class FileIo final : public ByteSource {
+public:
+    /// Null for anything but a readable regular file; never blocks on a FIFO or a device.
+    [[nodiscard]] static std::unique_ptr<FileIo> open(const std::string& path);
+    ~FileIo() override;
+    FileIo(const FileIo&) = delete;
+    FileIo& operator=(const FileIo&) = delete;
+
+    [[nodiscard]] int read(std::span<std::uint8_t> out) override;
+    [[nodiscard]] std::int64_t seek(std::int64_t offset) override;
+    [[nodiscard]] std::int64_t size() const override { return size_; }
+    [[nodiscard]] bool seekable() const override { return true; }
+
+private:
+    FileIo(int descriptor, std::int64_t size) : descriptor_(descriptor), size_(size) {}
+
+    int descriptor_;
+    std::int64_t size_;
+};
+
+} // namespace bass

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/bass/source/FfmpegPtr.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace bass {
+
+/// What the Xing/Info frame of an MP3 file says beyond its frame count (LAME's extension of it).
+struct LameTag {
+    int encoderDelay = 0;   ///< frames before the first of the source
+    int encoderPadding = 0; ///< frames after its last
+    bool constantBitRate = false;
+
+    /// A decoder adds 529 frames of its own delay.
+    static constexpr int decoderDelay = 529;
+    [[nodiscard]] int startPadding() const { return encoderDelay + decoderDelay; }
+    [[nodiscard]] int endPadding() const { return std::max(0, encoderPadding - decoderDelay); }
+};
+
+/// Goes past the ID3v2 tags that start here; answers where they end.
+std::int64_t skipId3Tags(AVIOContext& io);
+/// Reads the tag in the MPEG audio frame that starts here; none when there is none.
+[[nodiscard]] std::optional<LameTag> readLameTag(AVIOContext& io);
+
+} // namespace bass
