@@ -23,21 +23,13 @@ const std::vector<std::int16_t>& sound() {
     return samples;
 }
 
-std::string encode(const char* name, std::vector<std::string> command) {
-    const auto wav = support::writeWav(support::scratch() / "net.wav", sound());
-    const auto out = support::scratch() / name;
-    command.insert(command.end(), {wav.string(), "-o", out.string()});
-    support::run(command);
-    return support::readFile(out);
-}
-
 const std::string& flac() {
-    static const std::string bytes = encode("net.flac", {"flac", "-s", "-f"});
+    static const std::string bytes = support::readFile(support::encode("net.flac", sound()));
     return bytes;
 }
 
 const std::string& ogg() {
-    static const std::string bytes = encode("net.ogg", {"oggenc", "-Q"});
+    static const std::string bytes = support::readFile(support::encode("net.ogg", sound()));
     return bytes;
 }
 
@@ -99,9 +91,7 @@ TEST(Network, StripsIcyMetadataAndGoesOnAfterADrop) {
 
 TEST(Network, PlaysTheLinksOfAChainedStreamInTurn) {
     // Noise leaves the decoder far from where the next link starts.
-    const auto wav = support::writeWav(support::scratch() / "noise.wav", support::noise(frames));
-    const auto opus = support::scratch() / "noise.opus";
-    support::run({"opusenc", "--quiet", wav, opus});
+    const auto opus = support::encode("noise.opus", support::noise(frames));
     for (const std::string& link : {ogg(), support::readFile(opus)}) {
         HttpServer server([&](Client& client) {
             client.send(liveHead + link + link);

@@ -11,13 +11,11 @@ using bass::OggPageReader;
 
 std::vector<std::byte> encoded() {
     static const std::vector<std::byte> stream = [] {
-        const auto wav = support::writeWav(support::scratch() / "a.wav", support::noise(44100 * 3));
-        const auto ogg = support::scratch() / "a.ogg";
-        support::run({"oggenc", "-Q", "-M", "160", "-m", "160", "-o", ogg, wav});
-        const std::string bytes = support::readFile(ogg);
-        std::vector<std::byte> copy(bytes.size());
-        std::memcpy(copy.data(), bytes.data(), bytes.size());
-        return copy;
+        const std::string bytes =
+            support::readFile(support::encode("a.ogg", support::noise(44100 * 3), 44100, 2,
+                                              {"oggenc", "-Q", "-M", "160", "-m", "160", "-o", "OUT", "IN"}));
+        const auto span = std::as_bytes(std::span(bytes));
+        return std::vector<std::byte>(span.begin(), span.end());
     }();
     return stream;
 }

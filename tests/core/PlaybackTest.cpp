@@ -22,13 +22,8 @@ protected:
         });
     }
 
-    static std::string encode(const std::string& name, double seconds, const std::string& encoder) {
-        const auto wav = support::scratch() / (name + ".wav");
-        std::string out = (support::scratch() / name).string();
-        support::writeWav(wav, support::sine(1000, static_cast<std::size_t>(seconds * 44100)));
-        if (encoder == "lame") support::run({"lame", "--quiet", wav.string(), out});
-        if (encoder == "flac") support::run({"flac", "-s", "-f", wav.string(), "-o", out});
-        return out;
+    static std::string encode(const char* name, double seconds) {
+        return support::encode(name, support::sine(1000, static_cast<std::size_t>(seconds * 44100)));
     }
 
     /// What the main thread's loop does.
@@ -49,8 +44,7 @@ protected:
 };
 
 TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
-    player->playlist->addEntries(
-        {encode("a.flac", 0.2, "flac"), encode("b.mp3", 0.2, "lame"), encode("c.flac", 0.2, "flac")});
+    player->playlist->addEntries({encode("a.flac", 0.2), encode("b.mp3", 0.2), encode("c.flac", 0.2)});
     player->play();
     ASSERT_TRUE(player->isPlaying());
     for (const std::int32_t expected : {1, 2, 0, 1}) {
@@ -68,7 +62,7 @@ TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
 }
 
 TEST_F(Playback, PausesAfterTheFadeAndResumesThereAtFullVolume) {
-    player->playlist->addEntry(encode("long.flac", 60, "flac"));
+    player->playlist->addEntry(encode("long.flac", 60));
     player->setVolume(0.75F);
     player->play();
     EXPECT_NEAR(player->stream->length(), 60.0, 1e-9);

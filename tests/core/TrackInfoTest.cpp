@@ -12,16 +12,8 @@ namespace fs = std::filesystem;
 /// Encodes two seconds of sine in every format, tagged by another library than the one that reads.
 const fs::path& media() {
     static const fs::path folder = [] {
-        fs::path made = support::scratch() / "tagged";
-        fs::create_directories(made);
-        const auto path = [&made](const char* name) { return (made / name).string(); };
-        support::writeWav(made / "in.wav", support::sine(440, 88200));
-        support::run({"lame", "--quiet", path("in.wav"), path("a.mp3")});
-        support::run({"flac", "-s", path("in.wav"), "-o", path("a.flac")});
-        support::run({"oggenc", "-Q", path("in.wav"), "-o", path("a.ogg")});
-        support::run({"opusenc", "--quiet", path("in.wav"), path("a.opus")});
-        support::run({"wavpack", "-q", path("in.wav"), "-o", path("a.wv")});
-        support::run({"ffmpeg", "-v", "error", "-i", path("in.wav"), path("a.m4a")});
+        for (const char* name : {"a.mp3", "a.flac", "a.ogg", "a.opus", "a.wv", "a.m4a"})
+            support::encode(name, support::sine(440, 88200));
         support::run({"/usr/bin/python3", "-c", R"(
 import mutagen, os, shutil, sys
 from mutagen.apev2 import APEv2, APEValue, BINARY
@@ -72,8 +64,8 @@ mp4.save()
 audio = mutagen.File(copy('a.flac', 'artist-only.flac')); del audio['album']; audio.save()
 audio = mutagen.File(copy('a.flac', 'album-only.flac')); del audio['artist']; audio.save()
 )",
-                      made.string()});
-        return made;
+                      support::scratch().string()});
+        return support::scratch();
     }();
     return folder;
 }

@@ -1,10 +1,12 @@
 #include "tests/support/Media.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <numbers>
 #include <random>
 #include <spawn.h>
@@ -32,6 +34,15 @@ void putLittleEndian(std::string& out, std::uint32_t value, int bytes) {
     for (int i = 0; i < bytes; ++i)
         out.push_back(static_cast<char>(value >> (8 * i) & 0xff));
 }
+
+const std::map<std::string, std::vector<std::string>> encoders = {
+    {".flac", {"flac", "-s", "-f", "IN", "-o", "OUT"}},
+    {".m4a", {"ffmpeg", "-v", "error", "-y", "-i", "IN", "-c:a", "aac", "OUT"}},
+    {".mp3", {"lame", "--quiet", "IN", "OUT"}},
+    {".ogg", {"oggenc", "-Q", "IN", "-o", "OUT"}},
+    {".opus", {"opusenc", "--quiet", "IN", "OUT"}},
+    {".wv", {"wavpack", "-q", "-y", "IN", "-o", "OUT"}},
+};
 
 } // namespace
 
@@ -77,6 +88,17 @@ std::filesystem::path writeWav(const std::filesystem::path& path, std::span<cons
     bytes.append(reinterpret_cast<const char*>(interleaved.data()), dataBytes);
     writeFile(path, bytes);
     return path;
+}
+
+std::filesystem::path encode(const std::string& name, std::span<const std::int16_t> interleaved, int rate,
+                             int channels, std::vector<std::string> command) {
+    const std::filesystem::path out = scratch() / name;
+    if (command.empty()) command = encoders.at(out.extension());
+    const auto wav = writeWav(scratch() / (name + "-in.wav"), interleaved, rate, channels);
+    std::ranges::replace(command, "IN", wav.string());
+    std::ranges::replace(command, "OUT", out.string());
+    run(command);
+    return out;
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& bytes) {
