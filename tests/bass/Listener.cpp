@@ -4,18 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <stdexcept>
-
-namespace {
-
-template <typename T> T little(const std::string& bytes, std::size_t at) {
-    T value{};
-    std::memcpy(&value, bytes.data() + at, sizeof(value));
-    return value;
-}
-
-} // namespace
 
 Listener::Listener(int port, const std::string& request, Reads reads)
     : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -63,21 +52,4 @@ void Listener::collect() {
         m_received.append(buffer, static_cast<std::size_t>(count));
     }
     m_closed = true;
-}
-
-std::vector<OggPage> oggPages(const std::string& stream) {
-    std::vector<OggPage> pages;
-    std::size_t at = 0;
-    while (at + 27 <= stream.size() && stream.compare(at, 4, "OggS") == 0) {
-        const auto segments = static_cast<std::uint8_t>(stream[at + 26]);
-        std::size_t size = 27U + segments;
-        if (at + size > stream.size()) break;
-        for (int i = 0; i < segments; ++i)
-            size += static_cast<std::uint8_t>(stream[at + 27 + static_cast<std::size_t>(i)]);
-        if (at + size > stream.size()) break;
-        pages.push_back({little<std::int64_t>(stream, at + 6), little<std::uint32_t>(stream, at + 14),
-                         stream.substr(at, size)});
-        at += size;
-    }
-    return pages;
 }

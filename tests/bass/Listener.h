@@ -1,11 +1,9 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 /// A TCP connection to a port of this machine that sends a request and collects what comes.
 class Listener {
@@ -35,11 +33,3 @@ private:
     std::atomic<bool> m_closed{false};
     std::thread m_thread;
 };
-
-struct OggPage {
-    std::int64_t granule;
-    std::uint32_t serial;
-    std::string bytes;
-};
-/// The pages at the start of a stream, up to the first byte that is not part of a whole one.
-std::vector<OggPage> oggPages(const std::string& stream);

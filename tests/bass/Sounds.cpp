@@ -13,10 +13,11 @@ std::vector<std::int16_t> sweep(std::size_t frames, int rate, int channels) {
     const auto width = static_cast<std::size_t>(channels);
     for (std::size_t i = 0; i < frames; ++i) {
         const double t = static_cast<double>(i) / rate;
-        const double tone = 8000 * std::sin(2 * std::numbers::pi * (300 + 400 * t) * t);
         for (std::size_t c = 0; c < width; ++c) {
+            const double turns = (300 + 100 * static_cast<double>(c) + 400 * t) * t;
+            const auto tone = std::lround(8000 * std::sin(2 * std::numbers::pi * turns));
             auto& sample = samples[i * width + c];
-            sample = static_cast<std::int16_t>(std::lround(tone) + sample / 64 + static_cast<int>(c));
+            sample = static_cast<std::int16_t>(tone + sample / 64);
         }
     }
     return samples;
@@ -43,11 +44,11 @@ Decoded read(bass::Source& source, std::int64_t most, std::chrono::seconds limit
 
 double correlation(std::span<const float> played, std::span<const float> heard, int lag) {
     constexpr std::ptrdiff_t margin = 64;
-    const auto frames = static_cast<std::ptrdiff_t>(std::min(played.size(), heard.size()) / 2);
+    const auto samples = static_cast<std::ptrdiff_t>(std::min(played.size(), heard.size()));
     double both = 0, one = 0, other = 0;
-    for (std::ptrdiff_t i = margin; i < frames - margin; ++i) {
-        const double a = played[static_cast<std::size_t>(i) * 2];
-        const double b = heard[static_cast<std::size_t>(i + lag) * 2];
+    for (std::ptrdiff_t i = 2 * margin; i < samples - 2 * margin; ++i) {
+        const double a = played[static_cast<std::size_t>(i)];
+        const double b = heard[static_cast<std::size_t>(i + lag * 2)];
         both += a * b;
         one += a * a;
         other += b * b;

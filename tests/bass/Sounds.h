@@ -10,7 +10,7 @@
 /// Sounds to decode, and what tests ask of the result.
 namespace sounds {
 
-/// Interleaved 16-bit PCM that is like itself at no other place: a sweep over a little noise.
+/// Interleaved 16-bit PCM that is like itself at no other place or side: sweeps over a little noise.
 std::vector<std::int16_t> sweep(std::size_t frames, int rate = 44100, int channels = 2);
 
 struct Decoded {
@@ -23,7 +23,7 @@ struct Decoded {
 Decoded read(bass::Source& source, std::int64_t most = INT64_MAX,
              std::chrono::seconds limit = std::chrono::seconds(30));
 
-/// Correlation (-1..1) of the left sides, `heard` shifted by `lag` frames against `played`.
+/// Correlation (-1..1) of interleaved stereo, `heard` shifted by `lag` frames against `played`.
 double correlation(std::span<const float> played, std::span<const float> heard, int lag);
 /// The lag within ±64 frames at which they are most alike.
 int bestLag(std::span<const float> played, std::span<const float> heard);
