@@ -120,6 +120,8 @@ TEST_F(Device, GoesOnWhenTheServerComesBack) {
     ASSERT_TRUE(waitFor([&] { return position() > rate * 2; }, limit));
     server.crash();
     const std::size_t lost = position();
+    EXPECT_FALSE(waitFor([&] { return position() > lost + rate / 2; }, std::chrono::seconds(2)))
+        << "past the server";
     std::size_t last = lost;
     std::size_t longestStepBack = 0;
     server.restart();

@@ -11,10 +11,18 @@ namespace {
 /// follows soon. Seeks and pauses do not wait for it: they drop what is queued.
 constexpr std::uint32_t latencyFrames = sampleRate / 5;
 
-std::unique_ptr<cubeb, CubebDeleter> connect() {
+using Context = std::unique_ptr<cubeb, CubebDeleter>;
+
+Context connect() {
     cubeb* context = nullptr;
     if (cubeb_init(&context, "Tulplayer", nullptr) != CUBEB_OK) return nullptr;
-    return std::unique_ptr<cubeb, CubebDeleter>(context);
+    return Context(context);
+}
+
+/// With no server there, cubeb would go past it to the hardware, which a server that comes back needs.
+Context connectAgain(const std::string& backend) {
+    Context context = connect();
+    return context && cubeb_get_backend_id(context.get()) == backend ? std::move(context) : nullptr;
 }
 
 } // namespace
@@ -29,7 +37,7 @@ std::unique_ptr<CubebOutput> CubebOutput::open(std::function<void()> onFailure) 
 
 bool CubebOutput::prepare(Renderer& renderer) {
     m_stream.reset();
-    if (!m_context) m_context = connect();
+    if (!m_context) m_context = connectAgain(m_backend);
     if (!m_context) return false;
     m_renderer = &renderer;
     cubeb_stream_params params{};

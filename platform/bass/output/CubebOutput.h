@@ -5,6 +5,8 @@
 #include <cubeb/cubeb.h>
 
 #include <functional>
+#include <memory>
+#include <string>
 
 namespace bass {
 
@@ -27,13 +29,16 @@ public:
 
 private:
     CubebOutput(std::unique_ptr<cubeb, CubebDeleter> context, std::function<void()> onFailure)
-        : m_context(std::move(context)), m_onFailure(std::move(onFailure)) {}
+        : m_context(std::move(context)),
+          m_backend(cubeb_get_backend_id(m_context.get())),
+          m_onFailure(std::move(onFailure)) {}
 
     static long fill(cubeb_stream* stream, void* user, const void* input, void* output, long frames);
     static void stateChanged(cubeb_stream* stream, void* user, cubeb_state state);
     static void deviceChanged(void* user);
 
     std::unique_ptr<cubeb, CubebDeleter> m_context;
+    std::string m_backend; ///< The first connection's; every later one is of the same.
     std::function<void()> m_onFailure;
     Renderer* m_renderer = nullptr;
     std::unique_ptr<cubeb_stream, CubebDeleter> m_stream;
