@@ -1,7 +1,8 @@
 #pragma once
 
+#include "tests/support/Child.h"
+
 #include <string>
-#include <sys/types.h>
 
 namespace support {
 
@@ -17,13 +18,9 @@ public:
     DisplayServer(const DisplayServer&) = delete;
     DisplayServer& operator=(const DisplayServer&) = delete;
 
-    /// Like ":7".
-    const std::string& display() const { return m_display; }
-
 private:
-    std::string m_display;
-    pid_t m_server = -1;
-    pid_t m_windowManager = -1;
+    Child m_server;
+    Child m_windowManager;
 };
 
 } // namespace support

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/Child.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -29,8 +31,5 @@ std::filesystem::path encode(const std::string& name, std::span<const std::int16
 
 void writeFile(const std::filesystem::path& path, const std::string& bytes);
 std::string readFile(const std::filesystem::path& path);
-
-/// Runs a program without a shell, its output thrown away; throws std::runtime_error unless it exits with 0.
-void run(const std::vector<std::string>& command);
 
 } // namespace support

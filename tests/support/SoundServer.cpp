@@ -4,53 +4,11 @@
 #include "tests/support/WaitFor.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <spawn.h>
 #include <stdexcept>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace support {
-namespace {
-
-/// Starts a program that ends with this process; its output goes to a file.
-pid_t spawn(std::vector<std::string> command, const std::filesystem::path& output) {
-    command.insert(command.begin(), {"setpriv", "--pdeathsig", "KILL"});
-    std::vector<char*> arguments;
-    for (auto& argument : command)
-        arguments.push_back(argument.data());
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_adddup2(&actions, 1, 2);
-    pid_t child = -1;
-    const int failure = posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (failure != 0) throw std::runtime_error("cannot start " + command[3]);
-    return child;
-}
-
-void end(pid_t& child) {
-    if (child <= 0) return;
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    child = -1;
-}
-
-bool succeeds(const std::vector<std::string>& command) {
-    try {
-        run(command);
-        return true;
-    } catch (const std::runtime_error&) {
-        return false;
-    }
-}
-
-} // namespace
 
 SoundServer::SoundServer() : m_folder(scratch() / "sound-server"), m_recording(m_folder / "recorded.raw") {
     std::filesystem::create_directories(m_folder);
@@ -62,14 +20,9 @@ SoundServer::SoundServer() : m_folder(scratch() / "sound-server"), m_recording(m
     start();
 }
 
-SoundServer::~SoundServer() {
-    end(m_recorder);
-    end(m_server);
-}
-
 void SoundServer::crash() {
-    end(m_server);
-    end(m_recorder);
+    m_server.end();
+    m_recorder.end();
 }
 
 void SoundServer::restart() {
@@ -83,14 +36,14 @@ void SoundServer::start() {
     const auto socket = [&](const char* name) {
         return "socket=" + (m_folder / name).string() + " auth-anonymous=1";
     };
-    m_server = spawn({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
+    m_server = Child({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
                       "--realtime=no", "--high-priority=no", "-L",
                       "module-native-protocol-unix " + socket("control.sock"), "-L",
                       "module-null-sink sink_name=null rate=44100 norewinds=1"},
                      m_folder / "server.log");
-    if (!waitFor([&] { return succeeds({"pactl", "-s", m_control, "info"}); }, limit))
+    if (!waitFor([&] { return Child({"pactl", "-s", m_control, "info"}).succeeds(); }, limit))
         throw std::runtime_error("no sound server: " + readFile(m_folder / "server.log"));
-    m_recorder = spawn({"parec", "-s", m_control, "-d", "null.monitor", "--rate=44100", "--format=s16le",
+    m_recorder = Child({"parec", "-s", m_control, "-d", "null.monitor", "--rate=44100", "--format=s16le",
                         "--channels=2", "--latency-msec=20", m_recording.string()},
                        m_folder / "recorder.log");
     if (!waitFor([&] { return !recorded().empty(); }, limit))
@@ -108,10 +61,8 @@ std::vector<std::int16_t> SoundServer::recorded() const {
 
 std::size_t SoundServer::playingStreams() const {
     const auto list = m_folder / "streams";
-    pid_t tool = spawn({"pactl", "-s", m_control, "list", "short", "sink-inputs"}, list);
-    int status = 0;
-    waitpid(tool, &status, 0);
-    if (status != 0) throw std::runtime_error("pactl failed");
+    if (!Child({"pactl", "-s", m_control, "list", "short", "sink-inputs"}, list).succeeds())
+        throw std::runtime_error("pactl failed");
     const std::string lines = readFile(list);
     return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n'));
 }

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "tests/support/Child.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace support {
@@ -15,9 +16,6 @@ namespace support {
 class SoundServer {
 public:
     SoundServer();
-    ~SoundServer();
-    SoundServer(const SoundServer&) = delete;
-    SoundServer& operator=(const SoundServer&) = delete;
 
     /// Ends the server as a crash does, by SIGKILL. The recording stays until `restart`.
     void crash();
@@ -35,8 +33,8 @@ private:
     std::filesystem::path m_folder;
     std::string m_control; ///< The address for the tools; the player's opens after the recorder runs.
     std::filesystem::path m_recording;
-    pid_t m_server = -1;
-    pid_t m_recorder = -1;
+    Child m_server;
+    Child m_recorder;
 };
 
 } // namespace support
