@@ -1,11 +1,9 @@
 // Rows dragged in a real window by real input.
 #include "tests/cocoa/TestRows.h"
-#include "tests/support/DisplayServer.h"
 #include "tests/support/Media.h"
 #include "tests/support/TestApplication.h"
 #include "tests/support/WaitFor.h"
 
-#include <QApplication>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -54,11 +52,7 @@ protected:
             {"xdotool", "mousemove", std::to_string(100 + point.x()), std::to_string(100 + point.y())});
     }
 
-    support::DisplayServer display;
-    int count = 1;
-    char name[5] = "test";
-    char* arguments[2] = {name, nullptr};
-    QApplication application{count, arguments};
+    QApplication& application = support::onScreenApplication();
     TestRows rows{1000};
     cocoa::TableView table;
     std::atomic<bool> over = false;

@@ -1,38 +1,16 @@
 #include "controls/CustomWindow.h"
 
-#include "tests/support/DisplayServer.h"
 #include "tests/support/Media.h"
 #include "tests/support/TestApplication.h"
 
 #include <QLabel>
-#include <QProcess>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QScreen>
 #include <gtest/gtest.h>
 
 namespace {
 
-TEST(CustomWindowRules, TheWindowFollowsThePointerAndIsHeldAtTheTopOnly) {
-    struct Case {
-        const char* name;
-        QRectF frame;
-        QPointF location, initial, origin;
-    };
-    const QRectF visible(0, 0, 1440, 877);
-    const Case cases[] = {
-        {"follows with the grab offset", {100, 200, 380, 400}, {60, 80}, {50, 100}, {110, 180}},
-        {"held at the top", {100, 400, 380, 400}, {50, 200}, {50, 100}, {100, 477}},
-        {"exactly at the top", {100, 400, 380, 400}, {50, 177}, {50, 100}, {100, 477}},
-        {"leaves at the left", {10, 200, 380, 400}, {0, 100}, {200, 100}, {-190, 200}},
-        {"leaves at the bottom", {10, 20, 380, 400}, {50, 0}, {50, 300}, {10, -280}},
-        {"leaves at the right", {1300, 20, 380, 400}, {350, 0}, {50, 0}, {1600, 20}},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(CustomWindow::draggedOrigin(visible, c.frame, c.location, c.initial), c.origin) << c.name;
-}
-
-/// A real window with a real pointer. The display must be there before the application.
+/// A real window with a real pointer.
 class DraggedWindow : public testing::Test {
 protected:
     DraggedWindow() {
@@ -45,7 +23,7 @@ protected:
     /// A desktop panel, so that the work area begins below the screen's top.
     void reserveTop() {
         panel.setAttribute(Qt::WA_X11NetWmWindowTypeDock);
-        panel.setGeometry(0, 0, 800, panelHeight);
+        panel.setGeometry(0, 0, 1280, panelHeight);
         panel.show();
         support::run({"xprop", "-id", std::to_string(panel.winId()), "-f", "_NET_WM_STRUT", "32c", "-set",
                       "_NET_WM_STRUT", "0, 0, " + std::to_string(panelHeight) + ", 0"});
@@ -59,34 +37,23 @@ protected:
     }
     static void moveTo(int x, int y) { pointer({"mousemove", std::to_string(x), std::to_string(y)}); }
 
-    /// Where the server shows the window.
-    QPoint shownAt() const {
-        QProcess tool;
-        tool.start(QStringLiteral("xdotool"), {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
-                                               QString::number(window.winId())});
-        tool.waitForFinished();
-        const QString answer = QString::fromLocal8Bit(tool.readAllStandardOutput());
-        static const QRegularExpression place(QStringLiteral("X=(-?\\d+)\\nY=(-?\\d+)"));
-        const QRegularExpressionMatch match = place.match(answer);
-        return {match.captured(1).toInt(), match.captured(2).toInt()};
+    /// Whether the server shows the window there.
+    [[nodiscard]] bool isShownAt(int x, int y) const {
+        const auto answer = support::scratch() / "geometry";
+        support::Child tool({"xdotool", "getwindowgeometry", "--shell", std::to_string(window.winId())},
+                            answer);
+        const std::string place = "X=" + std::to_string(x) + "\nY=" + std::to_string(y) + "\n";
+        return tool.succeeds() && support::readFile(answer).find(place) != std::string::npos;
     }
 
     [[nodiscard]] bool stands(int x, int y) const {
-        return support::runUntil([&] { return window.pos() == QPoint(x, y) && shownAt() == QPoint(x, y); },
+        return support::runUntil([&] { return window.pos() == QPoint(x, y) && isShownAt(x, y); },
                                  std::chrono::seconds(10));
-    }
-
-    static char** arguments() {
-        static char name[] = "test";
-        static char* values[] = {name, nullptr};
-        return values;
     }
 
     static constexpr int panelHeight = 24;
     bool reserved = false;
-    support::DisplayServer display{"800x600"};
-    int count = 1;
-    QApplication application{count, arguments()};
+    QApplication& application = support::onScreenApplication();
     QWidget panel;
     std::unique_ptr<CustomWindow> owned = CustomWindow::initWithContentRect({200, 150, 200, 120});
     CustomWindow& window = *owned;
@@ -94,7 +61,7 @@ protected:
     QLabel label{QStringLiteral("a handle"), &window};
 };
 
-TEST_F(DraggedWindow, FollowsStopsAtTheTopAndLeavesAtTheLeft) {
+TEST_F(DraggedWindow, FollowsStopsAtTheTopAndLeavesAtTheOtherEdges) {
     ASSERT_TRUE(reserved);
     ASSERT_TRUE(stands(200, 150));
     ASSERT_TRUE(support::runUntil([&] { return window.isActiveWindow(); }));
@@ -110,8 +77,10 @@ TEST_F(DraggedWindow, FollowsStopsAtTheTopAndLeavesAtTheLeft) {
     EXPECT_TRUE(stands(261, 30));
     moveTo(2, 100);
     EXPECT_TRUE(stands(-38, 70));
-    moveTo(60, 590);
-    EXPECT_TRUE(stands(20, 560));
+    moveTo(60, 790);
+    EXPECT_TRUE(stands(20, 760));
+    moveTo(1270, 300);
+    EXPECT_TRUE(stands(1230, 270));
     moveTo(240, 180);
     EXPECT_TRUE(stands(200, 150));
     pointer({"mouseup", "1"});

@@ -1,5 +1,7 @@
 #include "tests/support/TestApplication.h"
 
+#include "tests/support/DisplayServer.h"
+
 #include <QEventLoop>
 #include <QImage>
 
@@ -16,19 +18,30 @@ namespace {
 /// Ends the application while the toolkit's own statics are still alive.
 class ApplicationEnvironment : public testing::Environment {
 public:
-    QApplication& application() {
+    QApplication& offscreen() {
         if (m_application == nullptr) {
             setenv("QT_QPA_PLATFORM", "offscreen", 1);
             m_application = std::make_unique<QApplication>(m_count, m_arguments);
         }
         return *m_application;
     }
-    void TearDown() override { m_application.reset(); }
+    QApplication& onScreen() {
+        if (m_application == nullptr) {
+            m_display = std::make_unique<DisplayServer>();
+            m_application = std::make_unique<QApplication>(m_count, m_arguments);
+        }
+        return *m_application;
+    }
+    void TearDown() override {
+        m_application.reset();
+        m_display.reset();
+    }
 
 private:
     int m_count = 1;
     char m_name[5] = "test";
     char* m_arguments[2] = {m_name, nullptr};
+    std::unique_ptr<DisplayServer> m_display;
     std::unique_ptr<QApplication> m_application;
 };
 
@@ -43,7 +56,11 @@ ApplicationEnvironment* const environment = [] {
 } // namespace
 
 QApplication& offscreenApplication() {
-    return environment->application();
+    return environment->offscreen();
+}
+
+QApplication& onScreenApplication() {
+    return environment->onScreen();
 }
 
 bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
@@ -63,6 +80,23 @@ QImage picture(QWidget& widget, double scale) {
     image.fill(Qt::transparent);
     widget.render(&image, {}, {}, QWidget::DrawChildren);
     return image;
+}
+
+std::string colours(const QImage& picture, int line) {
+    const auto letterAt = [&](int x) {
+        const QColor color = picture.pixelColor(x, line);
+        if (color.alpha() == 0) return '.';
+        if (color == QColor(Qt::red)) return 'r';
+        if (color == QColor(Qt::green)) return 'g';
+        return color == QColor(Qt::blue) ? 'b' : '?';
+    };
+    std::string runs;
+    for (int x = 0, end = 0; x < picture.width(); x = end) {
+        while (end < picture.width() && letterAt(end) == letterAt(x))
+            ++end;
+        runs += std::to_string(end - x) + letterAt(x) + ' ';
+    }
+    return runs;
 }
 
 } // namespace support
