@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusArgument>
+#include <QImage>
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
@@ -14,6 +15,22 @@ struct Received {
     QString title;
     QString body;
     QVariantMap hints;
+
+    /// What a person sees of it; none when none came.
+    QImage picture() const {
+        if (!hints.contains(QStringLiteral("image-data"))) return {};
+        const auto data = hints.value(QStringLiteral("image-data")).value<QDBusArgument>();
+        int width = 0, height = 0, stride = 0, bits = 0, channels = 0;
+        bool alpha = false;
+        QByteArray bytes;
+        data.beginStructure();
+        data >> width >> height >> stride >> alpha >> bits >> channels >> bytes;
+        data.endStructure();
+        if (bytes.size() != qsizetype{stride} * height) return {};
+        const auto format = alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888;
+        return QImage(reinterpret_cast<const uchar*>(bytes.constData()), width, height, stride, format)
+            .copy();
+    }
 };
 
 class NotificationServer : public QObject {
