@@ -48,21 +48,17 @@ TEST_F(NetworkSharingTest, TriesAgainWithoutAProgramAndOnlyThen) {
     EXPECT_EQ(calls(), "Encode_SetChannel 7 2\n");
 }
 
-TEST_F(NetworkSharingTest, StartsAnewAfterAStop) {
-    sharing.start(first);
-    sharing.stop();
-    EXPECT_FALSE(sharing.isActive());
-    EXPECT_EQ(sharing.port, 0U);
-    calls();
-    EXPECT_EQ(sharing.start(second), 9090);
-    EXPECT_EQ(calls(), "Encode_Start 2 " + startCall + "Encode_ServerInit 7 9090 40000 40000 0 0 0\n");
-}
-
-TEST_F(NetworkSharingTest, StopsWhenItGoes) {
+TEST_F(NetworkSharingTest, StartsAnewAfterAStopAndStopsWhenItGoes) {
     {
         TulNetworkSharing shortLived;
         shortLived.start(first);
         calls();
+        shortLived.stop();
+        EXPECT_FALSE(shortLived.isActive());
+        EXPECT_EQ(shortLived.port, 0U);
+        EXPECT_EQ(calls(), "Encode_Stop 7\n");
+        EXPECT_EQ(shortLived.start(second), 9090);
+        EXPECT_EQ(calls(), "Encode_Start 2 " + startCall + "Encode_ServerInit 7 9090 40000 40000 0 0 0\n");
     }
     EXPECT_EQ(calls(), "Encode_Stop 7\n");
 }
