@@ -3,6 +3,7 @@
 #include "app/FenCoverArtController.h"
 #include "app/FenPlaylistController.h"
 #include "app/FenReleaseNotesController.h"
+#include "app/FileDrop.h"
 #include "app/PageDots.h"
 #include "app/ReadingDialog.h"
 #include "app/TextField.h"

@@ -5,8 +5,10 @@
 
 #include <QStringList>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,7 @@ class MainWindow;
 }
 
 namespace app {
+class FileDrop;
 class PageDots;
 class TextField;
 } // namespace app
@@ -57,8 +60,8 @@ public:
     /// Once, before anything else. Shows the window; nothing plays.
     void applicationDidFinishLaunching();
 
-    /// What the program was started with: playlists are opened, everything else is appended, and the first of
-    /// it plays.
+    /// What the program was started with: playlists are opened; other files, those in folders, and addresses
+    /// are appended, and the first of them plays.
     void openSources(const std::vector<std::string>& sources);
 
     void openDocument();
@@ -84,11 +87,14 @@ private:
     void makeMenu();
     void showMenuAt(const QPoint& place);
     QString sharingTitle() const;
+    /// The index of the first that was appended, if any.
+    std::optional<std::int32_t> addSources(const std::vector<std::string>& sources);
     void addFiles(const QStringList& paths);
     void readEntries(const std::vector<std::string>& sources);
     void openPlaylistFile(const std::string& path);
 
     app::PageDots* m_pageDots = nullptr;
+    std::unique_ptr<app::FileDrop> m_fileDrop;
     std::unique_ptr<QMenu> m_menu;
     QAction* m_sharing = nullptr; ///< The menu's.
     std::unique_ptr<cocoa::Timer> m_slowTimer;

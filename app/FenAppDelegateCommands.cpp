@@ -3,6 +3,7 @@
 #include "app/FenAppDelegate.h"
 
 #include "app/FenPlaylistController.h"
+#include "app/FileTypes.h"
 #include "app/ReadingDialog.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
@@ -20,19 +21,16 @@
 
 namespace {
 
-const QStringList audioTypes{QStringLiteral("mpg"), QStringLiteral("mpeg"), QStringLiteral("mp1"),
-                             QStringLiteral("m1a"), QStringLiteral("mp2"),  QStringLiteral("m2a"),
-                             QStringLiteral("mpa"), QStringLiteral("mp3"),  QStringLiteral("m4a"),
-                             QStringLiteral("ogg"), QStringLiteral("aif"),  QStringLiteral("aiff"),
-                             QStringLiteral("wav"), QStringLiteral("flac"), QStringLiteral("alac"),
-                             QStringLiteral("ape"), QStringLiteral("opus"), QStringLiteral("wv")};
-const QStringList playlistTypes{QStringLiteral("tuq"), QStringLiteral("tuv"), QStringLiteral("tup"),
-                                QStringLiteral("m3u"), QStringLiteral("m3u8")};
 const QString playlistDescription = QStringLiteral("Playlists");
 constexpr QSize addressFieldSize{300, 48};
 
 std::string bytesOf(const QString& path) {
     return QFile::encodeName(path).toStdString();
+}
+
+bool isFolder(const std::string& path) {
+    std::error_code unknown;
+    return std::filesystem::is_directory(path, unknown);
 }
 
 /// The path without symbolic links, as far as it exists.
@@ -42,19 +40,13 @@ std::string resolved(const std::string& path) {
     return failed ? path : canonical.string();
 }
 
-bool isPlaylist(const std::string& source) {
-    const auto suffix = std::filesystem::path(source).extension().string();
-    return !isAddress(source) && !suffix.empty() &&
-           playlistTypes.contains(QString::fromStdString(suffix.substr(1)).toLower());
-}
-
 } // namespace
 
 void FenAppDelegate::openDocument() {
     cocoa::OpenPanel panel;
     panel.setTitle(QStringLiteral("Add a file to the current playlist"));
     panel.setAllowsMultipleSelection(true);
-    panel.setAllowedFileTypes(QStringLiteral("Audio files"), audioTypes);
+    panel.setAllowedFileTypes(QStringLiteral("Audio files"), app::audioTypes());
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
     panel.beginSheetModalForWindow(*window, [this](const QStringList& paths) { addFiles(paths); });
 }
@@ -76,7 +68,7 @@ void FenAppDelegate::openPlaylist() {
     cocoa::OpenPanel panel;
     panel.setTitle(QStringLiteral("Open a playlist file"));
     panel.setAllowsMultipleSelection(false);
-    panel.setAllowedFileTypes(playlistDescription, playlistTypes);
+    panel.setAllowedFileTypes(playlistDescription, app::playlistTypes());
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     panel.beginSheetModalForWindow(
         *window, [this](const QStringList& paths) { openPlaylistFile(bytesOf(paths.front())); });
@@ -129,18 +121,28 @@ void FenAppDelegate::toggleSpectrumAnalyzer() {
 }
 
 void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
+    const auto first = addSources(sources);
+    if (!first || player->isPlaying()) return;
+    player->playlist->selectEntry(*first);
+    player->startCurrentEntry();
+}
+
+std::optional<std::int32_t> FenAppDelegate::addSources(const std::vector<std::string>& sources) {
     std::vector<std::string> appended;
     for (const std::string& source : sources) {
-        if (isPlaylist(source)) {
+        if (app::isPlaylist(source)) {
             openPlaylistFile(source);
+        } else if (isAddress(source)) {
+            appended.push_back(source);
+        } else if (isFolder(source)) {
+            const auto files = app::audioFilesIn(resolved(source));
+            appended.insert(appended.end(), files.begin(), files.end());
         } else {
-            appended.push_back(isAddress(source) ? source : resolved(source));
+            appended.push_back(resolved(source));
         }
     }
-    if (appended.empty()) return;
+    if (appended.empty()) return std::nullopt;
     const auto first = static_cast<std::int32_t>(player->playlist->entryCount());
     readEntries(appended);
-    if (player->isPlaying()) return;
-    player->playlist->selectEntry(first);
-    player->startCurrentEntry();
+    return first;
 }

@@ -3,6 +3,7 @@
 #include "app/FenAppDelegate.h"
 
 #include "app/DisplayText.h"
+#include "app/FileDrop.h"
 #include "app/PageDots.h"
 #include "app/Skin.h"
 #include "app/TextField.h"
@@ -59,6 +60,8 @@ void FenAppDelegate::loadMainLayout() {
     playerController->balanceSlider = layout.balanceSlider;
     connectControls(layout);
     makeMenu();
+    m_fileDrop =
+        std::make_unique<app::FileDrop>(*window, [this](const auto& sources) { addSources(sources); });
 }
 
 void FenAppDelegate::connectControls(Ui::MainWindow& layout) {

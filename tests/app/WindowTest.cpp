@@ -18,9 +18,12 @@
 #include "tests/support/Media.h"
 #include "tests/support/TestApplication.h"
 
+#include <QDropEvent>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QTest>
 #include <QTextBrowser>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -149,6 +152,43 @@ TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
     EXPECT_EQ(delegate.player->playlist->entryCount(), 3);
     EXPECT_EQ(selector().stringValue(), "Road trip");
     EXPECT_TRUE(delegate.player->isPlaying());
+}
+
+TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
+    const auto folder = support::scratch() / "Album";
+    std::filesystem::create_directories(folder / "CD 2");
+    const auto odd =
+        (support::scratch() / "50% #1?\xff.flac").string(); // no text, and signs that addresses use
+    const auto first = (folder / "1.WAV").string();
+    const auto second = (folder / "CD 2/1.mp3").string();
+    for (const auto& name :
+         {odd, first, second, (folder / "cover.png").string(), (folder / ".2.wav").string()})
+        support::writeFile(name, "x");
+    QMimeData dropped;
+    dropped.setUrls(
+        {QUrl::fromEncoded(QByteArray("file://") + QByteArray::fromStdString(odd).toPercentEncoding("/")),
+         QUrl::fromLocalFile(QString::fromStdString(folder.string())), QUrl("http://127.0.0.1:1/a%20b?c=d")});
+    const auto drop = [&] {
+        QWidget* const under = table().viewport();
+        QDragEnterEvent enter(QPoint(9, 9), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(under, &enter);
+        QDropEvent release(QPointF(9, 9), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(under, &release);
+        return enter.isAccepted();
+    };
+    EXPECT_TRUE(drop());
+    const auto& list = *delegate.player->playlist;
+    ASSERT_TRUE(runUntil([&] { return list.entryCount() == 4; }));
+    EXPECT_EQ(list.entryAt(0)->source, odd);
+    EXPECT_EQ(list.entryAt(1)->source, first);
+    EXPECT_EQ(list.entryAt(2)->source, second);
+    EXPECT_EQ(list.entryAt(3)->source, "http://127.0.0.1:1/a%20b?c=d");
+    EXPECT_EQ(table().numberOfRows(), 4);
+    EXPECT_EQ(delegate.player->stream, nullptr) << "adding plays nothing";
+
+    dropped.setUrls({});
+    dropped.setText("words");
+    EXPECT_FALSE(drop());
 }
 
 TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {

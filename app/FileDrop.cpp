@@ -1,0 +1,52 @@
+#include "app/FileDrop.h"
+
+#include <QApplication>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
+#include <QWidget>
+
+#include <utility>
+
+namespace app {
+namespace {
+
+/// A path's bytes need be no text; the link to it holds them all.
+std::string source(const QUrl& url) {
+    const QByteArray text = url.isLocalFile() ? url.path(QUrl::FullyEncoded).toUtf8() : url.toEncoded();
+    return url.isLocalFile() ? QByteArray::fromPercentEncoding(text).toStdString() : text.toStdString();
+}
+
+} // namespace
+
+FileDrop::FileDrop(QWidget& window, std::function<void(const Sources&)> take) : m_take(std::move(take)) {
+    window.setAcceptDrops(true);
+    window.installEventFilter(this);
+}
+
+bool FileDrop::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove:
+    case QEvent::Drop:
+        drop(static_cast<QDropEvent&>(*event));
+        return true;
+    default:
+        return QObject::eventFilter(watched, event);
+    }
+}
+
+void FileDrop::drop(QDropEvent& event) {
+    const QList<QUrl> urls = event.mimeData()->urls();
+    if (urls.isEmpty() || QApplication::activeModalWidget() != nullptr) return event.ignore();
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+    if (event.type() != QEvent::Drop) return;
+    Sources sources;
+    for (const QUrl& url : urls)
+        sources.push_back(source(url));
+    QMetaObject::invokeMethod(
+        this, [this, sources] { m_take(sources); }, Qt::QueuedConnection);
+}
+
+} // namespace app

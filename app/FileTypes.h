@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QStringList>
+
+#include <string>
+#include <vector>
+
+namespace app {
+
+/// Endings of names, without the dot, as the file choosers list them.
+const QStringList& audioTypes();
+const QStringList& playlistTypes();
+
+/// Whether this path, by its ending in either case, is a playlist's. An address never is.
+bool isPlaylist(const std::string& source);
+
+/// The sound files in a folder and in those below it, by their endings, in the order of their paths. What is
+/// hidden or cannot be read is left out.
+std::vector<std::string> audioFilesIn(const std::string& folder);
+
+} // namespace app
