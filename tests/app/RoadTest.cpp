@@ -124,7 +124,7 @@ class RoadTest : public testing::Test {
 protected:
     void start(const QStringList& files = {}) { desk.start(QStringLiteral(TUL_PLAYER), files); }
     QStringList threeTracks() {
-        return {makeTrack("Alder.flac", {440, 880}, 20), makeTrack("Birch in May.opus", {600}, 40),
+        return {makeTrack("Alder.flac", {440, 880}, 45), makeTrack("Birch in May.opus", {600}, 40),
                 makeTrack("Cedar.mp3", {1500}, 40)};
     }
     bool hears(double hertz) {
