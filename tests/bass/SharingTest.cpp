@@ -5,6 +5,7 @@
 #include "tests/support/WaitFor.h"
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -62,6 +63,14 @@ protected:
         return source ? sounds::read(*source).samples : std::vector<float>();
     }
 
+    /// The root mean square.
+    static double loudness(std::span<const float> samples) {
+        double squares = 0;
+        for (const float sample : samples)
+            squares += double(sample) * sample;
+        return std::sqrt(squares / static_cast<double>(samples.size()));
+    }
+
     HSTREAM channel = 0;
     HENCODE encoder = 0;
     DWORD port = 0;
@@ -97,7 +106,7 @@ TEST_F(SharingTest, ListenersHearTheSourceWhateverTheVolume) {
         }
         const auto played = std::span(source).subspan(place, later.size());
         EXPECT_GT(sounds::correlation(played, later, 0), 0.99);
-        EXPECT_NEAR(std::ranges::max(later) / std::ranges::max(played), 1.0, 0.05);
+        EXPECT_NEAR(loudness(later) / loudness(played), 1.0, 0.02); // of peaks a codec promises nothing
     }
 }
 
