@@ -3,7 +3,6 @@
 #include "tests/bass/Listener.h"
 #include "tests/support/WaitFor.h"
 
-#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -28,6 +27,7 @@ protected:
         addPages(10);
         server = ListenerServer::open(0, pages);
     }
+    void SetUp() override { ASSERT_NE(server, nullptr); }
 
     static PageQueue::Page bytes(const std::string& text) {
         PageQueue::Page page(text.size());
@@ -62,7 +62,6 @@ protected:
 };
 
 TEST_F(ListenerServerTest, SendsHeadersThenTheBurstThenWhatComes) {
-    ASSERT_NE(server, nullptr);
     const Listener early(server->port());
     ASSERT_TRUE(waitFor([&] { return early.body() == stream(6, 10); })) << early.body().size();
     addPages(5);
@@ -84,7 +83,6 @@ TEST_F(ListenerServerTest, SendsHeadersThenTheBurstThenWhatComes) {
 }
 
 TEST_F(ListenerServerTest, AnswersWhatIsNotARequestForTheStream) {
-    ASSERT_NE(server, nullptr);
     const struct {
         std::string request;
         std::string expected;
@@ -117,7 +115,6 @@ TEST_F(ListenerServerTest, AnswersWhatIsNotARequestForTheStream) {
 }
 
 TEST_F(ListenerServerTest, DropsAListenerThatIsFarBehindAndNoOther) {
-    ASSERT_NE(server, nullptr);
     const Listener reading(server->port());
     Listener sleeping(server->port(), "GET / HTTP/1.1\r\nHost: x\r\n\r\n", Listener::Reads::nothing);
     ASSERT_TRUE(waitFor([&] { return reading.body() == stream(6, 10); }));
@@ -133,7 +130,6 @@ TEST_F(ListenerServerTest, DropsAListenerThatIsFarBehindAndNoOther) {
 }
 
 TEST_F(ListenerServerTest, ClosesWhoDoesNotFinishARequest) {
-    ASSERT_NE(server, nullptr);
     const Listener silent(server->port(), "");
     const Listener zeros(server->port(), std::string(300, '\0') + "\r\n\r\n");
     Listener slow(server->port(), "GET / HTTP/1.1\r\nA: ");
@@ -148,7 +144,6 @@ TEST_F(ListenerServerTest, ClosesWhoDoesNotFinishARequest) {
 }
 
 TEST_F(ListenerServerTest, LeaksNothingWhenClientsComeAndGo) {
-    ASSERT_NE(server, nullptr);
     const Listener staying(server->port());
     ASSERT_TRUE(waitFor([&] { return !staying.body().empty(); }));
     const std::size_t before = openDescriptors();

@@ -17,17 +17,16 @@ public:
         const auto index = names.indexOf(string);
         return index < 0 ? cocoa::NotFound : index;
     }
-    QStringList names{QStringLiteral("Road"), QStringLiteral("Work"), QStringLiteral("Road")};
+    QStringList names{"Road", "Work", "Road"};
 };
 
 class ComboBoxTest : public testing::Test {
 protected:
     ComboBoxTest() {
         box.setDataSource(&names);
-        box.setStringValue(QStringLiteral("Mine"));
-        box.setAction([this] {
-            acted += QStringLiteral("%1:%2 ").arg(box.indexOfSelectedItem()).arg(box.stringValue());
-        });
+        box.setStringValue("Mine");
+        box.setAction(
+            [this] { acted += QString("%1:%2 ").arg(box.indexOfSelectedItem()).arg(box.stringValue()); });
         window.resize(300, 100);
         other.move(0, 50);
         window.show();
@@ -64,52 +63,52 @@ TEST_F(ComboBoxTest, TypedTextIsAnItemOnlyWhenItIsOnesName) {
     key(Qt::Key_Return);
     type("work"); // looks alike, is another name
     key(Qt::Key_Return);
-    EXPECT_EQ(acted, QStringLiteral("-1:Party 1:Work -1:work "));
+    EXPECT_EQ(acted, "-1:Party 1:Work -1:work ");
 }
 
 TEST_F(ComboBoxTest, EscapeTakesBackAndLeavingCommitsOnlyWhatWasTyped) {
     type("Nonsense");
-    box.setStringValue(QStringLiteral("Mine")); // said again by a list that was read again
-    EXPECT_EQ(box.stringValue(), QStringLiteral("Nonsense"));
+    box.setStringValue("Mine"); // said again by a list that was read again
+    EXPECT_EQ(box.stringValue(), "Nonsense");
     key(Qt::Key_Escape);
-    EXPECT_EQ(box.stringValue(), QStringLiteral("Mine"));
+    EXPECT_EQ(box.stringValue(), "Mine");
     other.setFocus(Qt::MouseFocusReason);
     EXPECT_TRUE(other.hasFocus());
     EXPECT_EQ(acted, QString());
     box.setFocus();
     type("Party");
     other.setFocus(Qt::MouseFocusReason);
-    EXPECT_EQ(acted, QStringLiteral("-1:Party "));
+    EXPECT_EQ(acted, "-1:Party ");
 }
 
 TEST_F(ComboBoxTest, ChoosingTellsWhichOfTwoItemsOfOneName) {
-    names.names << QStringLiteral("Fresh"); // came after the box last looked
+    names.names << "Fresh"; // came after the box last looked
     choose(3);
-    EXPECT_EQ(acted, QStringLiteral("3:Fresh "));
+    EXPECT_EQ(acted, "3:Fresh ");
     acted.clear();
-    box.setStringValue(QStringLiteral("Work"));
+    box.setStringValue("Work");
     choose(1); // the list opens at the text's own item
-    EXPECT_EQ(acted, QStringLiteral("2:Road "));
-    EXPECT_EQ(box.stringValue(), QStringLiteral("Road"));
+    EXPECT_EQ(acted, "2:Road ");
+    EXPECT_EQ(box.stringValue(), "Road");
     type("Half");
     choose(2); // back to the text that was there
-    EXPECT_EQ(box.stringValue(), QStringLiteral("Road"));
+    EXPECT_EQ(box.stringValue(), "Road");
 }
 
 TEST_F(ComboBoxTest, OpeningAndLeavingTheListChangesNothing) {
     type("Half");
     key(Qt::Key_Down);
     ASSERT_TRUE(support::runUntil([&] { return box.view()->isVisible(); }));
-    EXPECT_EQ(box.stringValue(), QStringLiteral("Half"));
+    EXPECT_EQ(box.stringValue(), "Half");
     QTest::keyClick(box.view(), Qt::Key_Escape);
     ASSERT_TRUE(support::runUntil([&] { return !box.view()->isVisible(); }));
-    EXPECT_EQ(box.stringValue(), QStringLiteral("Half"));
+    EXPECT_EQ(box.stringValue(), "Half");
     EXPECT_EQ(acted, QString());
     key(Qt::Key_Escape);
     names.names.clear();
     key(Qt::Key_Down); // nothing to choose from
     EXPECT_FALSE(box.view()->isVisible());
-    EXPECT_EQ(box.stringValue(), QStringLiteral("Mine"));
+    EXPECT_EQ(box.stringValue(), "Mine");
 }
 
 } // namespace

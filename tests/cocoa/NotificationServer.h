@@ -18,8 +18,8 @@ struct Received {
 
     /// What a person sees of it; none when none came.
     QImage picture() const {
-        if (!hints.contains(QStringLiteral("image-data"))) return {};
-        const auto data = hints.value(QStringLiteral("image-data")).value<QDBusArgument>();
+        if (!hints.contains("image-data")) return {};
+        const auto data = hints.value("image-data").value<QDBusArgument>();
         int width = 0, height = 0, stride = 0, bits = 0, channels = 0;
         bool alpha = false;
         QByteArray bytes;

@@ -29,8 +29,7 @@ public:
         controller->completeTransition();
     }
 
-    QStringList names{QStringLiteral("one"), QStringLiteral("two"), QStringLiteral("three"),
-                      QStringLiteral("none")};
+    QStringList names{"one", "two", "three", "none"};
     Page pages[3];
     int ended = 0;
     cocoa::PageController* controller = nullptr;

@@ -35,7 +35,7 @@ protected:
     }
     void enter(const QString& names) {
         QFileDialog* const shown = dialog();
-        shown->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(names);
+        shown->findChild<QLineEdit*>("fileNameEdit")->setText(names);
         QTest::keyClick(shown, Qt::Key_Return);
         EXPECT_TRUE(support::runUntil([&] { return window.findChild<QFileDialog*>() == nullptr; }));
     }
@@ -48,14 +48,14 @@ protected:
 
 TEST_F(PanelTest, OpensSeveralFilesInTheirOrderAndRemembersTheFolder) {
     cocoa::OpenPanel panel;
-    panel.setAllowedFileTypes(QStringLiteral("Audio files"), {QStringLiteral("mp3"), QStringLiteral("flac")});
+    panel.setAllowedFileTypes("Audio files", {"mp3", "flac"});
     panel.setAllowsMultipleSelection(true);
     panel.setDirectory(folder);
     QStringList chosen;
     panel.beginSheetModalForWindow(window, [&](const QStringList& paths) { chosen = paths; });
-    EXPECT_EQ(dialog()->nameFilters(), (QStringList{QStringLiteral("Audio files (*.mp3 *.MP3 *.flac *.FLAC)"),
-                                                    QStringLiteral("All files (*)")}));
-    enter(QStringLiteral("\"b.FLAC\" \"a.mp3\""));
+    EXPECT_EQ(dialog()->nameFilters(),
+              (QStringList{"Audio files (*.mp3 *.MP3 *.flac *.FLAC)", "All files (*)"}));
+    enter("\"b.FLAC\" \"a.mp3\"");
     EXPECT_EQ(chosen, (QStringList{in("b.FLAC"), in("a.mp3")}));
 
     cocoa::OpenPanel second;
@@ -73,12 +73,11 @@ TEST_F(PanelTest, ASavedNameGetsItsTypeAndReplacesOnlyWhenTold) {
     const auto save = [&](const char* name) {
         saved.clear();
         cocoa::SavePanel panel;
-        panel.setAllowedFileTypes(QStringLiteral("Playlist"), {QStringLiteral("tuq")});
-        panel.setNameFieldStringValue(QStringLiteral("Proposed"));
+        panel.setAllowedFileTypes("Playlist", {"tuq"});
+        panel.setNameFieldStringValue("Proposed");
         panel.setDirectory(folder);
         panel.beginSheetModalForWindow(window, [&](const QString& path) { saved = path; });
-        EXPECT_EQ(dialog()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(),
-                  QStringLiteral("Proposed"));
+        EXPECT_EQ(dialog()->findChild<QLineEdit*>("fileNameEdit")->text(), "Proposed");
         enter(QString::fromUtf8(name));
     };
     save("Party");

@@ -66,12 +66,12 @@ TEST(RichText, FormatsEndWithTheirGroup) {
 TEST(RichText, WhatIsNoRichTextLeavesTheDocumentAlone) {
     support::offscreenApplication();
     QTextDocument document;
-    document.setPlainText(QStringLiteral("before"));
+    document.setPlainText("before");
     for (const QByteArray& bytes :
          {QByteArray(), QByteArray("plain"), QByteArray("{\\html}"), QByteArray("{")}) {
         EXPECT_FALSE(cocoa::readRtf(bytes, document));
     }
-    EXPECT_EQ(document.toPlainText(), QStringLiteral("before"));
+    EXPECT_EQ(document.toPlainText(), "before");
 }
 
 TEST(RichText, HostileBytesAreHarmless) {

@@ -4,7 +4,6 @@
 
 #include <QLineEdit>
 #include <QMenu>
-#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
@@ -44,8 +43,7 @@ TEST_F(RunLoopTest, TimersRepeatAndEndWithTheirObject) {
 }
 
 TEST_F(RunLoopTest, TimersPauseWhileAnAlertIsOpenAndGoOnAfterwards) {
-    cocoa::Alert alert({QStringLiteral("Stream address"), QStringLiteral("OK"), QStringLiteral("Cancel"),
-                        QStringLiteral("It should start with http/https.")});
+    cocoa::Alert alert({"Stream address", "OK", "Cancel", "It should start with http/https."});
     auto field = std::make_unique<QLineEdit>();
     const QPointer<QLineEdit> typed = field.get();
     alert.setAccessoryView(std::move(field));
@@ -54,11 +52,11 @@ TEST_F(RunLoopTest, TimersPauseWhileAnAlertIsOpenAndGoOnAfterwards) {
         const int before = ticks;
         letTimePass();
         during = ticks - before;
-        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("http://a"));
+        QTest::keyClicks(QApplication::focusWidget(), "http://a");
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     });
     EXPECT_EQ(alert.runModal(), cocoa::Alert::defaultReturn);
-    EXPECT_EQ(typed->text(), QStringLiteral("http://a"));
+    EXPECT_EQ(typed->text(), "http://a");
     EXPECT_EQ(during, 0);
     const int after = ticks;
     EXPECT_TRUE(support::runUntil([&] { return ticks > after; }));
@@ -69,7 +67,7 @@ TEST_F(RunLoopTest, TimersPauseWhileAnAlertIsOpenAndGoOnAfterwards) {
 
 TEST_F(RunLoopTest, TimersPauseWhileAMenuIsOpen) {
     QMenu menu;
-    menu.addAction(QStringLiteral("Open"));
+    menu.addAction("Open");
     menu.popup({0, 0});
     const int before = ticks;
     letTimePass();

@@ -114,13 +114,13 @@ TEST_F(SliderTest, RangesAndValuesThatMakeNoSenseAreHarmless) {
 }
 
 TEST_F(SliderTest, SpeaksItsNameAndValueAndTakesOneFromAScreenReader) {
-    slider.setAccessibleName(QStringLiteral("Position"));
-    slider.setValueText([](double value) { return QStringLiteral("%1 seconds").arg(value); });
+    slider.setAccessibleName("Position");
+    slider.setValueText([](double value) { return QString("%1 seconds").arg(value); });
     QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(&slider);
     ASSERT_NE(spoken, nullptr);
     EXPECT_EQ(spoken->role(), QAccessible::Slider);
-    EXPECT_EQ(spoken->text(QAccessible::Name), QStringLiteral("Position"));
-    EXPECT_EQ(spoken->text(QAccessible::Value), QStringLiteral("100 seconds"));
+    EXPECT_EQ(spoken->text(QAccessible::Name), "Position");
+    EXPECT_EQ(spoken->text(QAccessible::Value), "100 seconds");
     ASSERT_NE(spoken->valueInterface(), nullptr);
     spoken->valueInterface()->setCurrentValue(42.0);
     EXPECT_DOUBLE_EQ(slider.doubleValue(), 42);

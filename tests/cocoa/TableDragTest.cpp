@@ -61,7 +61,7 @@ protected:
 TEST_F(TableDragTest, ADragHeldAtTheEdgeScrolls) {
     drag({50, 80}, {60, 325}, [this] { return rows.proposed > 20; });
     ASSERT_EQ(rows.dropped.size(), 1U);
-    EXPECT_EQ(rows.dropped[0].string, QStringLiteral("1"));
+    EXPECT_EQ(rows.dropped[0].string, "1");
     EXPECT_GT(rows.dropped[0].row, 20);
     EXPECT_EQ(rows.dropped[0].operation, cocoa::DropOperation::on);
 }

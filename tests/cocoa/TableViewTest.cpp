@@ -132,7 +132,7 @@ TEST_F(TableViewTest, AScreenReaderHearsRowsAndSelection) {
     ASSERT_EQ(list->childCount(), 100);
     QAccessibleInterface* const row = list->child(1);
     ASSERT_NE(row, nullptr);
-    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("1"));
+    EXPECT_EQ(row->text(QAccessible::Name), "1");
     EXPECT_TRUE(row->state().selected);
     EXPECT_EQ(list->child(1), row);
     EXPECT_EQ(list->child(100), nullptr);

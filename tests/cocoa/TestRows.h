@@ -43,7 +43,7 @@ public:
         int row;
         cocoa::DropOperation operation;
     };
-    const QString type = QStringLiteral("test.rowindex");
+    const QString type = "test.rowindex";
     std::vector<int> numbers;
     double height = 55;
     std::vector<int> displayed;

@@ -7,13 +7,13 @@
 
 namespace {
 
-const QString key = QStringLiteral("InternalPlaylistStorage");
+const QString key = "InternalPlaylistStorage";
 
 QString storedIn(const std::string& content) {
     const auto path = support::scratch() / "settings.json";
     support::writeFile(path, content);
     cocoa::UserDefaults defaults(QString::fromStdString(path.string()));
-    defaults.registerDefaults({{key, QStringLiteral("/registered")}});
+    defaults.registerDefaults({{key, "/registered"}});
     return defaults.stringForKey(key);
 }
 
@@ -40,8 +40,8 @@ TEST(UserDefaults, AreFoundInTheUsersConfigurationFolder) {
     support::writeFile(folder / "tulplayer" / "settings.json",
                        R"({"InternalPlaylistStorage": "/from config"})");
     setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
-    EXPECT_EQ(cocoa::UserDefaults::standardUserDefaults().stringForKey(key), QStringLiteral("/from config"));
-    EXPECT_TRUE(cocoa::UserDefaults::standardUserDefaults().stringForKey(QStringLiteral("unknown")).isNull());
+    EXPECT_EQ(cocoa::UserDefaults::standardUserDefaults().stringForKey(key), "/from config");
+    EXPECT_TRUE(cocoa::UserDefaults::standardUserDefaults().stringForKey("unknown").isNull());
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <vector>
 
 namespace {
 
@@ -18,8 +17,7 @@ namespace {
 class Desktop {
 public:
     Desktop() {
-        m_bus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                    QStringLiteral("--print-address=1")});
+        m_bus.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
         EXPECT_TRUE(m_bus.waitForReadyRead());
         m_address = QString::fromUtf8(m_bus.readLine()).trimmed();
         setenv("DBUS_SESSION_BUS_ADDRESS", m_address.toUtf8().constData(), 1);
@@ -30,10 +28,10 @@ public:
     }
     void startServer() {
         // A connection apart: the server answers as another program would.
-        QDBusConnection connection = QDBusConnection::connectToBus(m_address, QStringLiteral("server"));
-        ASSERT_TRUE(connection.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &server,
+        QDBusConnection connection = QDBusConnection::connectToBus(m_address, "server");
+        ASSERT_TRUE(connection.registerObject("/org/freedesktop/Notifications", &server,
                                               QDBusConnection::ExportAllSlots));
-        ASSERT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.Notifications")));
+        ASSERT_TRUE(connection.registerService("org.freedesktop.Notifications"));
     }
     bool arrived(std::size_t count) {
         return support::runUntil([&] { return server.received.size() >= count; });
@@ -60,11 +58,11 @@ TEST_F(UserNotificationTest, TheBodyIsEscapedAndALargePictureMadeSmall) {
     ASSERT_NO_FATAL_FAILURE(desktop.startServer());
     QImage cover(600, 300, QImage::Format_RGB32);
     cover.fill(Qt::red);
-    center().deliverNotification({QStringLiteral("A <b> & B"), QStringLiteral("C <i> & D"), cover});
+    center().deliverNotification({"A <b> & B", "C <i> & D", cover});
     ASSERT_TRUE(desktop.arrived(1));
     const Received& first = desktop.server.received[0];
-    EXPECT_EQ(first.title, QStringLiteral("A <b> & B"));
-    EXPECT_EQ(first.body, QStringLiteral("C &lt;i&gt; &amp; D"));
+    EXPECT_EQ(first.title, "A <b> & B");
+    EXPECT_EQ(first.body, "C &lt;i&gt; &amp; D");
     EXPECT_EQ(first.picture().size(), QSize(256, 128));
     EXPECT_EQ(first.picture().pixelColor(128, 64), QColor(Qt::red));
 }
@@ -75,8 +73,8 @@ TEST_F(UserNotificationTest, OfManyThatComeAtOnceTheFirstAndTheLastAreShown) {
     for (int each = 0; each < 50; ++each)
         center().deliverNotification({QString::number(each), QString(), {}});
     ASSERT_TRUE(desktop.arrived(2));
-    EXPECT_EQ(desktop.server.received[0].title, QStringLiteral("0"));
-    EXPECT_EQ(desktop.server.received[1].title, QStringLiteral("49"));
+    EXPECT_EQ(desktop.server.received[0].title, "0");
+    EXPECT_EQ(desktop.server.received[1].title, "49");
     EXPECT_EQ(desktop.server.received[1].replaces, 41U);
     EXPECT_TRUE(desktop.server.received[1].picture().isNull());
     EXPECT_EQ(desktop.server.received.size(), 2U);
@@ -84,17 +82,17 @@ TEST_F(UserNotificationTest, OfManyThatComeAtOnceTheFirstAndTheLastAreShown) {
 
 TEST_F(UserNotificationTest, WithoutAServerNothingHappensUntilOneComes) {
     Desktop desktop;
-    center().deliverNotification({QStringLiteral("lost"), QString(), {}});
+    center().deliverNotification({"lost", QString(), {}});
     ASSERT_NO_FATAL_FAILURE(desktop.startServer());
     ASSERT_TRUE(support::runUntil([&] {
-        center().deliverNotification({QStringLiteral("heard"), QString(), {}});
+        center().deliverNotification({"heard", QString(), {}});
         return !desktop.server.received.empty();
     }));
 }
 
 TEST_F(UserNotificationTest, WithoutABusNothingHappens) {
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-    center().deliverNotification({QStringLiteral("lost"), QString(), {}});
+    center().deliverNotification({"lost", QString(), {}});
     EXPECT_FALSE(QDBusConnection::sessionBus().isConnected());
 }
 

@@ -57,8 +57,8 @@ protected:
     QWidget panel;
     std::unique_ptr<CustomWindow> owned = CustomWindow::initWithContentRect({200, 150, 200, 120});
     CustomWindow& window = *owned;
-    QPushButton button{QStringLiteral("no handle"), &window};
-    QLabel label{QStringLiteral("a handle"), &window};
+    QPushButton button{"no handle", &window};
+    QLabel label{"a handle", &window};
 };
 
 TEST_F(DraggedWindow, FollowsStopsAtTheTopAndLeavesAtTheOtherEdges) {

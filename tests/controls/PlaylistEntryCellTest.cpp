@@ -22,9 +22,9 @@ protected:
         support::offscreenApplication();
         cell.setBackgroundColor(grey);
         cell.setTrackNumber(2);
-        cell.setInfo1(QStringLiteral("Café Été"));
-        cell.setInfo2(QStringLiteral("Lumière - Saisons"));
-        cell.setLengthInfo(QStringLiteral("03:07"));
+        cell.setInfo1("Café Été");
+        cell.setInfo2("Lumière - Saisons");
+        cell.setLengthInfo("03:07");
         QImage icon(6, 8, QImage::Format_ARGB32_Premultiplied);
         icon.fill(Qt::red);
         cell.setPlayIcon(cocoa::Image(icon));
@@ -75,7 +75,7 @@ TEST_F(PlaylistEntryCellTest, ElementsStandAtTheirOffsetsAndTextsEndAtTheFramesR
         EXPECT_EQ(cell.playIconRectForBounds(frame), QRectF(right + QPointF(-53, 13), QSizeF(6, 8)));
         EXPECT_EQ(cell.lineRectForBounds(frame), QRectF(0, frame.bottom(), frame.width() + 5, 1));
     }
-    cell.setInfo1(QStringLiteral("short"));
+    cell.setInfo1("short");
     const double own = cell.attributedInfo1Value()->size().width();
     EXPECT_EQ(cell.info1RectForBounds({0, 0, 300, 53}).width(), own);
     cell.setInfo1(std::nullopt);
@@ -93,8 +93,7 @@ TEST_F(PlaylistEntryCellTest, TrackNumbersHaveTwoDigitsAndZeroHasNone) {
 }
 
 TEST_F(PlaylistEntryCellTest, TextsUseRobotoWhereItIsInstalled) {
-    if (QFontInfo(QFont(QStringLiteral("Roboto"))).family() != QLatin1String("Roboto"))
-        GTEST_SKIP() << "no Roboto here";
+    if (QFontInfo(QFont("Roboto")).family() != QLatin1String("Roboto")) GTEST_SKIP() << "no Roboto here";
     const QFont title = cell.attributedInfo1Value()->font;
     EXPECT_EQ(QFontInfo(title).family(), QLatin1String("Roboto"));
     EXPECT_EQ(title.pixelSize(), 12);

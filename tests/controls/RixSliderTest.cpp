@@ -100,9 +100,9 @@ TEST_F(RixSliderTest, AwakeningKeepsItsOwnCellReplacesAnotherAndTakesTheImagesTh
     slider.setKnobImage(bitmap(4, 4, Qt::red));
     EXPECT_TRUE(slider.knobImage().isNull());
 
-    slider.setProperty("barFillImage", QStringLiteral("slider_track_fill"));
-    slider.setProperty("barFillBeforeKnobImage", QStringLiteral("slider_position_fill"));
-    slider.setProperty("barRightAgeImage", QStringLiteral("slider_track_right"));
+    slider.setProperty("barFillImage", "slider_track_fill");
+    slider.setProperty("barFillBeforeKnobImage", "slider_position_fill");
+    slider.setProperty("barRightAgeImage", "slider_track_right");
     slider.awakeFromNib();
     EXPECT_EQ(slider.barFillImage().size(), QSizeF(4, 10));
     EXPECT_EQ(slider.barFillBeforeKnobImage().size(), QSizeF(4, 10));

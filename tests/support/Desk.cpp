@@ -28,8 +28,7 @@ QString home() {
 /// Ends with this process, whatever ends that.
 void startChild(QProcess& child, const QString& program, const QStringList& arguments) {
     child.setProcessChannelMode(QProcess::ForwardedErrorChannel); // what a sanitizer says
-    child.start(QStringLiteral("setpriv"),
-                QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), program} + arguments);
+    child.start("setpriv", QStringList{"--pdeathsig", "KILL", program} + arguments);
     if (!child.waitForStarted()) throw std::runtime_error("cannot start " + program.toStdString());
 }
 
@@ -41,7 +40,7 @@ QString output(const QString& program, const QStringList& arguments) {
 }
 
 QString xdotool(const QStringList& arguments) {
-    return output(QStringLiteral("xdotool"), arguments);
+    return output("xdotool", arguments);
 }
 
 /// The amplitude of one tone, by Goertzel's algorithm.
@@ -80,11 +79,10 @@ Desk::Desk() {
     for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CURRENT_DESKTOP",
                              "WAYLAND_DISPLAY", "QT_SCALE_FACTOR", "QT_QPA_PLATFORMTHEME", "TUL_AUDIO"})
         unsetenv(name);
-    QDir().mkpath(home() + QStringLiteral("/Documents"));
-    const QString address = QStringLiteral("unix:path=") + home() + QStringLiteral("/bus");
-    startChild(m_bus, QStringLiteral("dbus-daemon"),
-               {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
-                QStringLiteral("--print-address"), QStringLiteral("--address=") + address});
+    QDir().mkpath(home() + "/Documents");
+    const QString address = "unix:path=" + home() + "/bus";
+    startChild(m_bus, "dbus-daemon",
+               {"--session", "--nofork", "--nopidfile", "--print-address", "--address=" + address});
     if (!m_bus.waitForReadyRead()) throw std::runtime_error("no session bus");
     qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
     static int count = 1;
@@ -104,17 +102,16 @@ Desk::~Desk() {
 void Desk::start(const QString& program, const QStringList& arguments) {
     startChild(m_program, program, arguments);
     const QStringList search{
-        QStringLiteral("search"),     QStringLiteral("--onlyvisible"),        QStringLiteral("--all"),
-        QStringLiteral("--pid"),      QString::number(m_program.processId()), QStringLiteral("--name"),
-        QStringLiteral("^Tulplayer$")};
+        "search", "--onlyvisible", "--all", "--pid", QString::number(m_program.processId()),
+        "--name", "^Tulplayer$"};
     const auto isActive = [&] {
         m_window = xdotool(search).toStdString();
-        return !m_window.empty() && xdotool({QStringLiteral("getactivewindow")}).toStdString() == m_window;
+        return !m_window.empty() && xdotool({"getactivewindow"}).toStdString() == m_window;
     };
     if (!until(isActive)) throw std::runtime_error("no window");
-    const auto place = QRegularExpression(QStringLiteral("X=(-?\\d+)\nY=(-?\\d+)"))
-                           .match(xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
-                                           QString::fromStdString(m_window)}));
+    const auto place =
+        QRegularExpression("X=(-?\\d+)\nY=(-?\\d+)")
+            .match(xdotool({"getwindowgeometry", "--shell", QString::fromStdString(m_window)}));
     m_origin = {place.captured(1).toInt(), place.captured(2).toInt()};
 }
 
@@ -161,7 +158,7 @@ void Desk::type(const std::string& text) {
 
 void Desk::turnAway() {
     m_otherWindow = std::make_unique<QRasterWindow>();
-    m_otherWindow->setTitle(QStringLiteral("Other"));
+    m_otherWindow->setTitle("Other");
     m_otherWindow->setGeometry(0, 0, 60, 60);
     m_otherWindow->show();
     if (!until([this] { return activeWindow() == QLatin1String("Other"); }))
@@ -176,7 +173,7 @@ void Desk::turnBack() {
 }
 
 QString Desk::activeWindow() const {
-    return xdotool({QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")});
+    return xdotool({"getactivewindow", "getwindowname"});
 }
 
 QImage Desk::seen(const QRect& area) const {
