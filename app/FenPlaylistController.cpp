@@ -33,6 +33,7 @@ void FenPlaylistController::loadView(QWidget& view) {
     layout.setupUi(&view);
     playlistView = layout.playlistView;
     playlistSelector = layout.playlistSelector;
+    view.setFocusProxy(playlistView);
     QPalette rows = playlistView->palette();
     rows.setColor(QPalette::Base, rowColour(false));
     playlistView->setPalette(rows);

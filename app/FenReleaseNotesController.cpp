@@ -19,6 +19,7 @@ void FenReleaseNotesController::loadView(QWidget& view) {
     Ui::ReleaseNotesView layout;
     layout.setupUi(&view);
     releaseNotesView = layout.releaseNotesView;
+    view.setFocusProxy(releaseNotesView);
     app::dressInSkin(*releaseNotesView);
     releaseNotesView->document()->setDocumentMargin(textMargin);
 }
