@@ -11,8 +11,10 @@
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/PageController.h"
+#include "platform/cocoa/RunLoop.h"
 #include "ui_MainWindow.h"
 
+#include <QApplication>
 #include <QIcon>
 #include <QMenu>
 #include <QSysInfo>
@@ -30,6 +32,12 @@ QPalette skinPalette() {
     palette.setColor(QPalette::HighlightedText, QColor(0xff, 0xff, 0xff));
     palette.setColor(QPalette::PlaceholderText, QColor(0x7d, 0x88, 0x96));
     return palette;
+}
+
+/// A prompt that has just opened takes the commands before the window manager gives it the keyboard, and so
+/// does a knob that is held: none may change what is being worked on.
+bool takesCommands() {
+    return cocoa::RunLoop::isInDefaultMode() && QApplication::activeModalWidget() == nullptr;
 }
 
 } // namespace
@@ -97,7 +105,9 @@ void FenAppDelegate::makeMenu() {
                                 std::function<void()> action) {
         QAction* item = m_menu->addAction(title);
         item->setShortcut(keys);
-        QObject::connect(item, &QAction::triggered, window.get(), std::move(action));
+        QObject::connect(item, &QAction::triggered, window.get(), [action = std::move(action)] {
+            if (takesCommands()) action();
+        });
         // The keys work while the menu is closed, too.
         window->addAction(item);
         return item;
