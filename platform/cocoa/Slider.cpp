@@ -4,6 +4,7 @@
 #include "platform/cocoa/RunLoop.h"
 
 #include <QAccessible>
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QStyle>
@@ -84,6 +85,7 @@ void Slider::moveKnobTo(double x) {
 }
 
 void Slider::stopTracking() {
+    QCoreApplication::instance()->removeEventFilter(this);
     m_tracking.reset();
 }
 
@@ -104,6 +106,7 @@ void Slider::mousePressEvent(QMouseEvent* event) {
     const double x = event->position().x();
     const bool onKnob = x >= knob.left() && x <= knob.right();
     m_tracking = std::make_unique<Tracking>(onKnob ? x - knob.center().x() : 0.0);
+    QCoreApplication::instance()->installEventFilter(this);
     if (!onKnob) moveKnobTo(x);
 }
 
@@ -145,6 +148,15 @@ void Slider::wheelEvent(QWheelEvent* event) {
     if (std::abs(angle.x()) > std::abs(angle.y()) || isTracking()) return event->ignore();
     moveTo(doubleValue() + angle.y() / 120.0 * (maxValue() - minValue()) / 50);
     event->accept();
+}
+
+bool Slider::eventFilter(QObject* watched, QEvent* event) {
+    // The button's release goes to a menu that has opened meanwhile, and is lost on a window that a prompt
+    // blocks.
+    const bool released = event->type() == QEvent::MouseButtonRelease &&
+                          static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
+    if (released || (event->type() == QEvent::WindowBlocked && watched == window())) stopTracking();
+    return QWidget::eventFilter(watched, event);
 }
 
 bool Slider::event(QEvent* event) {

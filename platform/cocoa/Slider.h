@@ -57,6 +57,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     bool event(QEvent* event) override;
+    /// Of the whole application, while the knob is held.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     class Tracking;
