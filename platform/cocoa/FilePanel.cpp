@@ -39,6 +39,11 @@ bool endsWithOneOf(const QString& path, const QStringList& extensions) {
     return extensions.isEmpty() || extensions.contains(QFileInfo(path).suffix(), Qt::CaseInsensitive);
 }
 
+/// A name of a playlist as the name of one file.
+QString fileNameOf(QString name) {
+    return name.replace(QLatin1Char('/'), QLatin1Char('-'));
+}
+
 bool mayReplace(QWidget& window, const QString& path) {
     const QString question = QObject::tr("“%1” exists already. Replace it?").arg(QFileInfo(path).fileName());
     return QMessageBox::question(&window, QString(), question) == QMessageBox::Yes;
@@ -51,13 +56,16 @@ void FilePanel::setAllowedFileTypes(const QString& description, const QStringLis
     m_extensions = extensions;
 }
 
-void FilePanel::beginSheet(QFileDialog& dialog, std::function<void(const QStringList&)> completion) const {
+void FilePanel::setUp(QFileDialog& dialog) const {
     dialog.setWindowTitle(m_title);
     if (!m_extensions.isEmpty()) {
         dialog.setNameFilters({filterOf(m_description, m_extensions), QObject::tr("All files (*)")});
     }
     const QString folder = lastFolder().isEmpty() ? m_directory : lastFolder();
     if (!folder.isEmpty()) dialog.setDirectory(folder);
+}
+
+void FilePanel::beginSheet(QFileDialog& dialog, std::function<void(const QStringList&)> completion) {
     QObject::connect(&dialog, &QFileDialog::accepted, &dialog, [&dialog, completion = std::move(completion)] {
         lastFolder() = dialog.directory().absolutePath();
         const QStringList chosen = dialog.selectedFiles();
@@ -70,6 +78,7 @@ void OpenPanel::beginSheetModalForWindow(QWidget& window,
                                          std::function<void(const QStringList& paths)> completion) const {
     QFileDialog& dialog = dialogOn(window);
     dialog.setFileMode(m_allowsMultipleSelection ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+    setUp(dialog);
     beginSheet(dialog, std::move(completion));
 }
 
@@ -78,7 +87,9 @@ void SavePanel::beginSheetModalForWindow(QWidget& window,
     QFileDialog& dialog = dialogOn(window);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.selectFile(m_name);
+    setUp(dialog);
+    // After the folder: the desktop's own choosers take the name for one there.
+    dialog.selectFile(fileNameOf(m_name));
     if (!allowedFileTypes().isEmpty()) dialog.setDefaultSuffix(allowedFileTypes().front());
     const QPointer<QWidget> shownOn = &window;
     beginSheet(dialog,

@@ -27,9 +27,11 @@ protected:
     FilePanel() = default;
     ~FilePanel() = default;
 
+    /// Gives `dialog` the title, the file types and the folder to begin in.
+    void setUp(QFileDialog& dialog) const;
     /// Shows `dialog` as a sheet and calls `completion` on the main thread with the chosen paths, in the
     /// panel's order; not at all when the user cancels.
-    void beginSheet(QFileDialog& dialog, std::function<void(const QStringList&)> completion) const;
+    static void beginSheet(QFileDialog& dialog, std::function<void(const QStringList&)> completion);
     const QStringList& allowedFileTypes() const { return m_extensions; }
 
 private:

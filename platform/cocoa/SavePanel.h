@@ -8,6 +8,7 @@ namespace cocoa {
 /// exists is replaced only after a question.
 class SavePanel : public FilePanel {
 public:
+    /// Proposes a name; "/" in it becomes "-".
     void setNameFieldStringValue(const QString& name) { m_name = name; }
 
     /// `completion` gets the path; it is not called when the user cancels or the window goes.
