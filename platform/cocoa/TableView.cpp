@@ -227,6 +227,7 @@ void TableView::moveCurrentRow(int row, Qt::KeyboardModifiers modifiers) {
 void TableView::sendDoubleAction(int row) {
     m_clickedRow = row;
     if (m_doubleAction) m_doubleAction();
+    viewport()->update(); // the action may have changed what the rows show
 }
 
 void TableView::mousePressEvent(QMouseEvent* event) {

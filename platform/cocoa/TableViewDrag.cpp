@@ -98,7 +98,7 @@ void TableView::proposeDrop(QDragMoveEvent* event) {
     const Pasteboard pasteboard(*event->mimeData(), m_draggedTypes);
     const Drop drop = dropAt(m_dragPoint);
     const bool wanted =
-        m_dataSource != nullptr && !pasteboard.isEmpty() &&
+        m_dataSource != nullptr && !pasteboard.isEmpty() && event->source() != nullptr &&
         m_dataSource->validateDrop(pasteboard, drop.row, drop.operation) == DragOperation::move;
     setDrop(wanted ? std::optional(drop) : std::nullopt);
     if (!wanted) return event->ignore();
@@ -108,7 +108,8 @@ void TableView::proposeDrop(QDragMoveEvent* event) {
 
 void TableView::dragEnterEvent(QDragEnterEvent* event) {
     const Pasteboard pasteboard(*event->mimeData(), m_draggedTypes);
-    if (pasteboard.isEmpty()) return event->ignore();
+    // What another program drags may look like ours, but means its own rows.
+    if (pasteboard.isEmpty() || event->source() == nullptr) return event->ignore();
     m_autoscrollTimer.start(autoscrollIntervalMs, this);
     event->setDropAction(Qt::MoveAction);
     event->accept(); // the rows are asked at every move
