@@ -62,9 +62,10 @@ void FenPlayerController::updatePlayerViewFast() {
 }
 
 void FenPlayerController::updatePlayerViewSlow() {
-    if (!player->stream) return;
-    // Playing can begin and end without a button: at the end of the list, on a stream that runs dry.
+    // Playing can begin and end without a button: at the end of the list, on a stream that runs dry or is
+    // gone.
     if (player->isPlaying() != m_showsPlaying) updatePlayPauseButtonState();
+    if (!player->stream) return;
     if (++infoChangeTickCounter == infoChangeTicks) {
         infoChangeTickCounter = 0;
         if (const auto line = app::displayText(player->stream->nextInfoLine()))
