@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace app {
 namespace {
@@ -24,7 +25,9 @@ std::string localPath(std::string_view address) {
 std::string absoluteSource(const std::string& argument) {
     if (argument.starts_with(fileScheme)) return localPath(argument);
     if (isAddress(argument)) return argument;
-    return std::filesystem::absolute(argument).lexically_normal().string();
+    std::error_code noWorkingFolder;
+    const auto path = std::filesystem::absolute(argument, noWorkingFolder);
+    return noWorkingFolder ? argument : path.lexically_normal().string();
 }
 
 } // namespace

@@ -16,6 +16,7 @@ TextField::TextField(QWidget* parent) : QLabel(parent) {
 void TextField::setStringValue(const QString& string) {
     if (string == text()) return;
     setText(string);
+    setAccessibleDescription(string); // the name says what kind of text it is
     updateToolTip();
 }
 
@@ -50,7 +51,8 @@ void TextField::resizeEvent(QResizeEvent* event) {
 
 void TextField::updateToolTip() {
     const bool fits = fontMetrics().horizontalAdvance(text()) <= width();
-    setToolTip(fits ? QString() : text().toHtmlEscaped());
+    // A tool tip guesses whether its text is rich; this one leaves no doubt.
+    setToolTip(fits ? QString() : QStringLiteral("<qt>%1</qt>").arg(text().toHtmlEscaped()));
 }
 
 } // namespace app
