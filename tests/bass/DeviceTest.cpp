@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <future>
 #include <optional>
 
 namespace {
@@ -137,6 +138,24 @@ TEST_F(Device, GoesOnWhenTheServerComesBack) {
 
     const Samples recorded = recordedToEnd();
     expectGoesOn(recorded, soundFrom(recorded), lost, rate * 0.5);
+}
+
+TEST_F(Device, AnswersWhileTheServerDoesNot) {
+    play(8);
+    ASSERT_TRUE(waitFor([&] { return position() > rate; }, limit));
+    server.freeze(true);
+    // A seek drops what the server has, and the server does not answer to that.
+    auto stays = std::async(std::launch::async, [this] {
+        BASS_ChannelSetPosition(stream, QWORD{7} * rate * 8, BASS_POS_BYTE);
+        return !waitFor([this] { return position() != 7 * rate; }, std::chrono::seconds(1));
+    });
+    EXPECT_EQ(stays.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    server.freeze(false);
+    EXPECT_TRUE(stays.get());
+    const Samples recorded = recordedToEnd();
+    const auto heard =
+        std::search(recorded.begin(), recorded.end(), source.end() - rate, source.end(), alike);
+    EXPECT_NE(heard, recorded.end()) << "the last half second";
 }
 
 TEST_F(Device, RestsWhilePausedAndGoesOnFromThere) {

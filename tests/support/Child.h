@@ -20,6 +20,8 @@ public:
 
     /// Does nothing when it has ended.
     void end(int signal = SIGKILL);
+    /// SIGSTOP leaves it there, and answering nothing, until SIGCONT.
+    void signal(int number) const { kill(m_id, number); }
     /// Waits until it ends by itself; whether it says that all was well.
     [[nodiscard]] bool succeeds();
 

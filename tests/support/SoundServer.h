@@ -22,6 +22,9 @@ public:
     /// Starts it again on the same socket, with a new recording that runs before a player can connect.
     void restart();
 
+    /// While it is frozen, the server answers nothing and does not go away.
+    void freeze(bool frozen) const { m_server.signal(frozen ? SIGSTOP : SIGCONT); }
+
     /// What the sink has played so far: interleaved 16-bit stereo at 44100 Hz.
     std::vector<std::int16_t> recorded() const;
     /// The streams that play into the sink.

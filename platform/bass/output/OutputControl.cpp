@@ -68,10 +68,13 @@ void OutputControl::wakeOutput() {
 
 std::uint64_t OutputControl::heardFrame() {
     const std::lock_guard lock(m_mutex);
-    if (!m_running) return m_lastHeard;
+    if (m_running) noteHeard();
+    return m_lastHeard;
+}
+
+void OutputControl::noteHeard() {
     const std::uint64_t played = m_startedAt + m_output->playedFrames();
     m_lastHeard = std::max(m_lastHeard, std::min(played, m_mixer.mixedFrames()));
-    return m_lastHeard;
 }
 
 void OutputControl::run(const std::stop_token& stop) {
@@ -103,17 +106,19 @@ void OutputControl::run(const std::stop_token& stop) {
 }
 
 void OutputControl::stopOutput() {
-    std::uint64_t heard = 0;
     {
         const std::lock_guard lock(m_mutex);
         if (!m_running) return;
-        const std::uint64_t played = m_startedAt + m_output->playedFrames();
-        m_lastHeard = std::max(m_lastHeard, std::min(played, m_mixer.mixedFrames()));
-        m_output->stop();
-        // An output without a queue has been heard as far as it was filled.
-        m_lastHeard = std::max(m_lastHeard, m_startedAt + m_output->playedFrames());
-        heard = m_lastHeard;
+        noteHeard();
         m_running = false;
+    }
+    // Unlocked: who asks for the position does not wait for a server that does not answer.
+    m_output->stop();
+    std::uint64_t heard = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        noteHeard(); // an output without a queue has been heard as far as it was filled
+        heard = m_lastHeard;
     }
     m_rewind(heard);
 }

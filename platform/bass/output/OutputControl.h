@@ -41,6 +41,7 @@ public:
 
 private:
     void run(const std::stop_token& stop);
+    void noteHeard(); ///< With m_mutex held.
     void stopOutput();
     bool startOutput();
 
