@@ -10,6 +10,7 @@
 #include "core/player/TulPlayer.h"
 #include "core/playlist/resolveEntrySource.h"
 #include "platform/cocoa/Alert.h"
+#include "platform/cocoa/ComboBox.h"
 #include "platform/cocoa/OpenPanel.h"
 #include "platform/cocoa/SavePanel.h"
 
@@ -80,6 +81,8 @@ void FenAppDelegate::openPlaylistFile(const std::string& path) {
 }
 
 void FenAppDelegate::savePlaylist() {
+    // The name that is still being typed is the list's.
+    playlistController->playlistSelector->validateEditing();
     cocoa::SavePanel panel;
     panel.setTitle(QStringLiteral("Save playlist..."));
     panel.setAllowedFileTypes(playlistDescription, {QStringLiteral("tuq")});

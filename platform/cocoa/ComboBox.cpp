@@ -98,17 +98,24 @@ void ComboBox::showPopup() {
 
 void ComboBox::chooseItem(int index) {
     if (m_dataSource == nullptr || index < 0 || index >= m_dataSource->numberOfItemsInComboBox()) return;
-    m_selectedItem = index;
     replaceText(m_dataSource->objectValueForItemAtIndex(index).value_or(QString()));
-    if (m_action) m_action();
+    commit(index);
 }
 
 void ComboBox::commitTyping() {
-    const QString text = stringValue();
-    const std::int64_t item =
-        m_dataSource == nullptr ? NotFound : m_dataSource->indexOfItemWithStringValue(text);
-    m_selectedItem = item == NotFound ? -1 : int(item);
-    m_committed = text;
+    // The text that stood there already is no choice, even where an item is called so.
+    const bool chooses = m_dataSource != nullptr && stringValue() != m_committed;
+    const std::int64_t item = chooses ? m_dataSource->indexOfItemWithStringValue(stringValue()) : NotFound;
+    commit(item == NotFound ? -1 : int(item));
+}
+
+void ComboBox::validateEditing() {
+    if (lineEdit()->isModified()) commit(-1);
+}
+
+void ComboBox::commit(int item) {
+    m_selectedItem = item;
+    m_committed = stringValue();
     lineEdit()->setModified(false);
     if (m_action) m_action();
 }

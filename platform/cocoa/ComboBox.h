@@ -29,7 +29,10 @@ public:
     /// Shows a text; selects no item and calls no action. The text that is shown already leaves alone what is
     /// being typed over it.
     void setStringValue(const QString& string);
-    /// The item that was chosen or whose text was typed; -1 when the text is no item's.
+    /// What has been typed so far becomes the text, and the action is called. It chooses no item, even where
+    /// one is called so.
+    void validateEditing();
+    /// The item that was chosen or whose text was typed over another; -1 when there is none.
     int indexOfSelectedItem() const { return m_selectedItem; }
 
     void setAction(std::function<void()> action) { m_action = std::move(action); }
@@ -47,6 +50,7 @@ private:
     class Items;
     void chooseItem(int index);
     void commitTyping();
+    void commit(int item);
     void revertTyping();
     void replaceText(const QString& string);
     void placeLineEdit();
