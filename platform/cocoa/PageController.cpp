@@ -66,7 +66,8 @@ void PageController::turnToPage(int index) {
     view.resize(size());
     slide(0);
     view.show();
-    if (m_leaving != nullptr && m_leaving->isAncestorOf(focusWidget())) view.setFocus();
+    // The window knows who has the keyboard; this widget only who had it last in here.
+    if (m_leaving != nullptr && m_leaving->isAncestorOf(window()->focusWidget())) view.setFocus();
     m_delegate->didTransitionToObject(m_objects[index]);
 
     const bool animated =

@@ -2,6 +2,7 @@
 #include "platform/cocoa/ViewController.h"
 #include "tests/support/TestApplication.h"
 
+#include <QLineEdit>
 #include <QTest>
 #include <QWheelEvent>
 
@@ -105,6 +106,21 @@ TEST_F(PageControllerTest, KeysAndSwipesTurnOnePageEach) {
     ASSERT_TRUE(shownAlone(2));
     controller.resize(320, 240);
     EXPECT_TRUE(shownAlone(2));
+}
+
+TEST_F(PageControllerTest, OnlyAKeyboardThatIsInThePageGoesAlong) {
+    QWidget window;
+    QLineEdit beside(&window);
+    controller.setParent(&window);
+    window.show();
+    controller.show();
+    book.pages[0].view().setFocus();
+    controller.turnToPage(1);
+    EXPECT_EQ(window.focusWidget(), &book.pages[1].view());
+    beside.setFocus();
+    controller.turnToPage(0);
+    EXPECT_EQ(window.focusWidget(), &beside);
+    controller.setParent(nullptr);
 }
 
 TEST_F(PageControllerTest, ViewsGoOnceWhicheverEndsFirst) {
