@@ -21,6 +21,11 @@ TEST(TimeText, CountsMinutesWithoutLimitAndTruncatesSeconds) {
 TEST(DisplayText, ShowsAnyScriptAndNothingForBytesThatAreNoUtf8) {
     for (const std::string text : {"", "plain", "Café Été", "Ночной поезд", "夜行列車", "قطار"})
         EXPECT_EQ(app::displayText(text).value().toStdString(), text);
+    std::string endless;
+    while (endless.size() < 3'000'000)
+        endless += "夜"; // three bytes a letter
+    const std::string shown = app::displayText(endless).value().toStdString();
+    EXPECT_TRUE(endless.starts_with(shown) && shown.size() > 500 && shown.size() < 5000) << shown.size();
     for (const std::string bytes : {"Caf\xe9", "\xff\xfe", "\xc3"})
         EXPECT_FALSE(app::displayText(bytes)) << bytes;
 }
