@@ -93,6 +93,8 @@ void FenAppDelegate::performSlowUpdate() {
     if (player->takeSongChanged()) {
         playerController->handleSongChange();
         coverArtController->updateCoverArt();
+        // A new list's entry may have the index of the one before, which leaves the table as it is drawn.
+        playlistController->playlistView->viewport()->update();
     }
     playerController->updatePlayerViewSlow();
     playlistController->updatePlaylistViewSlow();

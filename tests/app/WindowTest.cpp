@@ -41,6 +41,18 @@ std::string makeTrack(const std::string& title, double hertz, double seconds,
     return flac.string();
 }
 
+/// Counts how often what it filters is drawn.
+class Paintings : public QObject {
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+};
+
 class WindowTest : public testing::Test {
 protected:
     WindowTest() {
@@ -128,6 +140,16 @@ TEST_F(WindowTest, TheNextEntryStartsByItselfAndAnEmptiedListEndsRewound) {
     EXPECT_TRUE(runUntil([&] { return !controls->timeView->isVisible(); })) << "the look follows the end";
     EXPECT_EQ(delegate.player->stream->position(), 0.0);
     EXPECT_EQ(controls->info1View->text(), "Next");
+
+    delegate.player->playlist->addEntry(makeTrack("After", 700, 20));
+    delegate.playlistController->reloadPlaylistData();
+    Paintings paintings;
+    table().viewport()->installEventFilter(&paintings);
+    ASSERT_TRUE(runUntil([&] { return paintings.count > 0; }));
+    paintings.count = 0;
+    QTest::keyClick(delegate.window.get(), Qt::Key_Right, Qt::ControlModifier);
+    ASSERT_TRUE(shows("After")) << "the only one, at the index of the one before";
+    EXPECT_TRUE(runUntil([&] { return paintings.count > 0; })) << "its row shows that it plays";
 }
 
 TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
