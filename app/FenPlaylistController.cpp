@@ -10,6 +10,8 @@
 #include "platform/cocoa/TableView.h"
 #include "ui_PlaylistView.h"
 
+#include <algorithm>
+
 namespace {
 
 const QString draggedType = QStringLiteral("tuq.playlistindex");
@@ -124,7 +126,8 @@ bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int 
                                        cocoa::DropOperation /*operation*/) {
     const auto source = pasteboard.stringForType(draggedType);
     if (source) player->playlist->moveEntries(source->toInt(), row);
-    // The list's order has changed under the table.
+    // The list's order has changed under the table; the moved entry stays the one that is marked.
+    playlistView->selectRowIndexes({std::min(row, numberOfRowsInTableView() - 1)});
     playlistView->viewport()->update();
     return true;
 }

@@ -154,6 +154,11 @@ TEST_F(WindowTest, TheNextEntryStartsByItselfAndAnEmptiedListEndsRewound) {
 
 TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
     addTracks();
+    cocoa::Pasteboard dragged;
+    dragged.setString("0", "tuq.playlistindex");
+    delegate.playlistController->acceptDrop(dragged, 3, cocoa::DropOperation::above);
+    EXPECT_EQ(delegate.player->playlist->entryAt(2)->title, "One");
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{2}) << "marked where it went";
     QLineEdit* name = selector().lineEdit();
     name->selectAll();
     QTest::keyClicks(name, "Road trip");
