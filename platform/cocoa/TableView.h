@@ -131,7 +131,7 @@ private:
 
     QStringList m_draggedTypes;
     std::optional<QPointF> m_pressedAt; ///< Where a drag of rows may begin.
-    int m_draggedRow = -1;              ///< The row taken, while a drag of this table lasts.
+    int m_draggedRow = -1;              ///< The first of those taken, while a drag of this table lasts.
     std::optional<Drop> m_drop;
     QPointF m_dragPoint;
     QBasicTimer m_autoscrollTimer;

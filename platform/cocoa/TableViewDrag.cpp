@@ -59,21 +59,23 @@ void TableView::startDrag(int row) {
     Pasteboard pasteboard;
     if (m_dataSource == nullptr || !m_dataSource->writeRowsWithIndexes(rows, pasteboard)) return;
 
-    const QRectF frame = rectOfRow(row);
+    // Of several rows, the first is shown in the hand: a drop is one row's.
+    const int shown = *rows.begin();
+    const QRectF frame = rectOfRow(shown);
     QPixmap picture((frame.size() * devicePixelRatioF()).toSize());
     picture.setDevicePixelRatio(devicePixelRatioF());
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     painter.setOpacity(0.7);
-    preparedCell(row).drawInteriorWithFrame(painter, QRectF(QPointF(), frame.size() - QSizeF(0, 1)));
+    preparedCell(shown).drawInteriorWithFrame(painter, QRectF(QPointF(), frame.size() - QSizeF(0, 1)));
     painter.end();
 
     // The toolkit deletes a drag by itself when it is over.
     const QPointer<QDrag> drag = std::make_unique<QDrag>(this).release();
     drag->setMimeData(pasteboard.mimeData().release()); // the drag's from here on
     drag->setPixmap(picture);
-    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - frame.topLeft().toPoint());
-    m_draggedRow = row;
+    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rectOfRow(row).topLeft().toPoint());
+    m_draggedRow = shown;
     const RunLoop::Mode tracking;
     const QPointer<TableView> self = this;
     drag->exec(Qt::MoveAction);
