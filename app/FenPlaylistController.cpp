@@ -48,7 +48,7 @@ void FenPlaylistController::loadView(QWidget& view) {
     playlistSelector->setAction([this] {
         playlistNameChange();
         // The name is given: the keys are the player's again, not the text's.
-        if (playlistSelector->hasFocus()) playlistView->setFocus();
+        if (playlistSelector->window()->focusWidget() == playlistSelector) playlistView->setFocus();
     });
     reloadPlaylistData();
 }
