@@ -10,6 +10,8 @@
 #include "platform/cocoa/TableView.h"
 #include "ui_PlaylistView.h"
 
+#include <QLineEdit>
+
 #include <algorithm>
 
 namespace {
@@ -45,6 +47,7 @@ void FenPlaylistController::loadView(QWidget& view) {
     app::dressInSkin(*playlistSelector);
     playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());
     playlistSelector->setDataSource(this);
+    playlistSelector->lineEdit()->setAcceptDrops(false); // files that fall there are the window's to take
     playlistSelector->setAction([this] {
         playlistNameChange();
         // The name is given: the keys are the player's again, not the text's.

@@ -195,15 +195,14 @@ TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
     dropped.setUrls(
         {QUrl::fromEncoded(QByteArray("file://") + QByteArray::fromStdString(odd).toPercentEncoding("/")),
          QUrl::fromLocalFile(QString::fromStdString(folder.string())), QUrl("http://127.0.0.1:1/a%20b?c=d")});
-    const auto drop = [&] {
-        QWidget* const under = table().viewport();
+    const auto drop = [&](QWidget* under) {
         QDragEnterEvent enter(QPoint(9, 9), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(under, &enter);
         QDropEvent release(QPointF(9, 9), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(under, &release);
         return enter.isAccepted();
     };
-    EXPECT_TRUE(drop());
+    EXPECT_TRUE(drop(table().viewport()));
     const auto& list = *delegate.player->playlist;
     ASSERT_TRUE(runUntil([&] { return list.entryCount() == 4; }));
     EXPECT_EQ(list.entryAt(0)->source, odd);
@@ -213,9 +212,12 @@ TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
     EXPECT_EQ(table().numberOfRows(), 4);
     EXPECT_EQ(delegate.player->stream, nullptr) << "adding plays nothing";
 
+    dropped.setUrls({QUrl("http://127.0.0.1:1/live")});
+    dropped.setText("http://127.0.0.1:1/live"); // the same, for those who take no more
+    EXPECT_TRUE(drop(selector().lineEdit()));
+    EXPECT_TRUE(runUntil([&] { return list.entryCount() == 5; }));
     dropped.setUrls({});
-    dropped.setText("words");
-    EXPECT_FALSE(drop());
+    EXPECT_FALSE(drop(table().viewport()));
 }
 
 TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {
