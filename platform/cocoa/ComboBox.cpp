@@ -38,6 +38,7 @@ ComboBox::ComboBox(QWidget* parent)
     setEditable(true);
     setInsertPolicy(NoInsert);
     setCompleter(nullptr);
+    setFocusPolicy(Qt::StrongFocus); // a passing wheel must not take the keyboard
     lineEdit()->setFrame(false);
     // What typing means is this class's business: the toolkit would choose an item that merely looks alike.
     disconnect(lineEdit(), &QLineEdit::returnPressed, this, nullptr);
