@@ -105,6 +105,7 @@ void FenAppDelegate::makeMenu() {
                                 std::function<void()> action) {
         QAction* item = m_menu->addAction(title);
         item->setShortcut(keys);
+        item->setAutoRepeat(false); // one press, one command, however long it is held
         QObject::connect(item, &QAction::triggered, window.get(), [action = std::move(action)] {
             if (takesCommands()) action();
         });
