@@ -77,7 +77,7 @@ void PageDots::setHovered(int page) {
 
 void PageDots::mousePressEvent(QMouseEvent* event) {
     const int page = pageAt(event->position());
-    if (page < 0) return event->ignore();
+    if (page < 0 || event->button() != Qt::LeftButton) return event->ignore();
     choose(page);
 }
 
