@@ -69,7 +69,10 @@ void FilePanel::beginSheet(QFileDialog& dialog, std::function<void(const QString
     QObject::connect(&dialog, &QFileDialog::accepted, &dialog, [&dialog, completion = std::move(completion)] {
         lastFolder() = dialog.directory().absolutePath();
         const QStringList chosen = dialog.selectedFiles();
-        if (!chosen.isEmpty()) completion(chosen);
+        if (chosen.isEmpty()) return;
+        // Later: events that are handled meanwhile would delete the dialog, which is not done yet.
+        QMetaObject::invokeMethod(
+            dialog.parentWidget(), [completion, chosen] { completion(chosen); }, Qt::QueuedConnection);
     });
     dialog.open();
 }

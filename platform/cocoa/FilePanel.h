@@ -30,7 +30,7 @@ protected:
     /// Gives `dialog` the title, the file types and the folder to begin in.
     void setUp(QFileDialog& dialog) const;
     /// Shows `dialog` as a sheet and calls `completion` on the main thread with the chosen paths, in the
-    /// panel's order; not at all when the user cancels.
+    /// panel's order, once the dialog is closed; not at all when the user cancels.
     static void beginSheet(QFileDialog& dialog, std::function<void(const QStringList&)> completion);
     const QStringList& allowedFileTypes() const { return m_extensions; }
 

@@ -52,7 +52,12 @@ TEST_F(PanelTest, OpensSeveralFilesInTheirOrderAndRemembersTheFolder) {
     panel.setAllowsMultipleSelection(true);
     panel.setDirectory(folder);
     QStringList chosen;
-    panel.beginSheetModalForWindow(window, [&](const QStringList& paths) { chosen = paths; });
+    bool finished = false;
+    panel.beginSheetModalForWindow(window, [&](const QStringList& paths) {
+        EXPECT_TRUE(finished) << "a long reading would delete a dialog that is at work";
+        chosen = paths;
+    });
+    QObject::connect(dialog(), &QDialog::finished, [&] { finished = true; });
     EXPECT_EQ(dialog()->nameFilters(),
               (QStringList{"Audio files (*.mp3 *.MP3 *.flac *.FLAC)", "All files (*)"}));
     enter("\"b.FLAC\" \"a.mp3\"");
