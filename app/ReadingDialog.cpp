@@ -30,6 +30,9 @@ ReadingDialog::~ReadingDialog() = default;
 bool ReadingDialog::proceed(std::size_t done, std::size_t total) {
     if (m_running.elapsed() < quietMs) return true;
     if (!m_dialog) show(total);
+    // The files at hand are still being read, and the dialog is gone: nothing else would keep the user from
+    // changing the list under them.
+    if (m_dialog->wasCanceled()) return false;
     m_dialog->setLabelText(QStringLiteral("%1 of %2 files").arg(done).arg(total));
     m_dialog->setValue(static_cast<int>(done));
     QApplication::processEvents();
