@@ -89,6 +89,7 @@ private:
     QString sharingTitle() const;
     /// The index of the first that was appended, if any.
     std::optional<std::int32_t> addSources(const std::vector<std::string>& sources);
+    std::vector<std::string> filesIn(const std::string& folder);
     void addFiles(const QStringList& paths);
     void readEntries(const std::vector<std::string>& sources);
     void openPlaylistFile(const std::string& path);

@@ -130,6 +130,13 @@ void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
     player->startCurrentEntry();
 }
 
+std::vector<std::string> FenAppDelegate::filesIn(const std::string& folder) {
+    std::vector<std::string> files;
+    app::ReadingDialog::whileShown(*player, *window,
+                                   [&] { files = app::audioFilesIn(folder, player->readingProgress); });
+    return files;
+}
+
 std::optional<std::int32_t> FenAppDelegate::addSources(const std::vector<std::string>& sources) {
     std::vector<std::string> appended;
     for (const std::string& source : sources) {
@@ -138,7 +145,7 @@ std::optional<std::int32_t> FenAppDelegate::addSources(const std::vector<std::st
         } else if (isAddress(source)) {
             appended.push_back(source);
         } else if (isFolder(source)) {
-            const auto files = app::audioFilesIn(resolved(source));
+            const auto files = filesIn(resolved(source));
             appended.insert(appended.end(), files.begin(), files.end());
         } else {
             appended.push_back(resolved(source));

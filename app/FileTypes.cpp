@@ -35,12 +35,13 @@ bool isPlaylist(const std::string& source) {
     return !isAddress(source) && hasType(source, playlistTypes());
 }
 
-std::vector<std::string> audioFilesIn(const std::string& folder) {
+std::vector<std::string> audioFilesIn(const std::string& folder, const ReadingProgress& progress) {
     namespace fs = std::filesystem;
     std::vector<std::string> files;
     std::error_code failed;
     fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, failed);
     for (; !failed && entry != fs::end(entry); entry.increment(failed)) {
+        if (!progress(files.size(), 0)) break;
         const bool hidden = entry->path().filename().string().starts_with('.');
         if (hidden) {
             entry.disable_recursion_pending();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/playlist/ReadingProgress.h"
+
 #include <QStringList>
 
 #include <string>
@@ -15,7 +17,8 @@ const QStringList& playlistTypes();
 bool isPlaylist(const std::string& source);
 
 /// The sound files in a folder and in those below it, by their endings, in the order of their paths. What is
-/// hidden or cannot be read is left out.
-std::vector<std::string> audioFilesIn(const std::string& folder);
+/// hidden or cannot be read is left out. `progress` is told how many have been found, of an unknown total
+/// (0).
+std::vector<std::string> audioFilesIn(const std::string& folder, const ReadingProgress& progress);
 
 } // namespace app

@@ -9,6 +9,7 @@ namespace app {
 namespace {
 
 constexpr qint64 quietMs = 500;
+constexpr qint64 handlesEventsMs = 50;
 
 } // namespace
 
@@ -21,19 +22,21 @@ void ReadingDialog::whileShown(TulPlayer& player, QWidget& window, const std::fu
     player.readingProgress = nullptr;
 }
 
-ReadingDialog::ReadingDialog(QWidget& window) : m_window(window) {
+ReadingDialog::ReadingDialog(QWidget& window) : m_window(window), m_nextMs(quietMs) {
     m_running.start();
 }
 
 ReadingDialog::~ReadingDialog() = default;
 
 bool ReadingDialog::proceed(std::size_t done, std::size_t total) {
-    if (m_running.elapsed() < quietMs) return true;
+    if (m_running.elapsed() < m_nextMs) return true;
+    m_nextMs = m_running.elapsed() + handlesEventsMs;
     if (!m_dialog) show(total);
     // The files at hand are still being read, and the dialog is gone: nothing else would keep the user from
     // changing the list under them.
     if (m_dialog->wasCanceled()) return false;
-    m_dialog->setLabelText(QStringLiteral("%1 of %2 files").arg(done).arg(total));
+    m_dialog->setLabelText(total == 0 ? QStringLiteral("%1 files found").arg(done)
+                                      : QStringLiteral("%1 of %2 files").arg(done).arg(total));
     m_dialog->setValue(static_cast<int>(done));
     QApplication::processEvents();
     return !m_dialog->wasCanceled();

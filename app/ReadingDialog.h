@@ -27,7 +27,8 @@ public:
     explicit ReadingDialog(QWidget& window);
     ~ReadingDialog();
 
-    /// To be called again and again while reading; false when the user wants to stop.
+    /// To be called again and again while reading; false when the user wants to stop. A total of 0 is not
+    /// known yet.
     bool proceed(std::size_t done, std::size_t total);
 
 private:
@@ -35,6 +36,7 @@ private:
 
     QWidget& m_window;
     QElapsedTimer m_running;
+    qint64 m_nextMs; ///< When the dialog is looked after next.
     std::unique_ptr<QProgressDialog> m_dialog;
     std::optional<cocoa::RunLoop::Mode> m_modal;
 };
