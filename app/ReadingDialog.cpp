@@ -44,6 +44,8 @@ bool ReadingDialog::proceed(std::size_t done, std::size_t total) {
 
 void ReadingDialog::show(std::size_t total) {
     m_modal.emplace();
+    // At the program's start the window does not know yet where it stands.
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     m_dialog = std::make_unique<QProgressDialog>(QString(), QStringLiteral("Cancel"), 0,
                                                  static_cast<int>(total), &m_window);
     m_dialog->setWindowTitle(QStringLiteral("Reading tags"));
