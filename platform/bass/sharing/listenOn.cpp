@@ -17,6 +17,7 @@ constexpr int waitingConnections = 1024;
 
 FileDescriptor openSocket(int family) {
     FileDescriptor socket(::socket(family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket) return socket; // with the reason in errno
     const int on = 1;
     const int off = 0;
     // Connections of a server before this one, that are being closed, don't keep the port.
