@@ -41,12 +41,13 @@ Channel::~Channel() {
 DWORD Channel::active() const {
     const Lock lock(m_mutex);
     if (m_state == State::paused) return BASS_ACTIVE_PAUSED;
-    if (m_state == State::stopped) return BASS_ACTIVE_STOPPED;
+    if (m_state != State::playing) return BASS_ACTIVE_STOPPED;
     return m_dry ? BASS_ACTIVE_STALLED : BASS_ACTIVE_PLAYING;
 }
 
 bool Channel::play(bool restart) {
     const Lock lock(m_mutex);
+    if (m_state == State::retired) return false;
     if (restart || (m_atEnd && !m_seek)) m_seek = 0;
     if (m_state != State::playing) {
         m_state = State::playing;
@@ -66,6 +67,13 @@ bool Channel::pause() {
         rewind(lock, heard);
     }
     return true;
+}
+
+void Channel::retire() {
+    const Lock lock(m_mutex);
+    m_state = State::retired;
+    detach(lock);
+    m_tap = nullptr;
 }
 
 bool Channel::seek(std::int64_t frame) {
@@ -137,10 +145,12 @@ void Channel::lastHeard(std::span<float> out) {
     m_ring.copyHistory(static_cast<std::uint64_t>(std::max<std::int64_t>(m_mixed.load() - heard, 0)), out);
 }
 
-void Channel::setTap(SampleTap* tap) {
+bool Channel::setTap(SampleTap* tap) {
     const Lock lock(m_mutex);
+    if (m_state == State::retired) return false;
     m_tap = tap;
     m_mixer.settle();
+    return true;
 }
 
 void Channel::rewind(std::uint64_t heard) {

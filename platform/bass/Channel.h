@@ -44,6 +44,8 @@ public:
     DWORD active() const;
     bool play(bool restart);
     bool pause();
+    /// Silent and without a tap from now on, whatever is still asked of it.
+    void retire();
     bool seek(std::int64_t frame);
     std::int64_t position();
     std::optional<std::int64_t> length() const { return m_source->lengthFrames(); }
@@ -62,8 +64,9 @@ public:
 
     /// The last `out.size() / channelCount` frames heard.
     void lastHeard(std::span<float> out);
-    /// Null removes it; when the call returns the audio thread is done with the former one.
-    void setTap(SampleTap* tap);
+    /// Null removes it; when the call returns the audio thread is done with the former one. False once
+    /// retired.
+    bool setTap(SampleTap* tap);
 
     /// Mixed frames past `heard` on the device's timeline will not be heard: goes back to there.
     void rewind(std::uint64_t heard);
@@ -73,7 +76,7 @@ public:
     void hurry() noexcept { m_work.notify_all(); }
 
 private:
-    enum class State { stopped, playing, paused };
+    enum class State { stopped, playing, paused, retired };
     /// From this frame of the device's timeline on, the source's frames follow one another.
     struct Run {
         std::uint64_t deviceFrame;

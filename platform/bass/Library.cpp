@@ -48,15 +48,14 @@ std::shared_ptr<Channel> Library::find(std::uint32_t handle) {
 }
 
 bool Library::free(std::uint32_t handle) {
-    std::shared_ptr<Channel> channel;
+    const std::shared_ptr<Channel> channel = find(handle);
+    if (!channel) return false;
+    // Before the handle goes: who does not find the channel any more may free what tapped it.
+    channel->retire();
     {
         const std::lock_guard lock(m_mutex);
-        const auto found = m_channels.find(handle);
-        if (found == m_channels.end()) return false;
-        channel = std::move(found->second);
-        m_channels.erase(found);
+        if (m_channels.erase(handle) == 0) return false; // another thread's call was first
     }
-    channel->pause(); // silent now, also when another thread holds it a moment longer
     m_syncs.finish(handle);
     return true;
 }

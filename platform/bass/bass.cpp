@@ -164,7 +164,5 @@ DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request) {
 
 bool bass::setTap(DWORD handle, SampleTap* tap) {
     const auto channel = find(handle);
-    if (!channel) return false;
-    channel->setTap(tap);
-    return true;
+    return channel && channel->setTap(tap);
 }
