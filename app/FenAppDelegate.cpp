@@ -7,6 +7,7 @@
 #include "app/PageDots.h"
 #include "app/ReadingDialog.h"
 #include "app/TextField.h"
+#include "app/desktop/Mpris.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "core/player/TulPlayer.h"
@@ -78,6 +79,7 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     window->show();
     playlistController->playlistView->setFocus();
 
+    m_mpris = std::make_unique<app::Mpris>(*this);
     m_slowTimer = std::make_unique<cocoa::Timer>(slowInterval, [this] { performSlowUpdate(); });
     m_fastTimer = std::make_unique<cocoa::Timer>(fastInterval, [this] { performFastUpdate(); });
     // Its only work is the spectrum: while that is out of sight, nothing is to wake twenty times a second.
@@ -98,6 +100,7 @@ void FenAppDelegate::performSlowUpdate() {
     }
     playerController->updatePlayerViewSlow();
     playlistController->updatePlaylistViewSlow();
+    m_mpris->update();
 }
 
 QString FenAppDelegate::identifierForObject(const QString& object) {

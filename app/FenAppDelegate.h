@@ -27,6 +27,7 @@ class MainWindow;
 
 namespace app {
 class FileDrop;
+class Mpris;
 class PageDots;
 class TextField;
 } // namespace app
@@ -73,6 +74,10 @@ public:
     /// Lets other machines hear what plays, until asked again. The menu tells where.
     void toggleNetworkSharing();
 
+    /// False while a command could change what is being worked on: a prompt that has just opened takes
+    /// commands before the window manager gives it the keyboard, and so does a knob that is held.
+    static bool takesCommands();
+
     void performFastUpdate();
     void performSlowUpdate();
 
@@ -96,6 +101,7 @@ private:
 
     app::PageDots* m_pageDots = nullptr;
     std::unique_ptr<app::FileDrop> m_fileDrop;
+    std::unique_ptr<app::Mpris> m_mpris;
     std::unique_ptr<QMenu> m_menu;
     QAction* m_sharing = nullptr; ///< The menu's.
     std::unique_ptr<cocoa::Timer> m_slowTimer;

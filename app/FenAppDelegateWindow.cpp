@@ -34,12 +34,6 @@ QPalette skinPalette() {
     return palette;
 }
 
-/// A prompt that has just opened takes the commands before the window manager gives it the keyboard, and so
-/// does a knob that is held: none may change what is being worked on.
-bool takesCommands() {
-    return cocoa::RunLoop::isInDefaultMode() && QApplication::activeModalWidget() == nullptr;
-}
-
 } // namespace
 
 void FenAppDelegate::loadMainLayout() {
@@ -96,6 +90,10 @@ void FenAppDelegate::connectControls(Ui::MainWindow& layout) {
     window->setContextMenuPolicy(Qt::CustomContextMenu);
     QObject::connect(window.get(), &QWidget::customContextMenuRequested, window.get(),
                      [this](const QPoint& place) { showMenuAt(window->mapToGlobal(place)); });
+}
+
+bool FenAppDelegate::takesCommands() {
+    return cocoa::RunLoop::isInDefaultMode() && QApplication::activeModalWidget() == nullptr;
 }
 
 void FenAppDelegate::makeMenu() {

@@ -1,5 +1,7 @@
 #include "app/FileDrop.h"
 
+#include "app/FileTypes.h"
+
 #include <QApplication>
 #include <QDropEvent>
 #include <QMimeData>
@@ -9,16 +11,6 @@
 #include <utility>
 
 namespace app {
-namespace {
-
-/// A path's bytes need be no text; the link to it holds them all.
-std::string source(const QUrl& url) {
-    const QByteArray text = url.isLocalFile() ? url.path(QUrl::FullyEncoded).toUtf8() : url.toEncoded();
-    return url.isLocalFile() ? QByteArray::fromPercentEncoding(text).toStdString() : text.toStdString();
-}
-
-} // namespace
-
 FileDrop::FileDrop(QWidget& window, std::function<void(const Sources&)> take) : m_take(std::move(take)) {
     window.setAcceptDrops(true);
     window.installEventFilter(this);
@@ -44,7 +36,7 @@ void FileDrop::drop(QDropEvent& event) {
     if (event.type() != QEvent::Drop) return;
     Sources sources;
     for (const QUrl& url : urls)
-        sources.push_back(source(url));
+        sources.push_back(sourceFromUrl(url));
     QMetaObject::invokeMethod(
         this, [this, sources] { m_take(sources); }, Qt::QueuedConnection);
 }

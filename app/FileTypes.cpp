@@ -2,6 +2,8 @@
 
 #include "core/playlist/resolveEntrySource.h"
 
+#include <QUrl>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -33,6 +35,11 @@ const QStringList& playlistTypes() {
 
 bool isPlaylist(const std::string& source) {
     return !isAddress(source) && hasType(source, playlistTypes());
+}
+
+std::string sourceFromUrl(const QUrl& url) {
+    const QByteArray text = url.isLocalFile() ? url.path(QUrl::FullyEncoded).toUtf8() : url.toEncoded();
+    return url.isLocalFile() ? QByteArray::fromPercentEncoding(text).toStdString() : text.toStdString();
 }
 
 std::vector<std::string> audioFilesIn(const std::string& folder, const ReadingProgress& progress) {

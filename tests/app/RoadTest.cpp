@@ -7,12 +7,17 @@
 #include "tests/support/Media.h"
 
 #include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusObjectPath>
+#include <QFile>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace {
 
@@ -358,21 +363,9 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     EXPECT_EQ(received.front().body, "Trees &amp; Co") << "the body is markup";
     EXPECT_EQ(received.front().replaces, 0U);
     EXPECT_EQ(received.front().hints.value("desktop-entry"), "tulplayer");
-    const auto data = received.front().hints.value("image-data").value<QDBusArgument>();
-    int width = 0;
-    int height = 0;
-    int stride = 0;
-    int bits = 0;
-    int channels = 0;
-    bool alpha = false;
-    QByteArray bytes;
-    data.beginStructure();
-    data >> width >> height >> stride >> alpha >> bits >> channels >> bytes;
-    data.endStructure();
-    EXPECT_EQ(QSize(width, height), QSize(64, 64));
-    ASSERT_EQ(bytes.size(), qsizetype{64} * stride);
-    const auto* middle = reinterpret_cast<const uchar*>(bytes.constData()) + 32 * stride + 32 * channels;
-    EXPECT_TRUE(isCoverColour(qRgb(middle[0], middle[1], middle[2])));
+    const QImage picture = received.front().picture();
+    ASSERT_EQ(picture.size(), QSize(64, 64));
+    EXPECT_TRUE(isCoverColour(picture.pixel(32, 32)));
 
     desk.turnBack();
     desk.click(place::next);
@@ -386,4 +379,101 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     EXPECT_EQ(received.back().replaces, 41U) << "it takes the place of the first";
 }
 
+/// A panel with the desktop's media keys: what it is told of the player.
+class MediaPanel : public QObject {
+    Q_OBJECT
+public:
+    QVariantMap told;
+    std::vector<qlonglong> jumps;
+
+public Q_SLOTS:
+    void changed(const QString& /*interface*/, const QVariantMap& properties, const QStringList& /*others*/) {
+        told.insert(properties);
+    }
+    void sought(qlonglong position) { jumps.push_back(position); }
+};
+
+TEST_F(RoadTest, MediaKeysAndPanelsOfTheDesktopSteerIt) {
+    const QString name = QStringLiteral("org.mpris.MediaPlayer2.tulplayer");
+    const QString path = QStringLiteral("/org/mpris/MediaPlayer2");
+    const QString interface = QStringLiteral("org.mpris.MediaPlayer2.Player");
+    QDBusConnection bus = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                                        QStringLiteral("panel"));
+    MediaPanel panel;
+    bus.connect(name, path, QStringLiteral("org.freedesktop.DBus.Properties"),
+                QStringLiteral("PropertiesChanged"), &panel,
+                SLOT(changed(QString, QVariantMap, QStringList)));
+    bus.connect(name, path, interface, QStringLiteral("Seeked"), &panel, SLOT(sought(qlonglong)));
+    const auto metadata = [&] { return qdbus_cast<QVariantMap>(panel.told.value("Metadata")); };
+    const auto tells = [&](const char* status) {
+        return Desk::until([&] { return panel.told.value("PlaybackStatus") == QLatin1String(status); });
+    };
+
+    const auto tellsJump = [&](double seconds, double within) {
+        return Desk::until([&] {
+            return std::any_of(panel.jumps.begin(), panel.jumps.end(),
+                               [&](qlonglong to) { return std::abs(to / 1e6 - seconds) < within; });
+        });
+    };
+
+    start({makeTrack("Elm & Oak.flac", {440, 880}, 45, makeCover())});
+    const QString last = makeTrack("Fir.mp3", {1500}, 40);
+    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(tells("Playing"));
+    EXPECT_EQ(metadata().value("xesam:title"), "Elm & Oak");
+    EXPECT_EQ(metadata().value("xesam:artist"), QStringList("Trees & Co"));
+    EXPECT_EQ(metadata().value("mpris:length"), 90'000'000LL);
+    const QUrl cover(metadata().value("mpris:artUrl").toString());
+    EXPECT_TRUE(isCoverColour(QImage(cover.toLocalFile()).pixel(32, 32)));
+    const auto track = metadata().value("mpris:trackid").value<QDBusObjectPath>();
+
+    QDBusInterface player(name, path, interface, bus);
+    const auto ask = [&](const char* method, const QVariantList& arguments = {}) {
+        const auto reply = player.callWithArgumentList(QDBus::BlockWithGui, method, arguments);
+        EXPECT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
+    };
+    ask("Play");
+    EXPECT_TRUE(desk.hears(440)) << "what plays goes on";
+    ask("PlayPause");
+    ASSERT_TRUE(tells("Paused"));
+    ASSERT_TRUE(Desk::until([&] { return ink(desk.seen(place::time)) == 0; }));
+    ask("Pause");
+    EXPECT_TRUE(Desk::until([&] { return desk.loudness(desk.recordedFrames() - 4410).back() < 0.001; }));
+    ask("PlayPause");
+    ASSERT_TRUE(tells("Playing"));
+    ASSERT_TRUE(hears(440));
+
+    desk.click(place::position(0.75));
+    ASSERT_TRUE(hears(880));
+    EXPECT_TRUE(tellsJump(67.5, 3)) << "by the hand on the slider";
+    ask("SetPosition", {QVariant::fromValue(QDBusObjectPath("/another/track")), 1'000'000LL});
+    ask("SetPosition", {QVariant::fromValue(track), 91'000'000LL});
+    EXPECT_TRUE(desk.hears(880)) << "no place in what plays";
+    ask("SetPosition", {QVariant::fromValue(track), 1'000'000LL});
+    EXPECT_TRUE(tellsJump(1, 0.001));
+    ASSERT_TRUE(hears(440));
+    ask("Seek", {50'000'000LL});
+    EXPECT_TRUE(hears(880));
+
+    ask("OpenUri", {QUrl::fromLocalFile(last).toString()});
+    ASSERT_TRUE(showsRows(2));
+    EXPECT_TRUE(desk.hears(880)) << "what plays goes on";
+    ask("Seek", {std::numeric_limits<qlonglong>::max()});
+    ASSERT_TRUE(hears(1500)) << "past the end the next begins";
+    ASSERT_TRUE(Desk::until([&] { return metadata().value("xesam:title") == "Fir"; }));
+    EXPECT_NE(metadata().value("mpris:trackid").value<QDBusObjectPath>(), track);
+    EXPECT_FALSE(metadata().contains("mpris:artUrl"));
+    EXPECT_FALSE(QFile::exists(cover.toLocalFile()));
+
+    player.setProperty("Volume", -3.0);
+    EXPECT_TRUE(Desk::until([&] { return desk.loudness(desk.recordedFrames() - 4410).back() < 0.001; }));
+    EXPECT_TRUE(Desk::until([&] { return panel.told.value("Volume") == 0.0; }));
+    ask("Stop");
+    EXPECT_TRUE(tells("Stopped"));
+    QDBusInterface(name, path, QStringLiteral("org.mpris.MediaPlayer2"), bus).asyncCall("Quit");
+    EXPECT_TRUE(desk.ended());
+}
+
 } // namespace
+
+#include "RoadTest.moc"

@@ -1,0 +1,236 @@
+#include "app/desktop/MprisPlayer.h"
+
+#include "app/DisplayText.h"
+#include "app/FenAppDelegate.h"
+#include "app/FileTypes.h"
+#include "app/desktop/MprisRoot.h"
+#include "controls/RixSlider.h"
+#include "core/player/TulPlayer.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDir>
+#include <QMetaProperty>
+#include <QUrl>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+
+namespace app {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A position further than this from where playing would have brought it has been jumped to. Between two
+/// looks playing may have stopped or begun.
+constexpr std::chrono::microseconds jump = 750ms;
+
+constexpr double microsecondsPerSecond = 1e6;
+
+qlonglong toMicroseconds(double seconds) {
+    return static_cast<qlonglong>(std::max(seconds, 0.0) * microsecondsPerSecond);
+}
+
+/// Where the session's end takes what a killed program has left.
+QString coverTemplate() {
+    return qEnvironmentVariable("XDG_RUNTIME_DIR", QDir::tempPath()) +
+           QStringLiteral("/tulplayer-cover-XXXXXX");
+}
+
+} // namespace
+
+const QString MprisPlayer::path = QStringLiteral("/org/mpris/MediaPlayer2");
+
+MprisPlayer::MprisPlayer(QObject& service, FenAppDelegate& delegate)
+    : QDBusAbstractAdaptor(&service), m_delegate(delegate) {
+    m_since.start();
+}
+
+// ---- what is told ----
+
+void MprisPlayer::announceChanges() {
+    const bool sameTrack = handle() == m_handle;
+    if (!sameTrack) takeCover();
+
+    const bool wasPlaying = m_told.value(QStringLiteral("PlaybackStatus")) == QStringLiteral("Playing");
+    const qlonglong played = wasPlaying ? m_since.nsecsElapsed() / 1000 : 0;
+    const qlonglong strayed = position() - m_position - played;
+    noteTime();
+
+    const QVariantMap now = properties();
+    QVariantMap changed;
+    for (auto property = now.begin(); property != now.end(); ++property)
+        if (m_told.value(property.key()) != property.value())
+            changed.insert(property.key(), property.value());
+    m_told = now;
+    if (!changed.isEmpty()) {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"));
+        signal << QStringLiteral("org.mpris.MediaPlayer2.Player") << changed << QStringList();
+        QDBusConnection::sessionBus().send(signal);
+    }
+    if (sameTrack && std::abs(strayed) > jump.count()) Q_EMIT Seeked(m_position);
+}
+
+/// All but the position, which is never announced.
+QVariantMap MprisPlayer::properties() const {
+    QVariantMap values;
+    for (int i = staticMetaObject.propertyOffset(); i < staticMetaObject.propertyCount(); ++i) {
+        const QMetaProperty property = staticMetaObject.property(i);
+        if (QLatin1String(property.name()) == QLatin1String("Position")) continue;
+        values.insert(QString::fromLatin1(property.name()), property.read(this));
+    }
+    return values;
+}
+
+void MprisPlayer::noteTime() {
+    m_handle = handle();
+    m_position = position();
+    m_since.restart();
+}
+
+/// The picture of the entry that has just begun. It is kept as long as it is told of.
+void MprisPlayer::takeCover() {
+    m_cover.reset();
+    if (player().playlist->entryCount() == 0) return;
+    const TulPlaylistEntry& entry = *player().playlist->currentEntry();
+    if (entry.coverArtSize == 0) return;
+    auto file = std::make_unique<QTemporaryFile>(coverTemplate());
+    if (!file->open() || file->write(entry.coverArt.get(), entry.coverArtSize) != entry.coverArtSize) return;
+    file->close();
+    m_cover = std::move(file);
+}
+
+TulPlayer& MprisPlayer::player() const {
+    return *m_delegate.player;
+}
+
+std::uint32_t MprisPlayer::handle() const {
+    return player().stream ? player().stream->handle : 0;
+}
+
+/// Every start of an entry is a track of its own.
+QDBusObjectPath MprisPlayer::trackId() const {
+    if (handle() == 0) return QDBusObjectPath(QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack"));
+    return QDBusObjectPath(QStringLiteral("/tulplayer/track/%1").arg(handle()));
+}
+
+QString MprisPlayer::playbackStatus() const {
+    if (player().isPlaying()) return QStringLiteral("Playing");
+    return position() > 0 ? QStringLiteral("Paused") : QStringLiteral("Stopped");
+}
+
+QVariantMap MprisPlayer::metadata() const {
+    QVariantMap data{{QStringLiteral("mpris:trackid"), QVariant::fromValue(trackId())}};
+    if (!player().stream) return data;
+    const TulStream& stream = *player().stream;
+    const auto insert = [&data](const QString& key, const std::string& bytes, auto made) {
+        const auto text = displayText(bytes);
+        if (text && !text->isEmpty()) data.insert(key, made(*text));
+    };
+    const auto alone = [](const QString& text) { return text; };
+    insert(QStringLiteral("xesam:title"), stream.title, alone);
+    insert(QStringLiteral("xesam:artist"), stream.artist,
+           [](const QString& text) { return QStringList(text); });
+    insert(QStringLiteral("xesam:album"), stream.album, alone);
+    if (stream.length() > 0) data.insert(QStringLiteral("mpris:length"), toMicroseconds(stream.length()));
+    if (m_cover)
+        data.insert(QStringLiteral("mpris:artUrl"), QUrl::fromLocalFile(m_cover->fileName()).toString());
+    return data;
+}
+
+double MprisPlayer::volume() const {
+    return player().volume;
+}
+
+qlonglong MprisPlayer::position() const {
+    return player().stream ? toMicroseconds(player().stream->position()) : 0;
+}
+
+bool MprisPlayer::hasEntries() const {
+    return player().playlist->entryCount() > 0;
+}
+
+bool MprisPlayer::canPlay() const {
+    return hasEntries() || handle() != 0;
+}
+
+bool MprisPlayer::canPause() const {
+    return handle() != 0;
+}
+
+bool MprisPlayer::canSeek() const {
+    return player().stream && player().stream->length() > 0;
+}
+
+// ---- what is asked ----
+
+void MprisPlayer::Next() {
+    m_delegate.playerController->next();
+    announceChanges();
+}
+
+void MprisPlayer::Previous() {
+    m_delegate.playerController->previous();
+    announceChanges();
+}
+
+void MprisPlayer::Pause() {
+    if (player().isPlaying()) PlayPause();
+}
+
+void MprisPlayer::Play() {
+    if (!player().isPlaying()) PlayPause();
+}
+
+void MprisPlayer::PlayPause() {
+    m_delegate.playerController->playPause();
+    announceChanges();
+}
+
+void MprisPlayer::Stop() {
+    player().stop();
+    m_delegate.playerController->updatePlayPauseButtonState();
+    announceChanges();
+}
+
+void MprisPlayer::Seek(qlonglong offset) {
+    if (!canSeek()) return;
+    const qlonglong here = position();
+    if (offset > toMicroseconds(player().stream->length()) - here) return Next();
+    moveTo(std::max<qlonglong>(here + offset, 0));
+}
+
+void MprisPlayer::SetPosition(const QDBusObjectPath& track, qlonglong position) {
+    if (!canSeek() || track != trackId()) return;
+    if (position >= 0 && position <= toMicroseconds(player().stream->length())) moveTo(position);
+}
+
+void MprisPlayer::moveTo(qlonglong position) {
+    player().stream->seek(static_cast<double>(position) / microsecondsPerSecond);
+    noteTime();
+    Q_EMIT Seeked(m_position);
+}
+
+void MprisPlayer::setVolume(double volume) {
+    const double held = volume > 0.0 ? std::min(volume, 1.0) : 0.0; // what is no number is silence
+    player().setVolume(static_cast<float>(held));
+    m_delegate.playerController->volumeSlider->setDoubleValue(held);
+    announceChanges();
+}
+
+void MprisPlayer::OpenUri(const QString& uri) {
+    const QUrl url(uri);
+    if (!MprisRoot::uriSchemes().contains(url.scheme())) return;
+    // Reading may take long and show its progress; whoever asked is not to wait for that.
+    QMetaObject::invokeMethod(
+        this,
+        [this, url] {
+            if (FenAppDelegate::takesCommands()) m_delegate.openSources({sourceFromUrl(url)});
+        },
+        Qt::QueuedConnection);
+}
+
+} // namespace app
