@@ -27,6 +27,9 @@ using namespace std::chrono_literals;
 /// looks playing may have stopped or begun.
 constexpr std::chrono::microseconds jump = 750ms;
 
+/// A track that is stopped goes back to its start and fades out there.
+constexpr std::chrono::microseconds stopFade = 350ms;
+
 constexpr double microsecondsPerSecond = 1e6;
 
 qlonglong toMicroseconds(double seconds) {
@@ -119,7 +122,7 @@ QDBusObjectPath MprisPlayer::trackId() const {
 
 QString MprisPlayer::playbackStatus() const {
     if (player().isPlaying()) return QStringLiteral("Playing");
-    return position() > 0 ? QStringLiteral("Paused") : QStringLiteral("Stopped");
+    return position() > stopFade.count() ? QStringLiteral("Paused") : QStringLiteral("Stopped");
 }
 
 QVariantMap MprisPlayer::metadata() const {
