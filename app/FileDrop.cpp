@@ -36,7 +36,7 @@ void FileDrop::drop(QDropEvent& event) {
     if (event.type() != QEvent::Drop) return;
     Sources sources;
     for (const QUrl& url : urls)
-        sources.push_back(sourceFromUrl(url));
+        sources.push_back(sourceFromAddress(url.toEncoded().toStdString()));
     QMetaObject::invokeMethod(
         this, [this, sources] { m_take(sources); }, Qt::QueuedConnection);
 }

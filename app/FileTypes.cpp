@@ -2,10 +2,11 @@
 
 #include "core/playlist/resolveEntrySource.h"
 
-#include <QUrl>
+#include <QByteArray>
 
 #include <algorithm>
 #include <filesystem>
+#include <string_view>
 
 namespace app {
 namespace {
@@ -37,9 +38,11 @@ bool isPlaylist(const std::string& source) {
     return !isAddress(source) && hasType(source, playlistTypes());
 }
 
-std::string sourceFromUrl(const QUrl& url) {
-    const QByteArray text = url.isLocalFile() ? url.path(QUrl::FullyEncoded).toUtf8() : url.toEncoded();
-    return url.isLocalFile() ? QByteArray::fromPercentEncoding(text).toStdString() : text.toStdString();
+std::string sourceFromAddress(const std::string& address) {
+    constexpr std::string_view scheme = "file://";
+    if (!address.starts_with(scheme)) return address;
+    const std::string path = address.substr(std::min(address.find('/', scheme.size()), address.size()));
+    return QByteArray::fromPercentEncoding(QByteArray::fromStdString(path)).toStdString();
 }
 
 std::vector<std::string> audioFilesIn(const std::string& folder, const ReadingProgress& progress) {

@@ -231,7 +231,8 @@ void MprisPlayer::OpenUri(const QString& uri) {
     QMetaObject::invokeMethod(
         this,
         [this, url] {
-            if (FenAppDelegate::takesCommands()) m_delegate.openSources({sourceFromUrl(url)});
+            if (FenAppDelegate::takesCommands())
+                m_delegate.openSources({sourceFromAddress(url.toEncoded().toStdString())});
         },
         Qt::QueuedConnection);
 }
