@@ -27,9 +27,6 @@ using namespace std::chrono_literals;
 /// looks playing may have stopped or begun.
 constexpr std::chrono::microseconds jump = 750ms;
 
-/// A track that is stopped goes back to its start and fades out there.
-constexpr std::chrono::microseconds stopFade = 350ms;
-
 constexpr double microsecondsPerSecond = 1e6;
 
 qlonglong toMicroseconds(double seconds) {
@@ -56,6 +53,7 @@ MprisPlayer::MprisPlayer(QObject& service, FenAppDelegate& delegate)
 void MprisPlayer::announceChanges() {
     const bool sameTrack = handle() == m_handle;
     if (!sameTrack) takeCover();
+    if (player().isPlaying()) m_stopped = false;
 
     const bool wasPlaying = m_told.value(QStringLiteral("PlaybackStatus")) == QStringLiteral("Playing");
     const qlonglong played = wasPlaying ? m_since.nsecsElapsed() / 1000 : 0;
@@ -122,7 +120,7 @@ QDBusObjectPath MprisPlayer::trackId() const {
 
 QString MprisPlayer::playbackStatus() const {
     if (player().isPlaying()) return QStringLiteral("Playing");
-    return position() > stopFade.count() ? QStringLiteral("Paused") : QStringLiteral("Stopped");
+    return m_stopped || position() == 0 ? QStringLiteral("Stopped") : QStringLiteral("Paused");
 }
 
 QVariantMap MprisPlayer::metadata() const {
@@ -195,6 +193,7 @@ void MprisPlayer::PlayPause() {
 
 void MprisPlayer::Stop() {
     player().stop();
+    m_stopped = true;
     m_delegate.playerController->updatePlayPauseButtonState();
     announceChanges();
 }
@@ -213,6 +212,7 @@ void MprisPlayer::SetPosition(const QDBusObjectPath& track, qlonglong position) 
 
 void MprisPlayer::moveTo(qlonglong position) {
     player().stream->seek(static_cast<double>(position) / microsecondsPerSecond);
+    m_stopped = false;
     noteTime();
     Q_EMIT Seeked(m_position);
 }

@@ -83,6 +83,8 @@ private:
     QVariantMap m_told;
     /// The current entry's picture, for programs that show it; null when it has none.
     std::unique_ptr<QTemporaryFile> m_cover;
+    /// Asked to: the position tells nothing then, the start of the track is heard while it fades out.
+    bool m_stopped = false;
     std::uint32_t m_handle = 0; ///< Of the stream that was told.
     qlonglong m_position = 0;   ///< When `m_since` began.
     QElapsedTimer m_since;
