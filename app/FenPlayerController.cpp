@@ -147,7 +147,10 @@ void FenPlayerController::statusSliderChange() {
 }
 
 void FenPlayerController::volumeSliderChange() {
+    const bool wasPlaying = player->isPlaying();
     player->setVolume(static_cast<float>(volumeSlider->doubleValue()));
+    // It ends the fade of a pause, and the pause with that.
+    if (!wasPlaying && player->isPlaying()) player->pause();
 }
 
 void FenPlayerController::balanceSliderChange() {
