@@ -100,7 +100,6 @@ void FenAppDelegate::performSlowUpdate() {
     }
     playerController->updatePlayerViewSlow();
     playlistController->updatePlaylistViewSlow();
-    m_mpris->update();
 }
 
 QString FenAppDelegate::identifierForObject(const QString& object) {

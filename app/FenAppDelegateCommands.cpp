@@ -140,6 +140,7 @@ std::vector<std::string> FenAppDelegate::filesIn(const std::string& folder) {
 std::optional<std::int32_t> FenAppDelegate::addSources(const std::vector<std::string>& sources) {
     std::vector<std::string> appended;
     for (const std::string& source : sources) {
+        if (source.empty()) continue; // an address without a path
         if (app::isPlaylist(source)) {
             openPlaylistFile(source);
         } else if (isAddress(source)) {

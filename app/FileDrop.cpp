@@ -1,8 +1,8 @@
 #include "app/FileDrop.h"
 
+#include "app/FenAppDelegate.h"
 #include "app/FileTypes.h"
 
-#include <QApplication>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QUrl>
@@ -30,7 +30,7 @@ bool FileDrop::eventFilter(QObject* watched, QEvent* event) {
 
 void FileDrop::drop(QDropEvent& event) {
     const QList<QUrl> urls = event.mimeData()->urls();
-    if (urls.isEmpty() || QApplication::activeModalWidget() != nullptr) return event.ignore();
+    if (urls.isEmpty() || !FenAppDelegate::takesCommands()) return event.ignore();
     event.setDropAction(Qt::CopyAction);
     event.accept();
     if (event.type() != QEvent::Drop) return;

@@ -3,13 +3,27 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 
+#include <chrono>
+
 namespace app {
+namespace {
 
-Mpris::Mpris(FenAppDelegate& delegate) : m_root(*this, delegate), m_player(*this, delegate) {}
+using namespace std::chrono_literals;
 
-void Mpris::update() {
+constexpr auto lookInterval = 500ms;
+
+} // namespace
+
+Mpris::Mpris(FenAppDelegate& delegate) : m_root(*this, delegate), m_player(*this, delegate) {
+    connect(&m_looking, &QTimer::timeout, this, &Mpris::look);
+    m_looking.start(lookInterval);
+}
+
+void Mpris::look() {
     if (m_state == State::untried) m_state = appear() ? State::there : State::impossible;
-    if (m_state == State::there) m_player.announceChanges();
+    if (m_state == State::impossible) return m_looking.stop();
+    m_player.announceChanges();
+    m_player.openWaiting();
 }
 
 bool Mpris::appear() {

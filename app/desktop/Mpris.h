@@ -4,6 +4,7 @@
 #include "app/desktop/MprisRoot.h"
 
 #include <QObject>
+#include <QTimer>
 
 class FenAppDelegate;
 
@@ -16,19 +17,19 @@ namespace app {
 /// Threads: main thread only; the delegate must outlive it.
 class Mpris : public QObject {
 public:
-    /// The bus is not touched before the first update.
+    /// The bus is not touched before the window has had time to show.
     explicit Mpris(FenAppDelegate& delegate);
-
-    /// To be called at every slow tick: tells the bus what has changed.
-    void update();
 
 private:
     enum class State { untried, there, impossible };
+    void look();
     bool appear();
 
     MprisRoot m_root;
     MprisPlayer m_player;
     State m_state = State::untried;
+    /// Goes on under prompts and open menus, as the sound does.
+    QTimer m_looking;
 };
 
 } // namespace app

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <utility>
 
 namespace app {
 namespace {
@@ -95,7 +96,7 @@ void MprisPlayer::noteTime() {
 /// The picture of the entry that has just begun. It is kept as long as it is told of.
 void MprisPlayer::takeCover() {
     m_cover.reset();
-    if (player().playlist->entryCount() == 0) return;
+    if (handle() == 0 || player().playlist->entryCount() == 0) return;
     const TulPlaylistEntry& entry = *player().playlist->currentEntry();
     if (entry.coverArtSize == 0) return;
     auto file = std::make_unique<QTemporaryFile>(coverTemplate());
@@ -138,7 +139,8 @@ QVariantMap MprisPlayer::metadata() const {
     insert(QStringLiteral("xesam:album"), stream.album, alone);
     if (stream.length() > 0) data.insert(QStringLiteral("mpris:length"), toMicroseconds(stream.length()));
     if (m_cover)
-        data.insert(QStringLiteral("mpris:artUrl"), QUrl::fromLocalFile(m_cover->fileName()).toString());
+        data.insert(QStringLiteral("mpris:artUrl"),
+                    QUrl::fromLocalFile(m_cover->fileName()).toString(QUrl::FullyEncoded));
     return data;
 }
 
@@ -187,6 +189,7 @@ void MprisPlayer::Play() {
 }
 
 void MprisPlayer::PlayPause() {
+    if (m_stopped && player().stream) player().stream->seek(0.0);
     m_delegate.playerController->playPause();
     announceChanges();
 }
@@ -219,22 +222,26 @@ void MprisPlayer::moveTo(qlonglong position) {
 
 void MprisPlayer::setVolume(double volume) {
     const double held = volume > 0.0 ? std::min(volume, 1.0) : 0.0; // what is no number is silence
-    player().setVolume(static_cast<float>(held));
     m_delegate.playerController->volumeSlider->setDoubleValue(held);
+    m_delegate.playerController->volumeSliderChange();
     announceChanges();
 }
 
 void MprisPlayer::OpenUri(const QString& uri) {
     const QUrl url(uri);
-    if (!MprisRoot::uriSchemes().contains(url.scheme())) return;
-    // Reading may take long and show its progress; whoever asked is not to wait for that.
-    QMetaObject::invokeMethod(
-        this,
-        [this, url] {
-            if (FenAppDelegate::takesCommands())
-                m_delegate.openSources({sourceFromAddress(url.toEncoded().toStdString())});
-        },
-        Qt::QueuedConnection);
+    const bool leadsSomewhere = url.isLocalFile() ? url.path().size() > 1 : !url.host().isEmpty();
+    if (!leadsSomewhere || !MprisRoot::uriSchemes().contains(url.scheme())) return;
+    m_waiting.push_back(sourceFromAddress(url.toEncoded().toStdString()));
+    openWaiting();
+}
+
+void MprisPlayer::openWaiting() {
+    if (m_waiting.empty() || !FenAppDelegate::takesCommands()) return;
+    // Reading may take long and show its progress: whoever asked is not to wait for that.
+    const auto open = [this] {
+        if (FenAppDelegate::takesCommands()) m_delegate.openSources(std::exchange(m_waiting, {}));
+    };
+    QMetaObject::invokeMethod(this, open, Qt::QueuedConnection);
 }
 
 } // namespace app

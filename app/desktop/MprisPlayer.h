@@ -7,6 +7,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 class FenAppDelegate;
 class QDBusObjectPath;
@@ -39,6 +41,8 @@ public:
 
     /// Signals the properties that differ from what was told last, and a jump of the position.
     void announceChanges();
+    /// Opens what has been asked for, as soon as nothing else is being worked on.
+    void openWaiting();
 
     QString playbackStatus() const;
     static double rate() { return 1.0; }
@@ -85,8 +89,9 @@ private:
     std::unique_ptr<QTemporaryFile> m_cover;
     /// Asked to: the position tells nothing then, the start of the track is heard while it fades out.
     bool m_stopped = false;
-    std::uint32_t m_handle = 0; ///< Of the stream that was told.
-    qlonglong m_position = 0;   ///< When `m_since` began.
+    std::vector<std::string> m_waiting; ///< To be opened.
+    std::uint32_t m_handle = 0;         ///< Of the stream that was told.
+    qlonglong m_position = 0;           ///< When `m_since` began.
     QElapsedTimer m_since;
 };
 
