@@ -4,12 +4,34 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdlib>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace {
 
 constexpr long blockBytes = 8192;
+
+/// TagLib reads what is nested by calling itself, without a limit: boxes of MP4 from here, chapters from the
+/// block that holds them. No honest file comes near these.
+constexpr std::ptrdiff_t deepestStack = 512L * 1024;
+constexpr std::size_t mostChapters = 1000;
+
+const char* stackHere() {
+    return static_cast<const char*>(__builtin_frame_address(0));
+}
+
+bool holdsTooManyChapters(const TagLib::ByteVector& bytes) {
+    const std::string_view text(bytes.data(), bytes.size());
+    std::size_t count = 0;
+    for (auto at = text.find('C'); at != text.npos && count <= mostChapters; at = text.find('C', at + 1)) {
+        const std::string_view id = text.substr(at, 4);
+        if (id == "CHAP" || id == "CTOC") ++count;
+    }
+    return count > mostChapters;
+}
 
 /// Non-blocking: opening a named pipe would otherwise wait for its writer.
 int openFile(const std::string& source) {
@@ -19,7 +41,8 @@ int openFile(const std::string& source) {
 
 } // namespace
 
-TagFileStream::TagFileStream(const std::string& source) : m_path(source), m_file(openFile(source)) {
+TagFileStream::TagFileStream(const std::string& source)
+    : m_path(source), m_file(openFile(source)), m_stack(stackHere()) {
     struct stat status {};
     if (m_file.isOpen() && ::fstat(m_file.get(), &status) == 0 && S_ISREG(status.st_mode))
         m_length = status.st_size;
@@ -27,6 +50,7 @@ TagFileStream::TagFileStream(const std::string& source) : m_path(source), m_file
 
 TagLib::ByteVector TagFileStream::readBlock(unsigned long length) {
     if (!isOpen() || m_position < 0 || m_position >= m_length) return {};
+    if (std::abs(m_stack - stackHere()) > deepestStack) return {};
     const auto size = static_cast<unsigned>(
         std::min<unsigned long>({length, static_cast<unsigned long>(m_length - m_position), 0x7fffffffUL}));
 
@@ -36,6 +60,7 @@ TagLib::ByteVector TagFileStream::readBlock(unsigned long length) {
         bytes.resize(size);
         count = readAt(m_position, bytes.data(), size);
         bytes.resize(static_cast<unsigned>(count));
+        if (holdsTooManyChapters(bytes)) return {};
     } else {
         keepBlockAt(m_position);
         const auto start = static_cast<std::size_t>(m_position - m_blockStart);

@@ -7,7 +7,8 @@
 
 /// A regular file that TagLib reads, and only reads. Blocks of the file are kept, because tags are taken in
 /// many small steps, and each would be a system call or two. Addresses, folders, pipes and whatever else is
-/// no regular file are not open.
+/// no regular file are not open. What is nested so deep that TagLib would run out of stack has no more bytes.
+/// To be read by the thread that made it.
 class TagFileStream : public TagLib::IOStream {
 public:
     explicit TagFileStream(const std::string& source);
@@ -32,6 +33,7 @@ private:
 
     std::string m_path;
     FileDescriptor m_file;
+    const char* m_stack; ///< Where the reader's stack was at first.
     long m_length = -1;
     long m_position = 0;
     std::string m_block;

@@ -144,6 +144,34 @@ TEST(TrackInfo, OfManyEntriesIsTheSameAsOneByOneAndCanBeEnded) {
     EXPECT_TRUE(std::ranges::all_of(ended.entries, [](const auto& e) { return !e->title.empty(); }));
 }
 
+/// `bits` to the byte, most significant first, as sizes are stored in boxes (8) and tags (7).
+std::string sizeBytes(std::size_t size, int bits) {
+    std::string bytes;
+    for (int shift = 3 * bits; shift >= 0; shift -= bits)
+        bytes += static_cast<char>((size >> shift) & ((1U << bits) - 1));
+    return bytes;
+}
+
+TEST(TrackInfo, NestingWithoutEndIsNoTag) {
+    constexpr std::size_t levels = 100'000;
+    std::string boxes = sizeBytes(20, 8) + "ftypM4A " + std::string(4, '\0') + "M4A ";
+    std::string chapters;
+    const std::string chapter = std::string("\0\0a\0", 4) + std::string(16, '\0');
+    for (std::size_t left = levels; left > 0; --left) {
+        boxes += sizeBytes(8 * left, 8) + "moov";
+        chapters += "CHAP" + sizeBytes(28 * left - 10, 7) + chapter;
+    }
+    support::writeFile(media() / "deep.m4a", boxes);
+    support::writeFile(media() / "deep.mp3",
+                       "ID3\x04" + std::string(2, '\0') + sizeBytes(chapters.size(), 7) + chapters);
+    for (const char* name : {"deep.m4a", "deep.mp3"}) {
+        TulPlaylistEntry entry((media() / name).string());
+        EXPECT_EQ(entry.title, "deep");
+        entry.loadCoverArt();
+        EXPECT_EQ(entry.coverArtSize, 0);
+    }
+}
+
 TEST(CoverArt, IsTheOneThatEachFormatPutsFirst) {
     const std::pair<std::string, std::string> cases[] = {
         {"back-first.mp3", "BACK"},
