@@ -253,7 +253,8 @@ void Channel::seekSource(Lock& lock) {
 }
 
 /// A seek was refused. Nothing is left of a source that cannot go back.
-void Channel::stayAtEnd(const Lock& /*lock*/) {
+void Channel::stayAtEnd(const Lock& lock) {
+    if (!m_atEnd) attachIfFilled(lock); // a play that came meanwhile waited for the seek
     if (!m_decodedAll || m_state != State::playing) return;
     if (!m_attached) {
         m_state = State::stopped;
