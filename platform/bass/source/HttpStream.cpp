@@ -77,6 +77,8 @@ int HttpStream::read(std::span<std::uint8_t> out) {
         const int count = avio_read_partial(connection_.get(), out.data(), static_cast<int>(out.size()));
         if (count > 0) {
             offset_ += count;
+            lastByte_ = Clock::now();
+            pause_ = {};
             return count;
         }
         connection_.reset();
@@ -88,14 +90,14 @@ int HttpStream::read(std::span<std::uint8_t> out) {
 
 bool HttpStream::resume() {
     if (live_ || !seekable_) return false;
-    const auto giveUp = Clock::now() + resumeLimit;
+    if (pause_ == Clock::duration::zero()) lastByte_ = Clock::now(); // what was sought may be old
+    const auto giveUp = lastByte_ + resumeLimit;
     const std::int64_t size = size_;
-    auto pause = Clock::duration(firstPause);
     while (!interrupted() && Clock::now() < std::min(giveUp, openedBy_)) {
-        if (connect(offset_)) return size_ == size;
-        for (const auto end = Clock::now() + pause; Clock::now() < end && !interrupted();)
+        for (const auto end = Clock::now() + pause_; Clock::now() < end && !interrupted();)
             std::this_thread::sleep_for(20ms);
-        pause = std::min<Clock::duration>(pause * 2, longestPause);
+        pause_ = std::clamp<Clock::duration>(pause_ * 2, firstPause, longestPause);
+        if (connect(offset_)) return size_ == size;
     }
     return false;
 }

@@ -43,6 +43,8 @@ private:
     std::int64_t offset_ = 0; ///< of the next byte
     std::int64_t size_ = -1;
     bool seekable_ = false;
+    Clock::time_point lastByte_; ///< when bytes came last
+    Clock::duration pause_{0};   ///< before the next try; none after bytes have come
     bool live_ = false;
 };
 
