@@ -29,7 +29,7 @@ inline constexpr DWORD BASS_DWORD_ERROR = ~DWORD{0};
 
 inline constexpr DWORD BASS_ACTIVE_STOPPED = 0;
 inline constexpr DWORD BASS_ACTIVE_PLAYING = 1;
-/// Started, but out of data (a network stream that runs dry); goes on by itself.
+/// Started, but without data: an address that is connecting or has run dry. Continues by itself.
 inline constexpr DWORD BASS_ACTIVE_STALLED = 2;
 inline constexpr DWORD BASS_ACTIVE_PAUSED = 3;
 
@@ -38,7 +38,7 @@ inline constexpr DWORD BASS_ATTRIB_VOL = 2;
 /// Balance of a channel, -1 left only .. 0 both as stored .. +1 right only.
 inline constexpr DWORD BASS_ATTRIB_PAN = 3;
 
-/// The last frame of the source has been heard.
+/// The last frame of the source has been played, or the stream has failed.
 inline constexpr DWORD BASS_SYNC_END = 2;
 /// A slide of BASS_ATTRIB_VOL or BASS_ATTRIB_PAN has reached its target.
 inline constexpr DWORD BASS_SYNC_SLIDE = 5;
@@ -57,14 +57,17 @@ using SYNCPROC = void(HSYNC handle, DWORD channel, DWORD data, void* user);
 /// Receives the raw bytes of a network stream while they are downloaded.
 using DOWNLOADPROC = void(const void* buffer, DWORD length, void* user);
 
-/// Opens the output device. `device` -1 is the default one, the only one offered; `freq` must be 44100, the
-/// remaining arguments 0 and null. FALSE when there is no device, or when the library is initialised already.
+/// Starts the library. `device` -1 is the default output device, the only one offered; `freq` must be 44100,
+/// the remaining arguments 0 and null. The device itself is opened by a thread of the library's own, again and
+/// again until there is one; what plays meanwhile waits. FALSE when no device could ever be opened, or when
+/// the library is initialised already.
 BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId);
 
 /// Opens a local file whatever its name holds; the bytes of `file` are a path. The content decides the
-/// format, never the extension. `mem` must be FALSE, `offset` and `length` 0 (the whole file). 0 when it
-/// holds no sound that can be decoded, or when no device was opened. The stream is created stopped at its
-/// first frame.
+/// format, never the extension. `mem` must be FALSE, `offset` and `length` 0 (the whole file). The stream is
+/// created at once, stopped at its first frame, and opened by a worker of its own: BASS_StreamGetStatus tells
+/// what has become of it. A file that cannot be opened ends its stream (BASS_SYNC_END); every other call then
+/// answers as for handle 0. 0 when the library is not initialised.
 HSTREAM BASS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
 /// As BASS_StreamCreateFile, for one format each: native or Ogg FLAC, Monkey's Audio, Opus, WavPack.
 HSTREAM BASS_FLAC_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
@@ -72,9 +75,47 @@ HSTREAM BASS_APE_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWOR
 HSTREAM BASS_OPUS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
 HSTREAM BASS_WV_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
 
-/// Opens an http or https address, nothing else, and follows redirects within these two. Blocks while it
-/// connects, 5 s at most. `offset` and `flags` must be 0, `proc` null.
+/// As BASS_StreamCreateFile for an http or https address; follows redirects within these two. `offset` and
+/// `flags` must be 0, `proc` null. 0 for text that is no such address.
 HSTREAM BASS_StreamCreateURL(const char* url, DWORD offset, DWORD flags, DOWNLOADPROC* proc, void* user);
+
+/// What has become of a stream: BASS_StreamGetStatus.
+inline constexpr DWORD BASS_STREAM_NONE = 0;       ///< no such stream
+inline constexpr DWORD BASS_STREAM_CONNECTING = 1; ///< none of its frames has been played or is ready to be
+inline constexpr DWORD BASS_STREAM_OPEN = 2;
+inline constexpr DWORD BASS_STREAM_NOT_FOUND = 16;    ///< Failed, as all from here on: no such file.
+inline constexpr DWORD BASS_STREAM_UNREADABLE = 17;   ///< no regular file, no permission, an error of the disk
+inline constexpr DWORD BASS_STREAM_NO_AUDIO = 18;     ///< holds nothing that can be decoded
+inline constexpr DWORD BASS_STREAM_NO_NAME = 19;      ///< the host's name does not resolve
+inline constexpr DWORD BASS_STREAM_REFUSED = 20;      ///< no connection: refused, unreachable, reset
+inline constexpr DWORD BASS_STREAM_TIMEOUT = 21;      ///< no answer in time
+inline constexpr DWORD BASS_STREAM_HTTP_STATUS = 22;  ///< the server answered with an error
+inline constexpr DWORD BASS_STREAM_CERTIFICATE = 23;  ///< the server's certificate is not trusted
+inline constexpr DWORD BASS_STREAM_LOST = 24;         ///< broke off while it played, for good
+
+/// One of the BASS_STREAM_ values; a failed stream keeps its until it is freed. With
+/// BASS_STREAM_HTTP_STATUS, `httpStatus` (may be null) gets what the server answered (404, 503, ...).
+DWORD BASS_StreamGetStatus(HSTREAM handle, DWORD* httpStatus);
+
+/// How a source is opened: BASS_ChannelSetNext.
+inline constexpr DWORD BASS_SOURCE_NONE = 0;
+inline constexpr DWORD BASS_SOURCE_FILE = 1; ///< as by BASS_StreamCreateFile, and so on
+inline constexpr DWORD BASS_SOURCE_FLAC = 2;
+inline constexpr DWORD BASS_SOURCE_APE = 3;
+inline constexpr DWORD BASS_SOURCE_OPUS = 4;
+inline constexpr DWORD BASS_SOURCE_WV = 5;
+inline constexpr DWORD BASS_SOURCE_URL = 6;
+
+/// Names the source that is to follow when `handle` ends, or with BASS_SOURCE_NONE and null that none does.
+/// It is opened shortly before the end, and its first frame is mixed right behind the last one of `handle`,
+/// with the gain, balance and slides that `handle` has then. BASS_SYNC_END of `handle` fires when that frame
+/// is played.
+///
+/// The creation call for this very source, as the next creation call after the end (or at any time before),
+/// then returns the stream that is already prepared or playing; a creation call for another source ends it.
+/// Until then it belongs to `handle`: naming another source, seeking and pausing discard what was mixed
+/// ahead.
+BOOL BASS_ChannelSetNext(DWORD handle, DWORD kind, const char* source);
 
 /// Ends a stream: it falls silent at once, its syncs are removed and none of them starts after this call.
 /// Allowed inside the stream's own sync.
