@@ -3,7 +3,7 @@
 namespace bass {
 namespace {
 
-/// 5 ms at 44.1 kHz: too short to hear as a slide, long enough not to click.
+/// 5 ms at 44.1 kHz: too short to be noticed as a slide, long enough not to click.
 constexpr std::uint32_t smoothingFrames = 220;
 
 } // namespace
@@ -21,33 +21,56 @@ void Attribute::slide(float value, std::uint32_t frames) {
 void Attribute::order(float value, std::uint32_t frames) {
     m_target = value;
     m_order.store(std::bit_cast<std::uint64_t>(Order{value, frames}));
-    m_number.fetch_add(1);
+    m_lastSlide = idOf(m_number.fetch_add(1) + 1);
 }
 
-float Attribute::get() const {
-    return m_sliding ? m_current.load() : m_target;
-}
-
-bool Attribute::slideHeard(std::uint32_t slide) {
-    if (!m_sliding || slide != m_number.load()) return false;
+bool Attribute::slidePlayed(SlideId slide) {
+    if (!m_sliding || slide != m_lastSlide) return false;
     m_sliding = false;
     return true;
 }
 
-void Attribute::follow(bool still) {
+void Attribute::adopt(const Attribute& former) {
+    m_target = former.m_target;
+    m_sliding = former.m_sliding;
+    m_lastSlide = former.m_lastSlide;
+}
+
+void Attribute::settle() {
+    if (!m_sliding) finishSlide();
+}
+
+Attribute::SlideId Attribute::finishSlide() {
+    m_ramp.jumpTo(m_target);
+    m_current = m_target;
+    m_followed = m_number;
+    m_finishing = false;
+    return m_lastSlide;
+}
+
+void Attribute::follow() {
     const std::uint32_t number = m_number.load();
     if (number == m_followed) return;
     m_followed = number;
+    m_slide = idOf(number);
     m_finishing = true;
     const auto order = std::bit_cast<Order>(m_order.load());
-    m_ramp.moveTo(order.target, still && order.frames == smoothingFrames ? 0 : order.frames);
+    m_ramp.moveTo(order.target, order.frames);
 }
 
-std::uint32_t Attribute::finished() {
-    m_current.store(m_ramp.value());
+void Attribute::continueFrom(const Attribute& former) {
+    m_ramp = former.m_ramp;
+    m_slide = former.m_slide;
+    m_finishing = former.m_finishing;
+    m_followed = m_number.load();
+    m_current = former.m_ramp.value();
+}
+
+Attribute::SlideId Attribute::finished() {
+    m_current.store(m_ramp.value(), std::memory_order_relaxed);
     if (!m_finishing || m_ramp.isMoving()) return 0;
     m_finishing = false;
-    return m_followed;
+    return m_slide;
 }
 
 } // namespace bass

@@ -8,30 +8,44 @@
 
 namespace bass {
 
-/// One attribute of a channel (gain or pan): set or slid by any thread, followed by the audio thread.
+/// One attribute of a stream (gain or pan): set or slid by a control call, followed by the audio thread.
 ///
-/// Threads: `set`, `slide`, `get`, `isSliding` and `slideHeard` under the channel's lock; the rest is the
-/// audio thread's.
+/// Threads: the first group under the engine's lock; those that say "at rest" while the mixer does not have
+/// the stream. The second group is the audio thread's.
 class Attribute {
 public:
-    explicit Attribute(float value) : m_ramp(value), m_target(value), m_current(value) {}
+    /// Numbers the slides of all attributes of a library, so that one that moves to another stream at a join
+    /// keeps its identity.
+    using SlideId = std::uint64_t;
 
+    /// `owner` is the stream's handle.
+    Attribute(std::uint32_t owner, float value)
+        : m_owner(owner), m_ramp(value), m_target(value), m_current(value) {}
+
+    /// Reaches the value within 5 ms, without a click.
     void set(float value);
     void slide(float value, std::uint32_t frames);
     /// Where a slide is now; the value set where there is none.
-    float get() const;
+    float get() const { return m_sliding ? m_current.load() : m_target; }
     bool isSliding() const { return m_sliding; }
-    /// The end of slide number `slide` has been heard. False when it was replaced meanwhile.
-    bool slideHeard(std::uint32_t slide);
+    bool isSlidingToSilence() const { return m_sliding && m_target == 0.0F; }
+    /// The end of a slide has been played. False when it was replaced meanwhile.
+    bool slidePlayed(SlideId slide);
+    /// Goes on with the value and the slide of the stream that this one has followed at a join.
+    void adopt(const Attribute& former);
+    /// At rest: nothing is playing that could click. Takes a value that was set at once; what slides, slides
+    /// on from where it is.
+    void settle();
+    /// At rest: brings a slide to its target at once, and answers it.
+    SlideId finishSlide();
 
-    /// Takes what was set since. `still` when nothing of the channel has been mixed: there is nothing to
-    /// click.
-    void follow(bool still);
-    float next() { return m_ramp.next(); }
-    float value() const { return m_ramp.value(); }
-    bool isMoving() const { return m_ramp.isMoving(); }
-    /// After mixing: the number of the slide that has just reached its target, or 0.
-    std::uint32_t finished();
+    /// Takes what was ordered since.
+    void follow();
+    /// At a join: goes on from where the former stream's ramp is.
+    void continueFrom(const Attribute& former);
+    Ramp& ramp() { return m_ramp; }
+    /// After mixing: the slide that has just reached its target, or 0.
+    SlideId finished();
 
 private:
     struct Order {
@@ -39,12 +53,19 @@ private:
         std::uint32_t frames;
     };
     void order(float value, std::uint32_t frames);
+    SlideId idOf(std::uint32_t number) const { return std::uint64_t{m_owner} << 32 | number; }
 
-    Ramp m_ramp;                  ///< Audio thread.
-    std::uint32_t m_followed = 0; ///< Audio thread: number of the order it follows.
-    bool m_finishing = false;     ///< Audio thread: the order is not at its target yet.
-    float m_target;               ///< Lock.
-    bool m_sliding = false;       ///< Lock.
+    const std::uint32_t m_owner;
+
+    Ramp m_ramp;                  ///< Audio thread, as the three below.
+    std::uint32_t m_followed = 0; ///< Number of the order it follows.
+    SlideId m_slide = 0;          ///< The same as an identity, which may be a former stream's.
+    bool m_finishing = false;     ///< The order has not reached its target yet.
+
+    float m_target; ///< Engine's lock, as the two below.
+    SlideId m_lastSlide = 0;
+    bool m_sliding = false;
+
     std::atomic<std::uint32_t> m_number{0};
     std::atomic<std::uint64_t> m_order{0};
     std::atomic<float> m_current;

@@ -1,345 +1,388 @@
 #include "platform/bass/Channel.h"
 
+#include "platform/bass/StreamWorker.h"
+
 #include <algorithm>
-#include <array>
-#include <chrono>
-#include <pthread.h>
+#include <utility>
 
 namespace bass {
 namespace {
 
-using namespace std::chrono_literals;
-
-/// Frames of a chunk that is decoded at once.
-constexpr std::size_t chunkFrames = 2048;
-/// There before a channel is mixed: the device asks for its whole latency at once when it starts.
+/// There before a stream starts: the device asks for its whole latency at once.
 constexpr std::size_t fillFrames = sampleRate / 4;
-/// There before a channel that ran dry goes on: without it a slow network would stutter.
-constexpr std::size_t refillFrames = sampleRate / 10;
-constexpr auto fullWait = 200ms;
-constexpr auto starvedWait = 20ms;
+/// A file's ring holds 0.7 s, an address's 11 s: what a network may take to come back.
+constexpr Voice::Config fileVoice{.framesAhead = 32768, .refillFrames = sampleRate / 10};
+constexpr Voice::Config networkVoice{.framesAhead = 491520, .refillFrames = sampleRate / 2};
+/// The source that follows is opened when so much of this one is left to be decoded.
+constexpr std::int64_t prepareFrames = std::int64_t{10} * sampleRate;
+
+DWORD statusOf(Failure failure) {
+    switch (failure) {
+    case Failure::none:
+        return BASS_STREAM_OPEN;
+    case Failure::notFound:
+        return BASS_STREAM_NOT_FOUND;
+    case Failure::unreadable:
+        return BASS_STREAM_UNREADABLE;
+    case Failure::noAudio:
+        return BASS_STREAM_NO_AUDIO;
+    case Failure::nameNotFound:
+        return BASS_STREAM_NO_NAME;
+    case Failure::refused:
+        return BASS_STREAM_REFUSED;
+    case Failure::timeout:
+        return BASS_STREAM_TIMEOUT;
+    case Failure::httpStatus:
+        return BASS_STREAM_HTTP_STATUS;
+    case Failure::certificate:
+        return BASS_STREAM_CERTIFICATE;
+    case Failure::lost:
+        return BASS_STREAM_LOST;
+    }
+    return BASS_STREAM_NONE;
+}
 
 } // namespace
 
-Channel::Channel(DWORD handle, std::unique_ptr<Source> source, Mixer& mixer, OutputControl& output)
+Channel::Channel(DWORD handle, SourceName name, Engine& engine)
     : m_handle(handle),
-      m_source(std::move(source)),
-      m_mixer(mixer),
-      m_output(output),
-      m_thread([this](const std::stop_token& stop) { decode(stop); }) {}
+      m_name(std::move(name)),
+      m_engine(engine),
+      m_voice(handle, m_name.kind == BASS_SOURCE_URL ? networkVoice : fileVoice, m_work) {}
 
-Channel::~Channel() {
-    m_thread.request_stop();
-    m_source->interrupt();
-    m_thread.join();
-    const Lock lock(m_mutex);
-    detach(lock);
+// ---- state ----
+
+bool Channel::exists(const Lock& /*lock*/) const {
+    return m_state != StreamState::freed && m_state != StreamState::failed;
 }
 
-// ---- any thread ----
-
-DWORD Channel::active() const {
-    const Lock lock(m_mutex);
-    if (m_state == State::paused) return BASS_ACTIVE_PAUSED;
-    if (m_state != State::playing) return BASS_ACTIVE_STOPPED;
-    return m_dry ? BASS_ACTIVE_STALLED : BASS_ACTIVE_PLAYING;
-}
-
-bool Channel::play(bool restart) {
-    const Lock lock(m_mutex);
-    if (m_state == State::retired) return false;
-    if (restart || (m_atEnd && !m_seek)) m_seek = 0;
-    if (m_state != State::playing) {
-        m_state = State::playing;
-        attachIfFilled(lock);
+DWORD Channel::active(const Lock& /*lock*/) const {
+    switch (m_state) {
+    case StreamState::paused:
+        return BASS_ACTIVE_PAUSED;
+    case StreamState::playing:
+        return m_voice.isDry() ? BASS_ACTIVE_STALLED : BASS_ACTIVE_PLAYING;
+    case StreamState::starting:
+        return isNetwork() ? BASS_ACTIVE_STALLED : BASS_ACTIVE_PLAYING;
+    default:
+        return BASS_ACTIVE_STOPPED;
     }
-    m_work.notify_all();
-    return true;
 }
 
-bool Channel::pause() {
-    const Lock lock(m_mutex);
-    if (m_state != State::playing) return false;
-    m_state = State::paused;
-    if (m_attached) {
-        const std::uint64_t heard = m_output.heardFrame();
-        detach(lock);
-        rewind(lock, heard);
+DWORD Channel::status(const Lock& /*lock*/, DWORD* httpStatus) const {
+    if (m_state == StreamState::freed) return BASS_STREAM_NONE;
+    const bool over = m_state == StreamState::failed || m_state == StreamState::ended;
+    if (over && m_failure != Failure::none) {
+        if (httpStatus) *httpStatus = static_cast<DWORD>(m_httpStatus);
+        return statusOf(m_failure);
+    }
+    return m_wasFilled ? BASS_STREAM_OPEN : BASS_STREAM_CONNECTING;
+}
+
+/// False when the event means nothing now.
+bool Channel::apply(const Lock& lock, StreamEvent event) {
+    const StreamTransition next = transition(m_state, event);
+    if (!next.accepted) return false;
+    const bool ends = next.state == StreamState::ended;
+    if (next.detach && ends)
+        m_engine.mixer.detach(m_voice); // all of it has been played: nothing to discard
+    else if (next.detach)
+        discardMixed(lock, m_engine.output.playedFrame());
+    m_state = next.state;
+    if (next.detach) m_engine.output.changed();
+    if (next.attach) attach(lock);
+    if (next.fromStart && !m_seek) {
+        m_seek = 0;
+        beginSeek(lock);
     }
     return true;
 }
 
-void Channel::retire() {
-    const Lock lock(m_mutex);
-    m_state = State::retired;
-    detach(lock);
-    m_tap = nullptr;
-}
-
-bool Channel::seek(std::int64_t frame) {
-    const auto end = length();
-    if (!end) return false;
-    const Lock lock(m_mutex);
-    m_seek = std::clamp<std::int64_t>(frame, 0, *end);
-    m_work.notify_all();
+bool Channel::play(const Lock& lock, bool restart) {
+    if (restart && exists(lock)) {
+        m_seek = 0;
+        beginSeek(lock);
+    }
+    if (!apply(lock, StreamEvent::play)) return false;
+    startIfFilled(lock);
     return true;
 }
 
-std::int64_t Channel::position() {
-    const Lock lock(m_mutex);
-    if (m_seek) return *m_seek;
-    return heardFrame(lock, m_output.heardFrame());
+bool Channel::pause(const Lock& lock) {
+    if (!apply(lock, StreamEvent::pause)) return false;
+    if (m_seek && !m_seekBegun) beginSeek(lock);
+    return true;
 }
 
-void Channel::setAttribute(DWORD attribute, float value) {
-    const Lock lock(m_mutex);
+void Channel::release(const Lock& lock) {
+    apply(lock, StreamEvent::release);
+    m_voice.setTap(nullptr);
+    m_engine.mixer.settle();
+    m_syncs.clear();
+    m_cancel->close();
+    m_work.release();
+}
+
+std::int64_t Channel::position(const Lock& /*lock*/) {
+    return m_seek ? *m_seek : m_voice.playedFrame(m_engine.output.playedFrame());
+}
+
+// ---- mixing ----
+
+bool Channel::isFilled() const {
+    return m_voice.readable() >= fillFrames || m_voice.isComplete();
+}
+
+void Channel::startIfFilled(const Lock& lock) {
+    if (m_seek || !m_open || !isFilled()) return;
+    if (m_voice.isComplete() && m_voice.readable() == 0 && m_endReported) {
+        apply(lock, StreamEvent::exhausted);
+    } else {
+        apply(lock, StreamEvent::filled);
+    }
+}
+
+void Channel::attach(const Lock& /*lock*/) {
+    if (m_engine.mixer.attachedCount() == 0) m_engine.output.dropQueued();
+    m_voice.gain().settle();
+    m_voice.pan().settle();
+    // More streams than the mixer takes at once: this one stays silent.
+    static_cast<void>(m_engine.mixer.attach(m_voice));
+    m_engine.output.changed();
+}
+
+Channel* Channel::joined(const Lock& /*lock*/) const {
+    return m_state == StreamState::playing && m_voice.hasJoined() ? m_next.get() : nullptr;
+}
+
+/// Takes the voice from the mixer, at the frame that was played last. The one it has continued with goes back
+/// to its start.
+void Channel::discardMixed(const Lock& lock, std::uint64_t played) {
+    m_engine.mixer.detach(m_voice);
+    if (Channel* next = joined(lock)) {
+        m_engine.mixer.detach(next->m_voice);
+        next->m_voice.rewindToStart();
+        next->m_voice.setTap(nullptr);
+    }
+    m_voice.rewind(played);
+}
+
+void Channel::rewind(const Lock& lock, std::uint64_t played) {
+    if (m_state != StreamState::playing) return;
+    Channel* const next = joined(lock);
+    if (next && next->m_voice.firstDeviceFrame().value_or(played + 1) <= played) {
+        // The join has been played, and the end of this stream is about to be reported.
+        m_engine.mixer.detach(next->m_voice);
+        next->m_voice.rewind(played);
+        static_cast<void>(m_engine.mixer.attach(next->m_voice));
+        return;
+    }
+    discardMixed(lock, played);
+    static_cast<void>(m_engine.mixer.attach(m_voice));
+}
+
+void Channel::lastPlayed(const Lock& /*lock*/, std::span<Frame> out) {
+    m_voice.lastPlayed(m_engine.output.playedFrame(), out);
+}
+
+// ---- seeking ----
+
+bool Channel::seek(const Lock& lock, std::int64_t frame) {
+    if (!exists(lock) || (m_open && !m_length)) return false;
+    m_seek = std::clamp<std::int64_t>(frame, 0, m_length.value_or(INT64_MAX));
+    m_seekBegun = false;
+    if (isFadingOut()) {
+        // It waits for the fade, and the stream that follows does not begin meanwhile.
+        m_voice.setNext(nullptr);
+        m_engine.mixer.settle();
+        if (!joined(lock)) return true;
+    }
+    beginSeek(lock);
+    return true;
+}
+
+void Channel::beginSeek(const Lock& lock) {
+    m_seekBegun = true;
+    apply(lock, StreamEvent::seek);
+    finishSlides(lock);
+    if (m_open) m_cancel->cancel(); // opening goes on: it is needed for the seek, too
+    m_work.release();
+}
+
+/// Nothing is mixed while a stream seeks or connects, so a slide would last until there are frames again.
+void Channel::finishSlides(const Lock& /*lock*/) {
+    if (m_state != StreamState::starting) return;
+    for (const DWORD which : {BASS_ATTRIB_VOL, BASS_ATTRIB_PAN}) {
+        if (!slot(which).isSliding()) continue;
+        m_engine.syncs.post({.kind = MixEvent::Kind::slide,
+                             .stream = m_handle,
+                             .generation = m_voice.generation(),
+                             .attribute = which,
+                             .slide = slot(which).finishSlide()});
+    }
+}
+
+// ---- attributes ----
+
+void Channel::setAttribute(const Lock& lock, DWORD attribute, float value) {
     slot(attribute).set(value);
+    if (m_state != StreamState::playing) slot(attribute).settle();
+    if (Channel* next = joined(lock)) next->slot(attribute).set(value);
+    if (m_seek && !m_seekBegun && !isFadingOut()) beginSeek(lock);
 }
 
-void Channel::slideAttribute(DWORD attribute, float value, std::uint32_t frames) {
-    const Lock lock(m_mutex);
+void Channel::slideAttribute(const Lock& lock, DWORD attribute, float value, std::uint32_t frames) {
     slot(attribute).slide(value, frames);
+    if (Channel* next = joined(lock)) next->slot(attribute).slide(value, frames);
+    finishSlides(lock);
 }
 
-float Channel::attribute(DWORD attribute) const {
-    const Lock lock(m_mutex);
-    return slot(attribute).get();
+const Attribute& Channel::attribute(const Lock& /*lock*/, DWORD attribute) const {
+    return attribute == BASS_ATTRIB_VOL ? m_voice.gain() : m_voice.pan();
 }
 
-bool Channel::isSliding(DWORD attribute) const {
-    const Lock lock(m_mutex);
-    return slot(attribute).isSliding();
-}
+// ---- syncs ----
 
-void Channel::addSync(const Sync& sync) {
-    const Lock lock(m_mutex);
+void Channel::addSync(const Lock& lock, const Sync& sync) {
     m_syncs.push_back(sync);
+    const bool over = m_state == StreamState::ended || m_state == StreamState::failed;
+    if (sync.type == BASS_SYNC_END && over && !m_endReported) postEnd(lock);
 }
 
-bool Channel::isCurrent(const MixEvent& event) const {
-    return event.generation == m_generation.load();
+void Channel::postEnd(const Lock& /*lock*/) {
+    m_engine.syncs.post(
+        {.kind = MixEvent::Kind::end, .stream = m_handle, .generation = m_voice.generation()});
 }
 
-std::vector<Sync> Channel::takeSyncs(const MixEvent& event) {
-    const Lock lock(m_mutex);
-    DWORD type = BASS_SYNC_SLIDE;
-    if (event.kind == MixEvent::Kind::end) {
-        if (m_state != State::playing || m_seek || !isCurrent(event)) return {};
-        type = BASS_SYNC_END;
-        m_state = State::stopped;
-        m_atEnd = true;
-        detach(lock);
-    } else if (!slot(event.attribute).slideHeard(event.slide)) {
-        return {};
+bool Channel::isCurrent(const Lock& /*lock*/, const MixEvent& event) const {
+    return event.generation == m_voice.generation();
+}
+
+std::vector<Sync> Channel::takeSyncs(const Lock& lock, const MixEvent& event) {
+    DWORD type = BASS_SYNC_END;
+    if (event.kind == MixEvent::Kind::slide) {
+        if (!slot(event.attribute).slidePlayed(event.slide)) return {};
+        type = BASS_SYNC_SLIDE;
+        if (m_seek && !m_seekBegun) beginSeek(lock);
+    } else {
+        if (!isCurrent(lock, event)) return {};
+        if (m_state == StreamState::playing && m_seek) {
+            beginSeek(lock); // it ended while a seek waited for its fade
+            return {};
+        }
+        Channel* const next = joined(lock);
+        const bool over = m_state == StreamState::ended || m_state == StreamState::failed;
+        if (!over && !apply(lock, StreamEvent::end)) return {};
+        if (next) next->playJoined(lock);
     }
     std::vector<Sync> due;
-    std::copy_if(m_syncs.begin(), m_syncs.end(), std::back_inserter(due),
-                 [type](const Sync& sync) { return sync.type == type; });
+    std::ranges::copy_if(m_syncs, std::back_inserter(due), [type](const Sync& s) { return s.type == type; });
     std::erase_if(m_syncs, [type](const Sync& sync) { return sync.type == type && sync.once; });
+    if (type == BASS_SYNC_END && !due.empty()) m_endReported = true;
     return due;
 }
 
-void Channel::lastHeard(std::span<float> out) {
-    const Lock lock(m_mutex);
-    const std::int64_t heard = heardFrame(lock, m_output.heardFrame());
-    m_ring.copyHistory(static_cast<std::uint64_t>(std::max<std::int64_t>(m_mixed.load() - heard, 0)), out);
-}
+// ---- the stream that follows ----
 
-bool Channel::setTap(SampleTap* tap) {
-    const Lock lock(m_mutex);
-    if (m_state == State::retired) return false;
-    m_tap = tap;
-    m_mixer.settle();
-    return true;
-}
-
-void Channel::rewind(std::uint64_t heard) {
-    const Lock lock(m_mutex);
-    if (!m_attached) return;
-    m_mixer.detach(*this);
-    rewind(lock, heard);
-    m_attached = m_mixer.attach(*this);
-}
-
-// ---- under the lock ----
-
-void Channel::attachIfFilled(const Lock& /*lock*/) {
-    if (m_state != State::playing || m_attached || m_seek) return;
-    if (m_ring.readable() < fillFrames && !m_decodedAll) return;
-    if (m_mixer.attachedCount() == 0) m_output.dropQueued();
-    m_attached = m_mixer.attach(*this);
-    m_output.changed();
-}
-
-void Channel::detach(const Lock& /*lock*/) {
-    if (!m_attached) return;
-    m_mixer.detach(*this);
-    m_attached = false;
-    m_output.changed();
-}
-
-void Channel::rewind(const Lock& lock, std::uint64_t heard) {
-    const std::int64_t mixed = m_mixed.load();
-    const std::int64_t unheard = std::max<std::int64_t>(mixed - heardFrame(lock, heard), 0);
-    startAt(lock, mixed - static_cast<std::int64_t>(m_ring.rewind(static_cast<std::uint64_t>(unheard))));
-}
-
-/// Detached: the next frame mixed is the source's `frame`.
-void Channel::startAt(const Lock& /*lock*/, std::int64_t frame) {
-    m_mixed = frame;
-    m_startFrame = frame;
-    m_run.reset();
-    while (m_runs.take()) {
+void Channel::playJoined(const Lock& lock) {
+    if (const auto former = m_former.lock()) {
+        m_voice.gain().adopt(former->m_voice.gain());
+        m_voice.pan().adopt(former->m_voice.pan());
     }
-    m_broken = true;
-    m_endSent = false;
-    ++m_generation;
+    m_former.reset();
+    apply(lock, StreamEvent::joined);
 }
 
-std::int64_t Channel::heardFrame(const Lock& /*lock*/, std::uint64_t heard) {
-    while (const Run* next = m_runs.front()) {
-        if (next->deviceFrame > heard) break;
-        m_run = *next;
-        m_runs.pop();
+void Channel::setNext(const Lock& lock, SourceName next) {
+    if (next == m_nextName) return;
+    m_nextName = std::move(next);
+    prepareNextIfDue(lock);
+    linkNext(lock);
+}
+
+std::shared_ptr<Channel> Channel::takeNext(const Lock& lock) {
+    m_nextName = {};
+    m_voice.setNext(nullptr);
+    m_voice.setNextPending(false);
+    m_engine.mixer.settle();
+    if (joined(lock)) {
+        discardMixed(lock, m_engine.output.playedFrame());
+        m_engine.output.dropQueued();
+        attach(lock);
     }
-    if (!m_run) return m_startFrame;
-    const Run* next = m_runs.front();
-    const std::int64_t end = next ? next->sourceFrame : m_mixed.load();
-    return std::min(end, m_run->sourceFrame + static_cast<std::int64_t>(heard - m_run->deviceFrame));
+    if (m_next) m_next->m_former.reset();
+    return std::exchange(m_next, nullptr);
 }
 
-// ---- decoding thread ----
+void Channel::prepareNextIfDue(const Lock& lock) {
+    if (m_nextName.kind == BASS_SOURCE_NONE || m_next || !exists(lock)) return;
+    const std::int64_t decoded =
+        m_voice.playedFrame(m_engine.output.playedFrame()) + static_cast<std::int64_t>(m_voice.readable());
+    const bool nearEnd = m_length && *m_length - decoded <= prepareFrames;
+    if (!nearEnd && !m_voice.isComplete()) return;
+    m_next = m_engine.createStream(lock, m_nextName);
+    m_next->m_former = weak_from_this();
+}
 
-void Channel::decode(const std::stop_token& stop) {
-    pthread_setname_np(pthread_self(), "tul-decode");
-    std::array<float, chunkFrames * channelCount> chunk;
-    Lock lock(m_mutex);
-    while (!stop.stop_requested()) {
-        const bool full = m_decodedAll || m_ring.writable() < chunkFrames;
-        if (m_seek) {
-            seekSource(lock);
-        } else if (!full) {
-            readSource(lock, chunk, stop);
-        } else if (m_state == State::playing && !m_decodedAll) {
-            // The audio thread cannot wake anybody: look again long before the ring is empty.
-            m_work.wait_for(lock, stop, fullWait,
-                            [this] { return m_seek || m_ring.readable() < fillFrames; });
-        } else {
-            m_work.wait(lock, stop, [this] {
-                return m_seek ||
-                       (!m_decodedAll && (m_state == State::playing || m_ring.writable() >= chunkFrames));
-            });
-        }
+/// Lets the mixer continue with the next stream, once that has frames.
+void Channel::linkNext(const Lock& /*lock*/) {
+    const bool ready =
+        m_next && m_next->m_state == StreamState::stopped && m_next->m_open && m_next->isFilled();
+    const bool failed = m_next && m_next->m_state == StreamState::failed;
+    m_voice.setNext(ready && !m_seek ? &m_next->m_voice : nullptr);
+    m_voice.setNextPending(m_nextName.kind != BASS_SOURCE_NONE && !ready && !failed);
+    m_engine.output.wakeOutput();
+}
+
+// ---- what the worker reports ----
+
+void Channel::opened(const Lock& lock, std::optional<std::int64_t> length) {
+    m_open = true;
+    m_length = length;
+    if (!m_seek) return;
+    if (!length) {
+        m_seek.reset();
+        return startIfFilled(lock);
     }
+    m_seek = std::min(*m_seek, *length);
 }
 
-void Channel::seekSource(Lock& lock) {
-    const std::int64_t target = *m_seek;
-    lock.unlock();
-    const bool sought = m_source->seek(target);
-    lock.lock();
-    const bool replaced = m_seek != target;
-    if (!replaced) m_seek.reset();
-    if (!sought) return stayAtEnd(lock);
-    m_atEnd = false;
-    if (m_attached) {
-        m_mixer.detach(*this);
-        m_attached = false;
+void Channel::failed(const Lock& lock, Failure failure, int httpStatus) {
+    m_failure = failure;
+    m_httpStatus = httpStatus;
+    if (!apply(lock, StreamEvent::failure)) return;
+    postEnd(lock);
+    if (const auto former = m_former.lock()) former->linkNext(lock);
+}
+
+void Channel::wrote(const Lock& lock) {
+    if (!m_wasFilled && isFilled()) {
+        m_wasFilled = true;
+        if (const auto former = m_former.lock()) former->linkNext(lock);
     }
-    m_ring.clear();
-    m_decodedAll = false;
-    m_dry = false;
-    startAt(lock, target);
+    startIfFilled(lock);
+    prepareNextIfDue(lock);
+    m_engine.output.wakeOutput();
 }
 
-/// A seek was refused. Nothing is left of a source that cannot go back.
-void Channel::stayAtEnd(const Lock& lock) {
-    if (!m_atEnd) attachIfFilled(lock); // a play that came meanwhile waited for the seek
-    if (!m_decodedAll || m_state != State::playing) return;
-    if (!m_attached) {
-        m_state = State::stopped;
-        return;
+void Channel::readAll(const Lock& lock, bool broken) {
+    if (broken && isNetwork()) m_failure = Failure::lost;
+    m_voice.complete();
+    wrote(lock);
+    linkNext(lock);
+}
+
+void Channel::sought(const Lock& lock, std::int64_t frame, bool reached) {
+    if (!m_seekBegun || m_seek != frame) return; // another one came meanwhile
+    m_seek.reset();
+    m_seekBegun = false;
+    if (reached) {
+        m_voice.restartAt(frame);
+        m_endReported = false;
+        m_failure = Failure::none;
     }
-    // Its end may have been heard, and dropped, while the seek was under way.
-    m_mixer.detach(*this);
-    m_endSent = false;
-    m_attached = m_mixer.attach(*this);
-}
-
-void Channel::readSource(Lock& lock, std::span<float> chunk, const std::stop_token& stop) {
-    lock.unlock();
-    const ReadResult result = m_source->read(chunk);
-    lock.lock();
-    m_ring.write(chunk.first(result.frames * channelCount));
-    if (result.status == ReadResult::Status::end || result.status == ReadResult::Status::failed)
-        m_decodedAll = true;
-    attachIfFilled(lock);
-    m_output.wakeOutput();
-    if (result.status == ReadResult::Status::starved && !m_seek)
-        m_work.wait_for(lock, stop, starvedWait, [this] { return m_seek.has_value(); });
-}
-
-// ---- audio thread ----
-
-bool Channel::isReady(std::size_t frames) const noexcept {
-    return m_decodedAll ? !m_endSent : m_ring.readable() >= frames;
-}
-
-void Channel::mix(std::span<float> out, std::uint64_t deviceFrame) noexcept {
-    const std::size_t wanted = out.size() / channelCount;
-    const bool decodedAll = m_decodedAll.load(); // before `readable`: then that is all there will be
-    const std::size_t there = m_ring.readable();
-    const bool goesOn = !m_dry.load() || decodedAll || there >= refillFrames;
-    const std::size_t frames = goesOn ? std::min(wanted, there) : 0;
-
-    m_gain.follow(m_unmixed);
-    m_pan.follow(m_unmixed);
-    m_unmixed = m_unmixed && frames == 0;
-    if (frames > 0 && m_broken) {
-        m_runs.push({deviceFrame, m_mixed.load()});
-        m_broken = false;
-    }
-    mixFrames(out, frames);
-    const bool ended = decodedAll && frames == there;
-    m_dry = frames < wanted && !ended;
-    if (frames < wanted) m_broken = true;
-    if (ended && !m_endSent) {
-        // No room for it now: again with the next frames asked for.
-        m_endSent =
-            m_mixer.post({MixEvent::Kind::end, m_handle, m_generation.load(), 0, 0, deviceFrame + frames});
-    }
-    postEvents(deviceFrame + wanted);
-}
-
-void Channel::mixFrames(std::span<float> out, std::size_t frames) noexcept {
-    float* to = out.data();
-    SampleTap* tap = m_tap.load();
-    for (const std::span<const float> run : m_ring.peek(frames)) {
-        if (tap && !run.empty()) tap->tapped(run);
-        for (std::size_t i = 0; i < run.size(); i += channelCount) {
-            const float gain = m_gain.next();
-            const float pan = m_pan.next();
-            to[0] += run[i] * gain * std::min(1.0F, 1.0F - pan);
-            to[1] += run[i + 1] * gain * std::min(1.0F, 1.0F + pan);
-            to += channelCount;
-        }
-    }
-    m_ring.consume(frames);
-    m_mixed += static_cast<std::int64_t>(frames);
-    // Slides go on while the channel waits for data: a fade that never ended would never pause it.
-    for (std::size_t i = frames; i < out.size() / channelCount; ++i) {
-        m_gain.next();
-        m_pan.next();
-    }
-}
-
-void Channel::postEvents(std::uint64_t deviceFrame) noexcept {
-    if (const std::uint32_t slide = m_gain.finished())
-        m_mixer.post(
-            {MixEvent::Kind::slide, m_handle, m_generation.load(), slide, BASS_ATTRIB_VOL, deviceFrame});
-    if (const std::uint32_t slide = m_pan.finished())
-        m_mixer.post(
-            {MixEvent::Kind::slide, m_handle, m_generation.load(), slide, BASS_ATTRIB_PAN, deviceFrame});
+    linkNext(lock);
+    startIfFilled(lock);
 }
 
 } // namespace bass

@@ -1,135 +1,120 @@
 #pragma once
 
-#include "platform/bass/Attribute.h"
-#include "platform/bass/Mixer.h"
-#include "platform/bass/RingBuffer.h"
-#include "platform/bass/SampleTap.h"
-#include "platform/bass/bass.h"
-#include "platform/bass/output/OutputControl.h"
+#include "platform/bass/Engine.h"
+#include "platform/bass/StreamState.h"
+#include "platform/bass/Sync.h"
+#include "platform/bass/Voice.h"
 #include "platform/bass/source/Source.h"
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <thread>
+#include <semaphore>
 #include <vector>
 
 namespace bass {
 
-/// A callback of a channel.
-struct Sync {
-    HSYNC handle;
-    DWORD type; ///< BASS_SYNC_END or BASS_SYNC_SLIDE.
-    bool once;
-    SYNCPROC* proc;
-    void* user;
-};
-
-/// One opened stream: its state, its decoding thread, and the ring between that thread and the mixer.
-/// Positions are frames of the source.
+/// The control side of one stream: its state, its seeks and syncs, and which stream follows it. Positions are
+/// frames of the source.
 ///
-/// Threads: the public calls may come from any thread but the audio thread and take the lock; `mix` and
-/// `isReady` are the audio thread's. The decoding thread, "tul-decode", alone reads and seeks the source and
-/// writes the ring. What the audio thread owns is touched by others only while the channel is detached from
-/// the mixer.
-class Channel {
+/// Threads: every public call needs the engine's lock, which it takes as proof; none waits for anything. The
+/// stream's worker is StreamWorker's.
+class Channel : public std::enable_shared_from_this<Channel> {
 public:
-    Channel(DWORD handle, std::unique_ptr<Source> source, Mixer& mixer, OutputControl& output);
-    /// Silent at once; ends the decoding thread.
-    ~Channel();
+    using Lock = Engine::Lock;
+
+    Channel(DWORD handle, SourceName name, Engine& engine);
     Channel(const Channel&) = delete;
     Channel& operator=(const Channel&) = delete;
 
-    DWORD active() const;
-    bool play(bool restart);
-    bool pause();
-    /// Silent and without a tap from now on, whatever is still asked of it.
-    void retire();
-    bool seek(std::int64_t frame);
-    std::int64_t position();
-    std::optional<std::int64_t> length() const { return m_source->lengthFrames(); }
+    DWORD handle() const { return m_handle; }
+    const SourceName& name() const { return m_name; }
+    bool exists(const Lock& lock) const;
+    bool hasEnded(const Lock& /*lock*/) const { return m_state == StreamState::ended; }
 
-    void setAttribute(DWORD attribute, float value);
-    void slideAttribute(DWORD attribute, float value, std::uint32_t frames);
-    float attribute(DWORD attribute) const;
-    bool isSliding(DWORD attribute) const;
+    DWORD active(const Lock& lock) const;
+    DWORD status(const Lock& lock, DWORD* httpStatus) const;
+    bool play(const Lock& lock, bool restart);
+    bool pause(const Lock& lock);
+    bool seek(const Lock& lock, std::int64_t frame);
+    std::int64_t position(const Lock& lock);
+    std::optional<std::int64_t> length(const Lock& /*lock*/) const { return m_length; }
+    /// Silent from now on, whatever is still asked of it; its worker ends by itself.
+    void release(const Lock& lock);
 
-    void addSync(const Sync& sync);
-    /// What is to be called for an event that is heard now; nothing for one that no longer counts.
-    /// `slideDone` after that.
-    std::vector<Sync> takeSyncs(const MixEvent& event);
-    /// Whether the event's place on the device's timeline still means anything.
-    bool isCurrent(const MixEvent& event) const;
+    void setAttribute(const Lock& lock, DWORD attribute, float value);
+    void slideAttribute(const Lock& lock, DWORD attribute, float value, std::uint32_t frames);
+    const Attribute& attribute(const Lock& lock, DWORD attribute) const;
 
-    /// The last `out.size() / channelCount` frames heard.
-    void lastHeard(std::span<float> out);
-    /// Null removes it; when the call returns the audio thread is done with the former one. False once
-    /// retired.
-    bool setTap(SampleTap* tap);
+    void addSync(const Lock& lock, const Sync& sync);
+    /// Carries out an event of this stream, and answers the syncs to be called.
+    std::vector<Sync> takeSyncs(const Lock& lock, const MixEvent& event);
+    bool isCurrent(const Lock& lock, const MixEvent& event) const;
 
-    /// Mixed frames past `heard` on the device's timeline will not be heard: goes back to there.
-    void rewind(std::uint64_t heard);
+    /// The frames up to the one being played.
+    void lastPlayed(const Lock& lock, std::span<Frame> out);
+    SampleTap* tap(const Lock& /*lock*/) const { return m_voice.tap(); }
+    void setTap(const Lock& /*lock*/, SampleTap* tap) { m_voice.setTap(tap); }
 
-    void mix(std::span<float> out, std::uint64_t deviceFrame) noexcept;
-    bool isReady(std::size_t frames) const noexcept;
-    void hurry() noexcept { m_work.notify_all(); }
+    /// Mixed frames past `played` on the device's timeline will not be played: they are mixed again.
+    void rewind(const Lock& lock, std::uint64_t played);
+
+    bool isFollowedBy(const Lock& /*lock*/, const SourceName& name) const { return m_nextName == name; }
+    /// Names the source that follows. The stream made for the former one is to be taken away before.
+    void setNext(const Lock& lock, SourceName next);
+    /// Gives away the stream that was made for the source that follows; null when there is none.
+    std::shared_ptr<Channel> takeNext(const Lock& lock);
 
 private:
-    enum class State { stopped, playing, paused, retired };
-    /// From this frame of the device's timeline on, the source's frames follow one another.
-    struct Run {
-        std::uint64_t deviceFrame;
-        std::int64_t sourceFrame;
-    };
-    using Lock = std::unique_lock<std::mutex>;
+    friend class StreamWorker;
+    Voice& voice() { return m_voice; }
+    Attribute& slot(DWORD attribute) { return attribute == BASS_ATTRIB_VOL ? m_voice.gain() : m_voice.pan(); }
+    bool isNetwork() const { return m_name.kind == BASS_SOURCE_URL; }
+    bool isFilled() const;
+    bool isFadingOut() const {
+        return m_state == StreamState::playing && m_voice.gain().isSlidingToSilence();
+    }
+    /// The stream that the mixer has continued with while this one is still being played.
+    Channel* joined(const Lock& lock) const;
 
-    Attribute& slot(DWORD attribute) { return attribute == BASS_ATTRIB_VOL ? m_gain : m_pan; }
-    const Attribute& slot(DWORD attribute) const { return attribute == BASS_ATTRIB_VOL ? m_gain : m_pan; }
+    bool apply(const Lock& lock, StreamEvent event);
+    void attach(const Lock& lock);
+    void discardMixed(const Lock& lock, std::uint64_t played);
+    void startIfFilled(const Lock& lock);
+    void beginSeek(const Lock& lock);
+    void finishSlides(const Lock& lock);
+    void postEnd(const Lock& lock);
+    void playJoined(const Lock& lock);
+    void prepareNextIfDue(const Lock& lock);
+    void linkNext(const Lock& lock);
 
-    void attachIfFilled(const Lock& lock);
-    void detach(const Lock& lock);
-    void rewind(const Lock& lock, std::uint64_t heard);
-    std::int64_t heardFrame(const Lock& lock, std::uint64_t heard);
-    void startAt(const Lock& lock, std::int64_t frame);
-
-    void decode(const std::stop_token& stop);
-    void seekSource(Lock& lock);
-    void stayAtEnd(const Lock& lock);
-    void readSource(Lock& lock, std::span<float> chunk, const std::stop_token& stop);
-
-    void mixFrames(std::span<float> out, std::size_t frames) noexcept;
-    void postEvents(std::uint64_t deviceFrame) noexcept;
+    // What the worker reports.
+    void opened(const Lock& lock, std::optional<std::int64_t> length);
+    void failed(const Lock& lock, Failure failure, int httpStatus);
+    void wrote(const Lock& lock);
+    void readAll(const Lock& lock, bool broken);
+    void sought(const Lock& lock, std::int64_t frame, bool reached);
 
     const DWORD m_handle;
-    std::unique_ptr<Source> m_source;
-    Mixer& m_mixer;
-    OutputControl& m_output;
-    RingBuffer m_ring;
-    Attribute m_gain{1.0F};
-    Attribute m_pan{0.0F};
-    std::atomic<SampleTap*> m_tap{nullptr};
-    std::atomic<bool> m_decodedAll{false}; ///< The ring gets no more. Set after the last write.
-    std::atomic<bool> m_dry{false};        ///< The mixer waits for frames.
-    std::atomic<std::int64_t> m_mixed{0};  ///< The source's frame that is mixed next.
-    std::atomic<std::uint32_t> m_generation{
-        0}; ///< Of the meaning of mixed frames; changes detached, under the lock.
+    const SourceName m_name;
+    Engine& m_engine;
+    std::counting_semaphore<> m_work{0};
+    const std::shared_ptr<Cancel> m_cancel = std::make_shared<Cancel>();
+    Voice m_voice;
 
-    bool m_broken = true; ///< Audio thread, as the next two: the next frame begins a run.
-    bool m_endSent = false;
-    bool m_unmixed = true;     ///< Nothing has ever been mixed: there is nothing that could click.
-    SpscQueue<Run, 64> m_runs; ///< From the audio thread to who holds the lock.
-
-    mutable std::mutex m_mutex;
-    State m_state = State::stopped; ///< Guarded by m_mutex, as all below.
-    bool m_attached = false;
-    bool m_atEnd = false;
+    StreamState m_state = StreamState::stopped; ///< Guarded by the engine's lock, as all below.
+    Failure m_failure = Failure::none;
+    int m_httpStatus = 0;
+    bool m_open = false;
+    bool m_wasFilled = false;
+    bool m_endReported = false;
+    std::optional<std::int64_t> m_length;
     std::optional<std::int64_t> m_seek; ///< Asked for, not done.
-    std::optional<Run> m_run;           ///< The one being heard.
-    std::int64_t m_startFrame = 0;      ///< Heard while no run is.
+    bool m_seekBegun = false;           ///< False while it waits for the end of a fade.
     std::vector<Sync> m_syncs;
-    std::condition_variable_any m_work;
-    std::jthread m_thread; ///< Last: it uses all above.
+
+    SourceName m_nextName;
+    std::shared_ptr<Channel> m_next; ///< Made for `m_nextName` shortly before the end.
+    std::weak_ptr<Channel> m_former; ///< The one that this is to follow.
 };
 
 } // namespace bass

@@ -26,9 +26,9 @@ public:
         m_context.reset(context);
     }
 
-    std::span<const AVComplexFloat> operator()(std::span<const float> frames) {
+    std::span<const AVComplexFloat> operator()(std::span<const Frame> frames) {
         for (std::size_t i = 0; i < fftFrames; ++i)
-            m_input[i] = 0.5F * (frames[2 * i] + frames[2 * i + 1]) * m_window[i];
+            m_input[i] = 0.5F * (frames[i][0] + frames[i][1]) * m_window[i];
         m_transform(m_context.get(), m_output.data(), m_input.data(), sizeof(float));
         return m_output;
     }
@@ -48,7 +48,7 @@ private:
 
 } // namespace
 
-std::array<float, fftFrames / 2> magnitudes(std::span<const float> frames) {
+std::array<float, fftFrames / 2> magnitudes(std::span<const Frame> frames) {
     thread_local WindowedTransform transform; // it holds what it works on
     const auto bins = transform(frames);
     // A sine's energy goes half to each of two mirrored bins, and the window's mean is a half.

@@ -1,74 +1,156 @@
 #include "platform/bass/Library.h"
 
+#include "platform/bass/StreamWorker.h"
+
+#include <thread>
 #include <utility>
-#include <vector>
 
 namespace bass {
 
-Library::Library()
-    : m_mixer([this] { m_syncs.wake(); }),
-      m_output(m_mixer, [this](std::uint64_t heard) { rewindAll(heard); }),
-      m_syncs(m_mixer, m_output, [this](std::uint32_t handle) { return find(handle); }) {}
-
-Library::~Library() {
-    std::map<std::uint32_t, std::shared_ptr<Channel>> channels;
-    {
-        const std::lock_guard lock(m_mutex);
-        channels.swap(m_channels);
-        m_open = false;
-    }
+Library::Library() : m_engine(*this, [this](std::uint64_t played) { rewindAll(played); }) {
+    m_engine.createStream = [this](const Lock& lock, const SourceName& name) { return add(lock, name); };
 }
 
 Library& Library::instance() {
-    static Library library;
+    static Library& library = *std::unique_ptr<Library>(new Library).release();
     return library;
 }
 
 bool Library::open() {
-    const std::lock_guard lock(m_mutex);
-    if (m_open || !m_output.open()) return false;
-    m_syncs.start();
+    const Lock lock(m_engine.mutex);
+    if (m_open || !m_engine.output.open()) return false;
+    m_engine.syncs.start();
     m_open = true;
     return true;
 }
 
-std::uint32_t Library::add(std::unique_ptr<Source> source) {
-    if (!source) return 0;
-    const std::lock_guard lock(m_mutex);
-    if (!m_open) return 0;
-    const std::uint32_t handle = ++m_lastHandle;
-    m_channels.emplace(handle, std::make_shared<Channel>(handle, std::move(source), m_mixer, m_output));
-    return handle;
+bool Library::close(std::chrono::milliseconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    {
+        const Lock lock(m_engine.mutex);
+        if (!std::exchange(m_open, false)) return false;
+        while (!m_channels.empty())
+            release(lock, m_channels.begin()->second);
+        m_orphan.reset();
+    }
+    m_engine.syncs.stop();
+    m_engine.output.close();
+    while (m_engine.workers > 0 && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return true;
 }
 
-std::shared_ptr<Channel> Library::find(std::uint32_t handle) {
-    const std::lock_guard lock(m_mutex);
+// ---- streams ----
+
+std::uint32_t Library::create(const SourceName& name) {
+    const Lock lock(m_engine.mutex);
+    if (!m_open) return 0;
+    auto channel = claim(lock, name);
+    if (!channel) channel = add(lock, name);
+    return channel->handle();
+}
+
+std::shared_ptr<Channel> Library::add(const Lock& lock, const SourceName& name) {
+    const std::uint32_t handle = ++m_lastHandle;
+    auto channel = std::make_shared<Channel>(handle, name, m_engine);
+    m_channels.emplace(handle, channel);
+    StreamWorker::start(lock, channel);
+    return channel;
+}
+
+/// The stream that was made for this source to follow one that has ended or was freed. One made for another
+/// source is of no use any more.
+std::shared_ptr<Channel> Library::claim(const Lock& lock, const SourceName& name) {
+    auto waiting = std::exchange(m_orphan, nullptr);
+    for (auto former = m_channels.begin(); !waiting && former != m_channels.end(); ++former)
+        if (former->second->hasEnded(lock)) waiting = former->second->takeNext(lock);
+    if (!waiting || waiting->name() == name) return waiting;
+    release(lock, waiting);
+    return nullptr;
+}
+
+std::shared_ptr<Channel> Library::findAny(const Lock& /*lock*/, std::uint32_t handle) {
     const auto found = m_channels.find(handle);
     return found == m_channels.end() ? nullptr : found->second;
 }
 
+std::shared_ptr<Channel> Library::find(const Lock& lock, std::uint32_t handle) {
+    auto channel = findAny(lock, handle);
+    return channel && channel->exists(lock) ? channel : nullptr;
+}
+
 bool Library::free(std::uint32_t handle) {
-    const std::shared_ptr<Channel> channel = find(handle);
-    if (!channel) return false;
-    // Before the handle goes: who does not find the channel any more may free what tapped it.
-    channel->retire();
     {
-        const std::lock_guard lock(m_mutex);
-        if (m_channels.erase(handle) == 0) return false; // another thread's call was first
+        const Lock lock(m_engine.mutex);
+        const auto channel = findAny(lock, handle);
+        if (!channel) return false;
+        release(lock, channel);
+        auto next = channel->takeNext(lock);
+        if (next) {
+            if (m_orphan) release(lock, m_orphan);
+            m_orphan = std::move(next);
+        }
     }
-    m_syncs.finish(handle);
+    m_engine.syncs.finish(handle);
     return true;
 }
 
-void Library::rewindAll(std::uint64_t heard) {
-    std::vector<std::shared_ptr<Channel>> channels;
-    {
-        const std::lock_guard lock(m_mutex);
-        for (const auto& [handle, channel] : m_channels)
-            channels.push_back(channel);
-    }
-    for (const auto& channel : channels)
-        channel->rewind(heard);
+void Library::release(const Lock& lock, const std::shared_ptr<Channel>& channel) {
+    const std::shared_ptr<Channel> kept = channel; // the map's may be the argument
+    kept->release(lock);
+    m_channels.erase(kept->handle());
+}
+
+bool Library::setNext(std::uint32_t handle, const SourceName& next) {
+    const Lock lock(m_engine.mutex);
+    const auto channel = find(lock, handle);
+    if (!channel) return false;
+    if (channel->isFollowedBy(lock, next)) return true;
+    if (const auto former = channel->takeNext(lock)) release(lock, former);
+    channel->setNext(lock, next);
+    return true;
+}
+
+void Library::rewindAll(std::uint64_t played) {
+    const Lock lock(m_engine.mutex);
+    for (const auto& [handle, channel] : m_channels)
+        channel->rewind(lock, played);
+}
+
+// ---- taps ----
+
+bool Library::setTap(std::uint32_t handle, SampleTap& tap) {
+    const Lock lock(m_engine.mutex);
+    const auto channel = find(lock, handle);
+    if (channel) channel->setTap(lock, &tap);
+    return channel != nullptr;
+}
+
+void Library::removeTap(const SampleTap& tap) {
+    const Lock lock(m_engine.mutex);
+    for (const auto& [handle, channel] : m_channels)
+        if (channel->tap(lock) == &tap) channel->setTap(lock, nullptr);
+    m_engine.mixer.settle();
+}
+
+// ---- the sync thread's ----
+
+bool Library::isCurrent(const MixEvent& event) {
+    const Lock lock(m_engine.mutex);
+    const auto channel = findAny(lock, event.stream);
+    return channel && channel->isCurrent(lock, event);
+}
+
+std::vector<Sync> Library::takeSyncs(const MixEvent& event) {
+    const Lock lock(m_engine.mutex);
+    const auto channel = findAny(lock, event.stream);
+    if (!channel) return {};
+    return channel->takeSyncs(lock, event);
+}
+
+bool Library::exists(std::uint32_t stream) {
+    const Lock lock(m_engine.mutex);
+    return findAny(lock, stream) != nullptr;
 }
 
 } // namespace bass

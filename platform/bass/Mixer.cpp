@@ -1,26 +1,24 @@
 #include "platform/bass/Mixer.h"
 
-#include "platform/bass/Channel.h"
-
 #include <algorithm>
 #include <thread>
 
 namespace bass {
 
-bool Mixer::attach(Channel& channel) {
-    for (auto& slot : m_channels) {
-        Channel* none = nullptr;
-        if (!slot.compare_exchange_strong(none, &channel)) continue;
+bool Mixer::attach(Voice& voice) {
+    for (auto& slot : m_voices) {
+        Voice* none = nullptr;
+        if (!slot.compare_exchange_strong(none, &voice)) continue;
         ++m_attached;
         return true;
     }
     return false;
 }
 
-void Mixer::detach(const Channel& channel) {
-    for (auto& slot : m_channels) {
-        if (slot.load() != &channel) continue;
-        slot.store(nullptr);
+void Mixer::detach(const Voice& voice) {
+    for (auto& slot : m_voices) {
+        Voice* held = slot.load();
+        if (held != &voice || !slot.compare_exchange_strong(held, nullptr)) continue;
         --m_attached;
     }
     settle();
@@ -35,34 +33,28 @@ void Mixer::settle() const {
 
 void Mixer::render(std::span<float> out) noexcept {
     std::fill(out.begin(), out.end(), 0.0F);
+    const std::span<Frame> frames = framesOf(out);
     m_turn.fetch_add(1);
     const std::uint64_t first = m_mixed.load(std::memory_order_relaxed);
-    for (auto& slot : m_channels)
-        if (Channel* channel = slot.load()) channel->mix(out, first);
+    for (auto& slot : m_voices) {
+        Voice* voice = slot.load();
+        if (!voice) continue;
+        Voice* const last = voice->mix(frames, first, m_events);
+        // Unless it was detached meanwhile: then the one that follows is not to be mixed either.
+        if (last != voice) slot.compare_exchange_strong(voice, last);
+    }
     m_turn.fetch_add(1);
-    m_mixed.store(first + out.size() / channelCount);
+    m_mixed.store(first + frames.size());
+    if (m_events.readable() > 0) m_onEvent();
 }
 
 bool Mixer::isReady(std::size_t frames) const noexcept {
     m_turn.fetch_add(1);
     bool ready = m_attached > 0;
-    for (const auto& slot : m_channels)
-        if (const Channel* channel = slot.load()) ready = ready && channel->isReady(frames);
+    for (const auto& slot : m_voices)
+        if (const Voice* voice = slot.load()) ready = ready && voice->isReady(frames);
     m_turn.fetch_add(1);
     return ready;
-}
-
-void Mixer::hurry() const noexcept {
-    m_turn.fetch_add(1);
-    for (const auto& slot : m_channels)
-        if (Channel* channel = slot.load()) channel->hurry();
-    m_turn.fetch_add(1);
-}
-
-bool Mixer::post(const MixEvent& event) noexcept {
-    const bool taken = m_events.push(event);
-    m_onEvent();
-    return taken;
 }
 
 } // namespace bass

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 namespace bass {
@@ -25,13 +26,18 @@ public:
     /// The value of the next frame.
     float next() {
         if (m_left == 0) return m_value;
-        --m_left;
+        advance(1);
+        return m_value;
+    }
+    /// Moves on by `frames` frames at once.
+    void advance(std::size_t frames) {
+        if (m_left == 0) return;
+        m_left -= static_cast<std::uint32_t>(std::min<std::size_t>(frames, m_left));
         // From the whole way and not step by step: rounding would add up over a long slide.
         const double done = static_cast<double>(m_frames - m_left) / m_frames;
         m_value = m_left == 0
                       ? m_target
                       : static_cast<float>(m_start + (static_cast<double>(m_target) - m_start) * done);
-        return m_value;
     }
 
 private:

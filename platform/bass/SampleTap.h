@@ -1,17 +1,17 @@
 #pragma once
 
+#include "platform/bass/FrameFormat.h"
+
 #include <span>
 
 namespace bass {
 
-/// Hears what a channel plays: its decoded frames before gain and pan, frame for frame as the mixer takes
-/// them.
+/// Gets the frames that a stream plays: decoded, before gain and pan, each of them once.
 class SampleTap {
 public:
     virtual ~SampleTap() = default;
-    /// Interleaved stereo at the library's rate. Called on the audio thread: must not lock, allocate or
-    /// block.
-    virtual void tapped(std::span<const float> frames) noexcept = 0;
+    /// Called on the audio thread: must not lock, allocate or block.
+    virtual void tapped(std::span<const Frame> frames) noexcept = 0;
 };
 
 } // namespace bass

@@ -1,6 +1,6 @@
 #include "platform/bass/SyncThread.h"
 
-#include "platform/bass/Channel.h"
+#include "platform/bass/FrameFormat.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,79 +11,89 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A device that stands still, or a clock that runs a little off, is looked at again this often.
-constexpr auto shortestWait = 2ms;
-constexpr auto longestWait = 100ms;
+/// The device's clock can't wake anybody: how early and how late it is asked again.
+constexpr auto minWait = 2ms;
+constexpr auto maxWait = 100ms;
 
 } // namespace
 
-SyncThread::SyncThread(Mixer& mixer, OutputControl& output, Find find)
-    : m_mixer(mixer), m_output(output), m_find(std::move(find)) {}
+void SyncThread::start() {
+    m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
+}
 
-SyncThread::~SyncThread() {
+void SyncThread::stop() {
     if (!m_thread.joinable()) return;
     m_thread.request_stop();
     m_wake.release();
     m_thread.join();
 }
 
-void SyncThread::start() {
-    m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
+void SyncThread::post(const MixEvent& event) {
+    {
+        const std::lock_guard lock(m_postedMutex);
+        m_posted.push_back(event);
+    }
+    m_wake.release();
 }
 
-void SyncThread::finish(std::uint32_t channel) {
+void SyncThread::finish(std::uint32_t stream) {
     if (std::this_thread::get_id() == m_thread.get_id()) return;
     std::unique_lock lock(m_mutex);
-    m_finished.wait(lock, [&] { return m_calling != channel; });
+    m_finished.wait(lock, [&] { return m_calling != stream; });
 }
 
 void SyncThread::run(const std::stop_token& stop) {
     pthread_setname_np(pthread_self(), "tul-sync");
     while (!stop.stop_requested()) {
-        while (const auto event = m_mixer.takeEvent())
-            m_pending.push_back(*event);
-        const std::uint64_t heard = m_output.heardFrame();
-        dispatchDue(heard);
-        waitForNext(heard);
+        collect();
+        const std::uint64_t played = m_events.playedFrame();
+        dispatchDue(played);
+        waitForNext(played);
     }
 }
 
-void SyncThread::waitForNext(std::uint64_t heard) {
+void SyncThread::collect() {
+    while (const auto event = m_events.takeMixedEvent())
+        m_pending.push_back(*event);
+    const std::lock_guard lock(m_postedMutex);
+    m_pending.insert(m_pending.end(), m_posted.begin(), m_posted.end());
+    m_posted.clear();
+}
+
+void SyncThread::waitForNext(std::uint64_t played) {
     if (m_pending.empty()) return m_wake.acquire();
     const auto next = std::min_element(m_pending.begin(), m_pending.end(), [](const auto& a, const auto& b) {
         return a.deviceFrame < b.deviceFrame;
     });
-    const double frames = next->deviceFrame > heard ? static_cast<double>(next->deviceFrame - heard) : 0.0;
+    const double frames = next->deviceFrame > played ? static_cast<double>(next->deviceFrame - played) : 0.0;
     const std::chrono::duration<double> due(frames / sampleRate);
     const auto wait = std::clamp(std::chrono::duration_cast<std::chrono::milliseconds>(due) + 1ms,
-                                 shortestWait, longestWait);
+                                 std::chrono::milliseconds(minWait), std::chrono::milliseconds(maxWait));
     static_cast<void>(m_wake.try_acquire_for(wait));
 }
 
-void SyncThread::dispatchDue(std::uint64_t heard) {
+void SyncThread::dispatchDue(std::uint64_t played) {
     std::deque<MixEvent> later;
     while (!m_pending.empty()) {
         const MixEvent event = m_pending.front();
         m_pending.pop_front();
-        const auto channel = m_find(event.channel);
-        if (!channel) continue;
-        if (event.deviceFrame > heard && channel->isCurrent(event)) {
+        if (event.deviceFrame > played && m_events.isCurrent(event)) {
             later.push_back(event);
         } else {
-            dispatch(event, *channel);
+            dispatch(event);
         }
     }
     m_pending = std::move(later);
 }
 
-void SyncThread::dispatch(const MixEvent& event, Channel& channel) {
-    for (const Sync& sync : channel.takeSyncs(event)) {
+void SyncThread::dispatch(const MixEvent& event) {
+    for (const Sync& sync : m_events.takeSyncs(event)) {
         {
             const std::lock_guard lock(m_mutex);
-            if (!m_find(event.channel)) return;
-            m_calling = event.channel;
+            if (!m_events.exists(event.stream)) return;
+            m_calling = event.stream;
         }
-        sync.proc(sync.handle, event.channel, 0, sync.user);
+        sync.proc(sync.handle, event.stream, 0, sync.user);
         {
             const std::lock_guard lock(m_mutex);
             m_calling = 0;

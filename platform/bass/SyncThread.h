@@ -1,52 +1,68 @@
 #pragma once
 
-#include "platform/bass/Mixer.h"
-#include "platform/bass/output/OutputControl.h"
+#include "platform/bass/MixEvent.h"
+#include "platform/bass/Sync.h"
 
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <functional>
-#include <memory>
 #include <mutex>
+#include <optional>
 #include <semaphore>
 #include <thread>
+#include <vector>
 
 namespace bass {
 
-class Channel;
+/// Where the sync thread gets its work from. Called on the sync thread.
+class SyncEvents {
+public:
+    virtual ~SyncEvents() = default;
+    /// The next event that was mixed.
+    virtual std::optional<MixEvent> takeMixedEvent() = 0;
+    /// The frame of the device's timeline that is being played.
+    virtual std::uint64_t playedFrame() = 0;
+    /// Whether the frame that the event belongs to will still be played.
+    virtual bool isCurrent(const MixEvent& event) = 0;
+    /// Carries out an event, and answers the syncs to be called for it; none for a discarded one.
+    virtual std::vector<Sync> takeSyncs(const MixEvent& event) = 0;
+    /// False once the stream has been freed.
+    virtual bool exists(std::uint32_t stream) = 0;
+};
 
-/// Calls the syncs of mixed events when they are heard, one at a time, in that order.
+/// Calls the syncs of events when they are played, one at a time, in that order.
 ///
-/// Threads: its own, "tul-sync", makes the calls. `wake` may come from the audio thread. `finish` waits for a
-/// call that is under way for a channel, except on the sync thread itself.
+/// Threads: its own, "tul-sync", makes the calls. `wake` may come from the audio thread, `post` from any
+/// other. `finish` waits for a call that is under way for a stream, except on the sync thread itself.
 class SyncThread {
 public:
-    using Find = std::function<std::shared_ptr<Channel>(std::uint32_t handle)>;
-
-    /// `find` answers null for a channel that was freed.
-    SyncThread(Mixer& mixer, OutputControl& output, Find find);
-    ~SyncThread();
+    explicit SyncThread(SyncEvents& events) : m_events(events) {}
+    ~SyncThread() { stop(); }
 
     void start();
+    /// No sync is called after this, except by the sync thread itself.
+    void stop();
     void wake() noexcept { m_wake.release(); }
-    /// Returns when no sync of this channel, which `find` must not answer any more, runs or will.
-    void finish(std::uint32_t channel);
+    /// An event that the mixer has no part in: due at once.
+    void post(const MixEvent& event);
+    /// Returns when no sync of this stream, which `exists` must not confirm any more, runs or will.
+    void finish(std::uint32_t stream);
 
 private:
     void run(const std::stop_token& stop);
-    void dispatchDue(std::uint64_t heard);
-    void dispatch(const MixEvent& event, Channel& channel);
-    void waitForNext(std::uint64_t heard);
+    void collect();
+    void dispatchDue(std::uint64_t played);
+    void dispatch(const MixEvent& event);
+    void waitForNext(std::uint64_t played);
 
-    Mixer& m_mixer;
-    OutputControl& m_output;
-    Find m_find;
+    SyncEvents& m_events;
     std::deque<MixEvent> m_pending; ///< The sync thread's.
     std::counting_semaphore<> m_wake{0};
     std::mutex m_mutex;
     std::condition_variable m_finished;
-    std::uint32_t m_calling = 0; ///< The channel whose sync is running; guarded by m_mutex.
+    std::uint32_t m_calling = 0;   ///< The stream whose sync is running; guarded by m_mutex.
+    std::mutex m_postedMutex;      ///< Taken last: `post` is called under other locks.
+    std::deque<MixEvent> m_posted; ///< Guarded by m_postedMutex.
     std::jthread m_thread;
 };
 

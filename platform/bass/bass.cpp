@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 
@@ -13,15 +14,25 @@ namespace {
 
 using bass::Library;
 
-constexpr QWORD bytesPerFrame = bass::channelCount * sizeof(float);
+constexpr QWORD bytesPerFrame = sizeof(bass::Frame);
+constexpr std::chrono::milliseconds closingLimit{200};
 
-std::shared_ptr<bass::Channel> find(DWORD handle) {
-    return Library::instance().find(handle);
-}
+/// The stream behind a handle, if there is one, and the right to use it.
+class Access {
+public:
+    explicit Access(DWORD handle) : m_channel(Library::instance().find(lock, handle)) {}
+    explicit operator bool() const { return m_channel != nullptr; }
+    bass::Channel* operator->() const { return m_channel.get(); }
 
-HSTREAM openFile(BOOL mem, const void* file, QWORD offset, QWORD length, bass::Format format) {
+    Library::Lock lock = Library::instance().lock();
+
+private:
+    std::shared_ptr<bass::Channel> m_channel;
+};
+
+HSTREAM openFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD kind) {
     if (mem || !file || offset != 0 || length != 0) return 0;
-    return Library::instance().add(bass::openFile(static_cast<const char*>(file), format));
+    return Library::instance().create({kind, static_cast<const char*>(file)});
 }
 
 bool isAttribute(DWORD attribute) {
@@ -39,130 +50,157 @@ BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId)
     return Library::instance().open();
 }
 
+BOOL BASS_Free() {
+    return Library::instance().close(closingLimit);
+}
+
 HSTREAM BASS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD /*flags*/) {
-    return openFile(mem, file, offset, length, bass::Format::any);
+    return openFile(mem, file, offset, length, BASS_SOURCE_FILE);
 }
 
 HSTREAM BASS_FLAC_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD /*flags*/) {
-    return openFile(mem, file, offset, length, bass::Format::flac);
+    return openFile(mem, file, offset, length, BASS_SOURCE_FLAC);
 }
 
 HSTREAM BASS_APE_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD /*flags*/) {
-    return openFile(mem, file, offset, length, bass::Format::ape);
+    return openFile(mem, file, offset, length, BASS_SOURCE_APE);
 }
 
 HSTREAM BASS_OPUS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD /*flags*/) {
-    return openFile(mem, file, offset, length, bass::Format::opus);
+    return openFile(mem, file, offset, length, BASS_SOURCE_OPUS);
 }
 
 HSTREAM BASS_WV_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD /*flags*/) {
-    return openFile(mem, file, offset, length, bass::Format::wavpack);
+    return openFile(mem, file, offset, length, BASS_SOURCE_WV);
 }
 
 HSTREAM BASS_StreamCreateURL(const char* url, DWORD offset, DWORD flags, DOWNLOADPROC* proc, void* /*user*/) {
-    if (!url || offset != 0 || flags != 0 || proc) return 0;
-    return Library::instance().add(bass::openUrl(url));
+    if (!url || offset != 0 || flags != 0 || proc || !bass::isHttpAddress(url)) return 0;
+    return Library::instance().create({BASS_SOURCE_URL, url});
 }
 
 BOOL BASS_StreamFree(HSTREAM handle) {
     return Library::instance().free(handle);
 }
 
+DWORD BASS_StreamGetStatus(HSTREAM handle, DWORD* httpStatus) {
+    const auto lock = Library::instance().lock();
+    const auto channel = Library::instance().findAny(lock, handle);
+    return channel ? channel->status(lock, httpStatus) : BASS_STREAM_NONE;
+}
+
+BOOL BASS_ChannelSetNext(DWORD handle, DWORD kind, const char* source) {
+    if (kind > BASS_SOURCE_URL || (kind == BASS_SOURCE_NONE) != (source == nullptr)) return 0;
+    if (kind == BASS_SOURCE_URL && !bass::isHttpAddress(source)) return 0;
+    return Library::instance().setNext(handle, {kind, source ? source : ""});
+}
+
 DWORD BASS_ChannelIsActive(DWORD handle) {
-    const auto channel = find(handle);
-    return channel ? channel->active() : BASS_ACTIVE_STOPPED;
+    const Access channel(handle);
+    return channel ? channel->active(channel.lock) : BASS_ACTIVE_STOPPED;
 }
 
 BOOL BASS_ChannelPlay(DWORD handle, BOOL restart) {
-    const auto channel = find(handle);
-    return channel && channel->play(restart != 0);
+    const Access channel(handle);
+    return channel && channel->play(channel.lock, restart != 0);
 }
 
 BOOL BASS_ChannelPause(DWORD handle) {
-    const auto channel = find(handle);
-    return channel && channel->pause();
+    const Access channel(handle);
+    return channel && channel->pause(channel.lock);
 }
 
 BOOL BASS_ChannelSlideAttribute(DWORD handle, DWORD attrib, float value, DWORD ms) {
-    const auto channel = find(handle);
+    const Access channel(handle);
     if (!channel || !isAttribute(attrib) || !std::isfinite(value)) return 0;
-    channel->slideAttribute(attrib, value, framesOf(ms));
+    channel->slideAttribute(channel.lock, attrib, value, framesOf(ms));
     return 1;
 }
 
 BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib) {
-    const auto channel = find(handle);
-    return channel && isAttribute(attrib) && channel->isSliding(attrib);
+    const Access channel(handle);
+    return channel && isAttribute(attrib) && channel->attribute(channel.lock, attrib).isSliding();
 }
 
 BOOL BASS_ChannelSetAttribute(DWORD handle, DWORD attrib, float value) {
-    const auto channel = find(handle);
+    const Access channel(handle);
     if (!channel || !isAttribute(attrib) || !std::isfinite(value)) return 0;
-    channel->setAttribute(attrib, value);
+    channel->setAttribute(channel.lock, attrib, value);
     return 1;
 }
 
 BOOL BASS_ChannelGetAttribute(DWORD handle, DWORD attrib, float* value) {
-    const auto channel = find(handle);
+    const Access channel(handle);
     if (!channel || !isAttribute(attrib) || !value) return 0;
-    *value = channel->attribute(attrib);
+    *value = channel->attribute(channel.lock, attrib).get();
     return 1;
 }
 
 HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user) {
-    const auto channel = find(handle);
+    const auto lock = Library::instance().lock();
+    const auto channel = Library::instance().findAny(lock, handle); // one that failed still reports its end
     const DWORD kind = type & ~BASS_SYNC_ONETIME;
     if (!channel || !proc || parameter != 0 || (kind != BASS_SYNC_END && kind != BASS_SYNC_SLIDE)) return 0;
-    const HSYNC sync = Library::instance().newSyncHandle();
-    channel->addSync({sync, kind, (type & BASS_SYNC_ONETIME) != 0, proc, user});
+    const HSYNC sync = Library::instance().newSyncHandle(lock);
+    channel->addSync(lock, {sync, kind, (type & BASS_SYNC_ONETIME) != 0, proc, user});
     return sync;
 }
 
 QWORD BASS_ChannelGetPosition(DWORD handle, DWORD mode) {
-    const auto channel = find(handle);
+    const Access channel(handle);
     if (!channel || mode != BASS_POS_BYTE) return BASS_QWORD_ERROR;
-    return static_cast<QWORD>(channel->position()) * bytesPerFrame;
+    return static_cast<QWORD>(channel->position(channel.lock)) * bytesPerFrame;
 }
 
 BOOL BASS_ChannelSetPosition(DWORD handle, QWORD pos, DWORD mode) {
-    const auto channel = find(handle);
+    const Access channel(handle);
     if (!channel || mode != BASS_POS_BYTE) return 0;
-    return channel->seek(static_cast<std::int64_t>(pos / bytesPerFrame));
+    return channel->seek(channel.lock, static_cast<std::int64_t>(pos / bytesPerFrame));
 }
 
 QWORD BASS_ChannelGetLength(DWORD handle, DWORD mode) {
-    const auto channel = find(handle);
+    const Access channel(handle);
     if (!channel || mode != BASS_POS_BYTE) return BASS_QWORD_ERROR;
-    const auto frames = channel->length();
+    const auto frames = channel->length(channel.lock);
     return frames ? static_cast<QWORD>(*frames) * bytesPerFrame : BASS_QWORD_ERROR;
 }
 
 double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos) {
-    if (!find(handle) || pos == BASS_QWORD_ERROR) return -1.0;
+    if (!Access(handle) || pos == BASS_QWORD_ERROR) return -1.0;
     const QWORD frames = pos / bytesPerFrame;
     return static_cast<double>(frames) / bass::sampleRate;
 }
 
 QWORD BASS_ChannelSeconds2Bytes(DWORD handle, double seconds) {
-    if (!find(handle) || std::isnan(seconds)) return BASS_QWORD_ERROR;
+    if (!Access(handle) || std::isnan(seconds)) return BASS_QWORD_ERROR;
     // A hair above, so that a frame's own time gives this frame and not the one before.
     constexpr double tolerance = 1e-6;
-    constexpr double mostFrames = 1e15;
-    const double frames = std::clamp(seconds * bass::sampleRate + tolerance, 0.0, mostFrames);
+    constexpr double maxFrames = 1e15;
+    const double frames = std::clamp(seconds * bass::sampleRate + tolerance, 0.0, maxFrames);
     return static_cast<QWORD>(frames) * bytesPerFrame;
 }
 
 DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request) {
-    const auto channel = find(handle);
-    if (!channel || !buffer || request != BASS_DATA_FFT1024) return BASS_DWORD_ERROR;
-    std::array<float, bass::fftFrames * bass::channelCount> frames;
-    channel->lastHeard(frames);
+    std::array<bass::Frame, bass::fftFrames> frames;
+    {
+        const Access channel(handle);
+        if (!channel || !buffer || request != BASS_DATA_FFT1024) return BASS_DWORD_ERROR;
+        channel->lastPlayed(channel.lock, frames);
+    }
     const auto magnitudes = bass::magnitudes(frames);
     std::memcpy(buffer, magnitudes.data(), sizeof(magnitudes));
     return sizeof(magnitudes);
 }
 
-bool bass::setTap(DWORD handle, SampleTap* tap) {
-    const auto channel = find(handle);
-    return channel && channel->setTap(tap);
+bool bass::setTap(DWORD handle, SampleTap& tap) {
+    return Library::instance().setTap(handle, tap);
+}
+
+bool bass::hasTap(DWORD handle, const SampleTap& tap) {
+    const Access channel(handle);
+    return channel && channel->tap(channel.lock) == &tap;
+}
+
+void bass::removeTap(const SampleTap& tap) {
+    Library::instance().removeTap(tap);
 }

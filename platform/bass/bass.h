@@ -9,7 +9,7 @@
 /// gain, times are milliseconds where an argument says `ms`.
 ///
 /// Threads: every call may be made from any thread, also from inside a sync. Sync callbacks run on one thread
-/// of the library's own, one at a time, in the order in which their events were heard.
+/// of the library's own, one at a time, in the order in which their events are played.
 ///
 /// Errors: a call on handle 0, on a freed handle or with an unknown attribute has no effect and answers
 /// FALSE, 0, BASS_ACTIVE_STOPPED, all bits set (positions, lengths, data) or a negative number of seconds, as
@@ -58,10 +58,15 @@ using SYNCPROC = void(HSYNC handle, DWORD channel, DWORD data, void* user);
 using DOWNLOADPROC = void(const void* buffer, DWORD length, void* user);
 
 /// Starts the library. `device` -1 is the default output device, the only one offered; `freq` must be 44100,
-/// the remaining arguments 0 and null. The device itself is opened by a thread of the library's own, again and
-/// again until there is one; what plays meanwhile waits. FALSE when no device could ever be opened, or when
-/// the library is initialised already.
+/// the remaining arguments 0 and null. The device itself is opened by a thread of the library's own, again
+/// and again until there is one; what plays meanwhile waits. FALSE when no device could ever be opened, or
+/// when the library is initialised already.
 BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId);
+
+/// Ends every stream, the device and the library's threads. What hangs (a device, a name look-up) is left
+/// behind after a fifth of a second; call it last, before the process ends. FALSE when nothing was
+/// initialised.
+BOOL BASS_Free();
 
 /// Opens a local file whatever its name holds; the bytes of `file` are a path. The content decides the
 /// format, never the extension. `mem` must be FALSE, `offset` and `length` 0 (the whole file). The stream is
@@ -81,17 +86,17 @@ HSTREAM BASS_StreamCreateURL(const char* url, DWORD offset, DWORD flags, DOWNLOA
 
 /// What has become of a stream: BASS_StreamGetStatus.
 inline constexpr DWORD BASS_STREAM_NONE = 0;       ///< no such stream
-inline constexpr DWORD BASS_STREAM_CONNECTING = 1; ///< none of its frames has been played or is ready to be
+inline constexpr DWORD BASS_STREAM_CONNECTING = 1; ///< being opened; no frame has been there yet
 inline constexpr DWORD BASS_STREAM_OPEN = 2;
-inline constexpr DWORD BASS_STREAM_NOT_FOUND = 16;    ///< Failed, as all from here on: no such file.
-inline constexpr DWORD BASS_STREAM_UNREADABLE = 17;   ///< no regular file, no permission, an error of the disk
-inline constexpr DWORD BASS_STREAM_NO_AUDIO = 18;     ///< holds nothing that can be decoded
-inline constexpr DWORD BASS_STREAM_NO_NAME = 19;      ///< the host's name does not resolve
-inline constexpr DWORD BASS_STREAM_REFUSED = 20;      ///< no connection: refused, unreachable, reset
-inline constexpr DWORD BASS_STREAM_TIMEOUT = 21;      ///< no answer in time
-inline constexpr DWORD BASS_STREAM_HTTP_STATUS = 22;  ///< the server answered with an error
-inline constexpr DWORD BASS_STREAM_CERTIFICATE = 23;  ///< the server's certificate is not trusted
-inline constexpr DWORD BASS_STREAM_LOST = 24;         ///< broke off while it played, for good
+inline constexpr DWORD BASS_STREAM_NOT_FOUND = 16;   ///< Failed, as all from here on: no such file.
+inline constexpr DWORD BASS_STREAM_UNREADABLE = 17;  ///< no regular file, no permission, an error of the disk
+inline constexpr DWORD BASS_STREAM_NO_AUDIO = 18;    ///< holds nothing that can be decoded
+inline constexpr DWORD BASS_STREAM_NO_NAME = 19;     ///< the host's name does not resolve
+inline constexpr DWORD BASS_STREAM_REFUSED = 20;     ///< no connection: refused, unreachable, reset
+inline constexpr DWORD BASS_STREAM_TIMEOUT = 21;     ///< no answer in time
+inline constexpr DWORD BASS_STREAM_HTTP_STATUS = 22; ///< the server answered with an error
+inline constexpr DWORD BASS_STREAM_CERTIFICATE = 23; ///< the server's certificate is not trusted
+inline constexpr DWORD BASS_STREAM_LOST = 24;        ///< broke off while it played, for good
 
 /// One of the BASS_STREAM_ values; a failed stream keeps its until it is freed. With
 /// BASS_STREAM_HTTP_STATUS, `httpStatus` (may be null) gets what the server answered (404, 503, ...).
@@ -111,14 +116,13 @@ inline constexpr DWORD BASS_SOURCE_URL = 6;
 /// with the gain, balance and slides that `handle` has then. BASS_SYNC_END of `handle` fires when that frame
 /// is played.
 ///
-/// The creation call for this very source, as the next creation call after the end (or at any time before),
-/// then returns the stream that is already prepared or playing; a creation call for another source ends it.
-/// Until then it belongs to `handle`: naming another source, seeking and pausing discard what was mixed
-/// ahead.
+/// The next creation call after `handle` has ended or was freed returns the stream that is already prepared
+/// or playing when it names this very source, and ends it when it names another. Until then it belongs to
+/// `handle`: naming another source, seeking and pausing discard what was mixed ahead.
 BOOL BASS_ChannelSetNext(DWORD handle, DWORD kind, const char* source);
 
 /// Ends a stream: it falls silent at once, its syncs are removed and none of them starts after this call.
-/// Allowed inside the stream's own sync.
+/// Never waits for a server or a disk. Allowed inside the stream's own sync.
 BOOL BASS_StreamFree(HSTREAM handle);
 
 /// One of the BASS_ACTIVE_ values.
@@ -130,7 +134,8 @@ BOOL BASS_ChannelPlay(DWORD handle, BOOL restart);
 BOOL BASS_ChannelPause(DWORD handle);
 
 /// Moves an attribute to `value` linearly over `ms`; a slide under way is replaced and goes on from where it
-/// is. The sliding attribute changes while the channel plays; a paused channel's slide waits.
+/// is. The attribute changes while the channel plays; the slide of a stopped or paused channel waits, and
+/// that of one that connects or seeks, and so is silent, is done at once.
 BOOL BASS_ChannelSlideAttribute(DWORD handle, DWORD attrib, float value, DWORD ms);
 BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib);
 /// Sets an attribute and ends a slide of it. The sound follows within milliseconds, without a click.
@@ -140,9 +145,10 @@ BOOL BASS_ChannelGetAttribute(DWORD handle, DWORD attrib, float* value);
 /// Registers a callback for BASS_SYNC_END or BASS_SYNC_SLIDE; `parameter` must be 0. 0 on failure.
 HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user);
 
-/// What is being heard now, in bytes. Never moves backwards but by BASS_ChannelSetPosition.
+/// What is being played now, in bytes. Never moves backwards but by BASS_ChannelSetPosition.
 QWORD BASS_ChannelGetPosition(DWORD handle, DWORD mode);
-/// Seeks to the frame that holds `pos`; past the end it goes to the end. FALSE where the source cannot seek.
+/// Seeks to the frame that holds `pos`; past the end it goes to the end. A seek while the channel fades to
+/// silence is done when that has ended. FALSE where the source cannot seek.
 BOOL BASS_ChannelSetPosition(DWORD handle, QWORD pos, DWORD mode);
 /// Exact where the container knows it.
 QWORD BASS_ChannelGetLength(DWORD handle, DWORD mode);
@@ -151,6 +157,6 @@ double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos);
 /// Byte position of a time, rounded down to a whole frame; negative times are the start.
 QWORD BASS_ChannelSeconds2Bytes(DWORD handle, double seconds);
 
-/// BASS_DATA_FFT1024: writes 512 floats, the magnitudes of the last 1024 frames heard (channels averaged,
+/// BASS_DATA_FFT1024: writes 512 floats, the magnitudes of the last 1024 frames played (channels averaged,
 /// Hann window), scaled so that a full-scale sine in the middle of a bin gives 1.0. Answers the bytes read.
 DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request);

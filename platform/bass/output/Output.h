@@ -16,8 +16,6 @@ public:
     /// Whether `render` has `frames` frames of sound now, or nothing more to wait for. For outputs that do
     /// not run on a clock.
     virtual bool isReady(std::size_t frames) const noexcept = 0;
-    /// Asks for frames sooner than a clock would need them. Not for the audio threads of real devices.
-    virtual void hurry() const noexcept = 0;
 };
 
 /// Where sound goes. Started and stopped by one control thread; between start and stop it asks the renderer

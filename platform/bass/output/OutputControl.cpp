@@ -35,6 +35,10 @@ OutputControl::OutputControl(Mixer& mixer, std::function<void(std::uint64_t)> re
     : m_mixer(mixer), m_rewind(std::move(rewind)) {}
 
 OutputControl::~OutputControl() {
+    close();
+}
+
+void OutputControl::close() {
     if (!m_thread.joinable()) return;
     m_thread.request_stop();
     m_wake.release();
@@ -66,7 +70,7 @@ void OutputControl::wakeOutput() {
     if (m_output) m_output->wake();
 }
 
-std::uint64_t OutputControl::heardFrame() {
+std::uint64_t OutputControl::playedFrame() {
     const std::lock_guard lock(m_mutex);
     if (m_running) noteHeard();
     return m_lastHeard;

@@ -21,11 +21,14 @@ class OutputControl {
 public:
     /// `rewind` is called on the control thread, with the device stopped, when mixed frames past the given
     /// frame of the device's timeline will not be heard.
-    OutputControl(Mixer& mixer, std::function<void(std::uint64_t heard)> rewind);
+    OutputControl(Mixer& mixer, std::function<void(std::uint64_t played)> rewind);
     ~OutputControl();
 
     /// To be called once, before anything else. False when there is no output.
     [[nodiscard]] bool open();
+
+    /// Stops the device for good.
+    void close();
 
     /// What is queued in the device is not to be waited for at the next change. To be said before a channel
     /// is attached.
@@ -37,7 +40,7 @@ public:
     void wakeOutput();
 
     /// The frame of the device's timeline that is being heard. Never goes back.
-    std::uint64_t heardFrame();
+    std::uint64_t playedFrame();
 
 private:
     void run(const std::stop_token& stop);

@@ -103,7 +103,6 @@ bool ThreadOutput::waitForTurn(const Renderer& renderer, const std::stop_token& 
     std::unique_lock lock(m_mutex);
     if (m_pace == Pace::decoding) {
         while (!stop.stop_requested() && !renderer.isReady(chunkFrames)) {
-            renderer.hurry();
             m_wake.wait_for(lock, stop, chunkTime, [&] { return renderer.isReady(chunkFrames); });
         }
     } else {

@@ -43,7 +43,7 @@ Encoder::Encoder(EncoderProcess process, std::uint32_t channel)
 }
 
 Encoder::~Encoder() {
-    follow(0);
+    removeTap(m_feed);
     m_thread.request_stop();
     eventfd_write(m_wake.get(), 1);
     m_thread.join();
@@ -51,12 +51,10 @@ Encoder::~Encoder() {
 
 bool Encoder::follow(std::uint32_t channel) {
     const std::lock_guard lock(m_mutex);
-    if (channel == m_channel && channel != 0) return true;
-    // A channel that has been freed is not there any more, and no longer taps.
-    if (m_channel != 0) setTap(m_channel, nullptr);
+    if (hasTap(channel, m_feed)) return true; // it follows the former one without a gap
+    removeTap(m_feed);
     m_feed.follow();
-    m_channel = setTap(channel, &m_feed) ? channel : 0;
-    return m_channel != 0;
+    return setTap(channel, m_feed);
 }
 
 std::uint16_t Encoder::serve(std::uint16_t port, std::size_t burst) {

@@ -47,8 +47,7 @@ private:
     std::size_t m_written = 0;           ///< Bytes of m_samples.
 
     std::mutex m_mutex;
-    std::uint32_t m_channel = 0;              ///< Guarded by m_mutex, as the next.
-    std::unique_ptr<ListenerServer> m_server; ///< Made once.
+    std::unique_ptr<ListenerServer> m_server; ///< Made once; guarded by m_mutex.
     std::jthread m_thread;                    ///< Last: it uses all above.
 };
 

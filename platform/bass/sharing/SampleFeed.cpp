@@ -12,13 +12,10 @@ constexpr std::int64_t mostAhead = 2 * rate;
 
 } // namespace
 
-void SampleFeed::tapped(std::span<const float> frames) noexcept {
-    std::uint64_t pushed = 0;
-    std::uint64_t lost = 0;
-    for (std::size_t i = 0; i + 1 < frames.size(); i += 2)
-        m_queue.push({frames[i], frames[i + 1]}) ? ++pushed : ++lost;
+void SampleFeed::tapped(std::span<const Frame> frames) noexcept {
+    const std::size_t pushed = m_ring.write(frames);
     m_pushed += pushed;
-    m_lost += lost;
+    m_lost += frames.size() - pushed;
 }
 
 std::size_t SampleFeed::take(std::span<std::int16_t> out, Clock::time_point now) {
@@ -46,11 +43,11 @@ std::size_t SampleFeed::takeSound(std::span<std::int16_t> out, std::int64_t due)
             m_joined = boundary;
             continue;
         }
-        const Frame* frame = m_queue.front();
+        const Frame* frame = m_ring.front();
         if (!frame) break;
         out[frames * 2] = m_dither((*frame)[0]);
         out[frames * 2 + 1] = m_dither((*frame)[1]);
-        m_queue.pop();
+        m_ring.consume(1);
         ++frames;
         ++m_taken;
         ++m_fed;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/bass/SampleTap.h"
-#include "platform/bass/SpscQueue.h"
+#include "platform/bass/SpscRing.h"
 #include "platform/bass/sharing/Dither.h"
 
 #include <array>
@@ -27,7 +27,7 @@ public:
 
     explicit SampleFeed(Clock::time_point start) : m_start(start), m_lastSound(start) {}
 
-    void tapped(std::span<const float> frames) noexcept override;
+    void tapped(std::span<const Frame> frames) noexcept override;
 
     /// What is tapped from now on is another channel's. No `tapped` may be under way.
     void follow() { m_boundary = m_pushed.load(); }
@@ -39,13 +39,12 @@ public:
     std::uint64_t lostFrames() const { return m_lost.load(); }
 
 private:
-    using Frame = std::array<float, 2>;
     static constexpr std::size_t capacity = 131072; // 3 s
 
     std::size_t takeSound(std::span<std::int16_t> out, std::int64_t due);
     std::size_t takeSilence(std::span<std::int16_t> out, std::int64_t due);
 
-    SpscQueue<Frame, capacity> m_queue;
+    SpscRing<Frame> m_ring{capacity};
     std::atomic<std::uint64_t> m_pushed{0};
     std::atomic<std::uint64_t> m_lost{0};
     std::atomic<std::uint64_t> m_boundary{0}; ///< The frame, of those pushed, with which a channel begins.

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/bass/Mixer.h"
+#include "platform/bass/SyncThread.h"
+#include "platform/bass/bass.h"
+#include "platform/bass/output/OutputControl.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace bass {
+
+class Channel;
+
+/// A source as a creation call names it.
+struct SourceName {
+    DWORD kind = BASS_SOURCE_NONE;
+    std::string text; ///< A path or an address, as bytes.
+    bool operator==(const SourceName&) const = default;
+};
+
+/// What all streams share. One lock guards the control side of every stream: a join concerns two of them, and
+/// no call under it waits for a disk, a server or a device.
+///
+/// Lock order: `mutex`, then those of OutputControl and SyncThread.
+struct Engine {
+    using Lock = std::unique_lock<std::mutex>;
+
+    Engine(SyncEvents& events, std::function<void(std::uint64_t)> rewind)
+        : mixer([this] { syncs.wake(); }), output(mixer, std::move(rewind)), syncs(events) {}
+
+    std::mutex mutex;
+    Mixer mixer;
+    OutputControl output;
+    SyncThread syncs;
+    /// Makes the stream that is to follow another.
+    std::function<std::shared_ptr<Channel>(const Lock&, const SourceName&)> createStream;
+    std::atomic<int> workers{0}; ///< Threads of streams that have not ended yet.
+};
+
+} // namespace bass

@@ -1,0 +1,182 @@
+#include "platform/bass/Voice.h"
+
+#include "platform/bass/bass.h"
+
+#include <algorithm>
+
+namespace bass {
+namespace {
+
+/// 5 ms: the ramp over a discontinuity.
+constexpr std::uint32_t edgeFrames = 220;
+
+} // namespace
+
+Voice::Voice(std::uint32_t handle, const Config& config, std::counting_semaphore<>& work)
+    : m_handle(handle),
+      m_refillFrames(config.refillFrames),
+      m_work(work),
+      m_ring(config.framesAhead, historyFrames),
+      m_gain(handle, 1.0F),
+      m_pan(handle, 0.0F) {}
+
+// ---- the worker ----
+
+bool Voice::askForRoom() {
+    m_hungry = true;
+    if (m_ring.readable() > m_ring.capacity() / 2) return true;
+    m_hungry = false;
+    return false;
+}
+
+// ---- the engine's lock ----
+
+void Voice::lastPlayed(std::uint64_t devicePlayed, std::span<Frame> out) {
+    const std::int64_t ahead = m_timeline.mixedFrame() - m_timeline.playedFrame(devicePlayed);
+    m_ring.copyHistory(static_cast<std::uint64_t>(std::max<std::int64_t>(ahead, 0)), out);
+}
+
+void Voice::rewind(std::uint64_t devicePlayed) {
+    const std::int64_t mixed = m_timeline.mixedFrame();
+    const std::int64_t unplayed = std::max<std::int64_t>(mixed - m_timeline.playedFrame(devicePlayed), 0);
+    const std::size_t back = m_ring.rewind(static_cast<std::uint64_t>(unplayed));
+    m_tappedAhead += back;
+    startOver(mixed - static_cast<std::int64_t>(back));
+}
+
+void Voice::rewindToStart() {
+    m_tappedAhead += m_ring.rewind(static_cast<std::uint64_t>(m_timeline.mixedFrame()));
+    startOver(0);
+}
+
+void Voice::restartAt(std::int64_t frame) {
+    m_ring.clear();
+    m_complete = false;
+    m_tappedAhead = 0;
+    startOver(frame);
+}
+
+void Voice::startOver(std::int64_t frame) {
+    m_timeline.restartAt(frame);
+    m_edge.jumpTo(1.0F);
+    if (frame > 0) {
+        m_edge.jumpTo(0.0F);
+        m_edge.moveTo(1.0F, edgeFrames);
+    }
+    m_dry = false;
+    m_endSent = false;
+    m_joined = false;
+    ++m_generation;
+}
+
+// ---- the audio thread ----
+
+bool Voice::isReady(std::size_t frames) const noexcept {
+    if (m_ring.readable() > frames) return true; // one more: the last frame is to meet the next voice
+    if (!m_complete) return false;
+    return m_joined || !m_nextPending;
+}
+
+std::size_t Voice::framesToMix(std::size_t wanted, bool complete) const noexcept {
+    const std::size_t there = m_ring.readable();
+    const bool refilled = !m_dry.load(std::memory_order_relaxed) || complete || there >= m_refillFrames;
+    return refilled ? std::min(wanted, there) : 0;
+}
+
+Voice* Voice::mix(std::span<Frame> out, std::uint64_t deviceFrame, EventRing& events) noexcept {
+    const bool complete = m_complete.load(); // before `readable`: then that is all there will be
+    const std::size_t frames = framesToMix(out.size(), complete);
+    const bool ends = complete && frames == m_ring.readable();
+    const bool runsDry = frames < out.size() && !ends;
+    m_gain.follow();
+    m_pan.follow();
+    m_timeline.advance(deviceFrame, frames);
+    mixFrames(out.first(frames), runsDry);
+    m_dry = runsDry;
+    if (runsDry) m_timeline.breakOff();
+    if (m_hungry.load() && m_ring.readable() <= m_ring.capacity() / 2 && m_hungry.exchange(false))
+        m_work.release();
+
+    const std::span<Frame> rest = out.subspan(frames);
+    if (ends && !m_endSent) {
+        Voice* const follower = end(rest, deviceFrame + frames, events);
+        if (follower != this) return follower;
+    }
+    // Slides go on while the voice waits for data: a fade that never ended would never pause it.
+    m_gain.ramp().advance(rest.size());
+    m_pan.ramp().advance(rest.size());
+    postSlides(deviceFrame + out.size(), events);
+    return this;
+}
+
+/// Reports the end, and continues with the next voice.
+Voice* Voice::end(std::span<Frame> rest, std::uint64_t deviceFrame, EventRing& events) noexcept {
+    m_endSent = events.push({.kind = MixEvent::Kind::end,
+                             .stream = m_handle,
+                             .generation = m_generation.load(),
+                             .deviceFrame = deviceFrame});
+    Voice* const next = m_next.load();
+    if (!m_endSent || !next) return this; // without room for the event: again with the next frames
+    next->continueFrom(*this);
+    m_joined = true;
+    return next->mix(rest, deviceFrame, events);
+}
+
+void Voice::continueFrom(const Voice& former) noexcept {
+    m_gain.continueFrom(former.m_gain);
+    m_pan.continueFrom(former.m_pan);
+    m_tap.store(former.m_tap.load());
+}
+
+void Voice::mixFrames(std::span<Frame> out, bool runsDry) noexcept {
+    std::size_t left = out.size();
+    for (const std::span<const Frame> run : m_ring.peek(out.size())) {
+        tapFrames(run);
+        addTo(out.subspan(out.size() - left, run.size()), run, runsDry ? left : SIZE_MAX);
+        left -= run.size();
+    }
+    m_ring.consume(out.size());
+    if (runsDry && !out.empty()) {
+        m_edge.jumpTo(0.0F);
+        m_edge.moveTo(1.0F, edgeFrames);
+    }
+}
+
+/// `framesUntilDry`: after so many frames, from the first one here on, there is silence.
+void Voice::addTo(std::span<Frame> out, std::span<const Frame> frames, std::size_t framesUntilDry) noexcept {
+    Ramp& gain = m_gain.ramp();
+    Ramp& pan = m_pan.ramp();
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const float edge = m_edge.next();
+        const std::size_t left = framesUntilDry - i;
+        const float fadeOut = left > edgeFrames ? 1.0F : static_cast<float>(left - 1) / edgeFrames;
+        const float level = gain.next() * std::min(edge, fadeOut);
+        const float side = pan.next();
+        out[i][0] += frames[i][0] * level * std::min(1.0F, 1.0F - side);
+        out[i][1] += frames[i][1] * level * std::min(1.0F, 1.0F + side);
+    }
+}
+
+void Voice::tapFrames(std::span<const Frame> frames) noexcept {
+    const std::size_t again = std::min(m_tappedAhead, frames.size());
+    m_tappedAhead -= again;
+    SampleTap* const tap = m_tap.load();
+    if (tap && again < frames.size()) tap->tapped(frames.subspan(again));
+}
+
+void Voice::postSlides(std::uint64_t deviceFrame, EventRing& events) noexcept {
+    const auto post = [&](Attribute& attribute, std::uint32_t which) {
+        const Attribute::SlideId slide = attribute.finished();
+        if (slide == 0) return;
+        events.push({.kind = MixEvent::Kind::slide,
+                     .stream = m_handle,
+                     .generation = m_generation.load(),
+                     .attribute = which,
+                     .slide = slide,
+                     .deviceFrame = deviceFrame});
+    };
+    post(m_gain, BASS_ATTRIB_VOL);
+    post(m_pan, BASS_ATTRIB_PAN);
+}
+
+} // namespace bass
