@@ -322,6 +322,7 @@ void Channel::prepareNextIfDue(const Lock& lock) {
     if (!nearEnd && !m_voice.isComplete()) return;
     m_next = m_engine.createStream(lock, m_nextName);
     m_next->m_former = weak_from_this();
+    m_next->m_voice.setClaimed(false);
 }
 
 /// Lets the mixer continue with the next stream, once that has frames.

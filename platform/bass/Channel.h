@@ -61,6 +61,8 @@ public:
     bool isFollowedBy(const Lock& /*lock*/, const SourceName& name) const { return m_nextName == name; }
     /// Names the source that follows. The stream made for the former one is to be taken away before.
     void setNext(const Lock& lock, SourceName next);
+    /// Was made to follow another stream, and gets its owner now.
+    void claim(const Lock& /*lock*/) { m_voice.setClaimed(true); }
     /// Gives away the stream that was made for the source that follows; null when there is none.
     std::shared_ptr<Channel> takeNext(const Lock& lock);
 

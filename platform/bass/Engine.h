@@ -4,7 +4,9 @@
 #include "platform/bass/SyncThread.h"
 #include "platform/bass/bass.h"
 #include "platform/bass/output/OutputControl.h"
+#include "platform/bass/source/Source.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -20,6 +22,10 @@ struct SourceName {
     std::string text; ///< A path or an address, as bytes.
     bool operator==(const SourceName&) const = default;
 };
+
+/// Opens a source, on the worker of its stream.
+using OpenSource = std::function<OpenedSource(const SourceName&, std::shared_ptr<Cancel>)>;
+[[nodiscard]] OpenedSource openByName(const SourceName& name, std::shared_ptr<Cancel> cancel);
 
 /// What all streams share. One lock guards the control side of every stream: a join concerns two of them, and
 /// no call under it waits for a disk, a server or a device.
@@ -37,6 +43,7 @@ struct Engine {
     SyncThread syncs;
     /// Makes the stream that is to follow another.
     std::function<std::shared_ptr<Channel>(const Lock&, const SourceName&)> createStream;
+    OpenSource openSource = &openByName;
     std::atomic<int> workers{0}; ///< Threads of streams that have not ended yet.
 };
 

@@ -64,7 +64,11 @@ std::shared_ptr<Channel> Library::claim(const Lock& lock, const SourceName& name
     auto waiting = std::exchange(m_orphan, nullptr);
     for (auto former = m_channels.begin(); !waiting && former != m_channels.end(); ++former)
         if (former->second->hasEnded(lock)) waiting = former->second->takeNext(lock);
-    if (!waiting || waiting->name() == name) return waiting;
+    if (!waiting) return nullptr;
+    if (waiting->name() == name) {
+        waiting->claim(lock);
+        return waiting;
+    }
     release(lock, waiting);
     return nullptr;
 }
@@ -134,6 +138,11 @@ void Library::removeTap(const SampleTap& tap) {
 }
 
 // ---- the sync thread's ----
+
+void Library::setBusy(bool busy) {
+    m_engine.mixer.setSyncing(busy);
+    if (!busy) m_engine.output.wakeOutput();
+}
 
 bool Library::isCurrent(const MixEvent& event) {
     const Lock lock(m_engine.mutex);

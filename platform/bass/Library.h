@@ -40,6 +40,9 @@ public:
     /// When this returns the audio thread is done with the tap.
     void removeTap(const SampleTap& tap);
 
+    /// What opens sources from now on, in the place of openFile and openUrl.
+    void openWith(OpenSource opener) { m_engine.openSource = std::move(opener); }
+
     std::uint32_t newSyncHandle(const Lock& /*lock*/) { return ++m_lastSync; }
 
 private:
@@ -49,6 +52,7 @@ private:
     void release(const Lock& lock, const std::shared_ptr<Channel>& channel);
     void rewindAll(std::uint64_t played);
 
+    void setBusy(bool busy) override;
     std::optional<MixEvent> takeMixedEvent() override { return m_engine.mixer.takeEvent(); }
     std::uint64_t playedFrame() override { return m_engine.output.playedFrame(); }
     bool isCurrent(const MixEvent& event) override;

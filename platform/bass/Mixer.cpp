@@ -49,6 +49,7 @@ void Mixer::render(std::span<float> out) noexcept {
 }
 
 bool Mixer::isReady(std::size_t frames) const noexcept {
+    if (m_events.readable() > 0 || m_syncing) return false;
     m_turn.fetch_add(1);
     bool ready = m_attached > 0;
     for (const auto& slot : m_voices)

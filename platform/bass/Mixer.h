@@ -36,6 +36,9 @@ public:
     bool isReady(std::size_t frames) const noexcept override;
 
     std::optional<MixEvent> takeEvent() { return m_events.take(); }
+    /// The sync thread is at work. An output without a clock waits meanwhile: what a sync orders is to take
+    /// effect at its frame.
+    void setSyncing(bool syncing) { m_syncing = syncing; }
 
 private:
     static constexpr std::size_t maxVoices = 32;
@@ -47,6 +50,7 @@ private:
     mutable std::atomic<std::uint32_t> m_turn{0};
     std::atomic<std::uint64_t> m_mixed{0};
     EventRing m_events{256};
+    std::atomic<bool> m_syncing{false};
 };
 
 } // namespace bass

@@ -65,13 +65,14 @@ StreamTransition transition(StreamState state, StreamEvent event) {
         if (state == State::stopped) return {.state = State::playing};
         break;
     case StreamEvent::end:
-        if (state == State::playing) return {.state = State::ended, .detach = true, .reportEnd = true};
+        if (state == State::playing) return {.state = State::ended, .detach = true};
         break;
     case StreamEvent::exhausted:
         if (state == State::starting) return {.state = State::ended};
         break;
     case StreamEvent::failure:
-        return {.state = State::failed, .detach = state == State::playing, .reportEnd = true};
+        if (state != State::playing && state != State::ended) return {.state = State::failed};
+        break;
     case StreamEvent::release:
         break;
     }

@@ -22,7 +22,7 @@ enum class StreamEvent {
     joined,    ///< its first frame follows another stream's last one, and is being played
     end,       ///< its last frame has been played
     exhausted, ///< there is nothing more to play, and its end was reported before
-    failure,
+    failure,   ///< its source could not be opened
     release,
 };
 
@@ -33,7 +33,6 @@ struct StreamTransition {
     bool attach = false;    ///< Give it to the mixer.
     bool detach = false;    ///< Take it from the mixer; what was mixed ahead is discarded.
     bool fromStart = false; ///< Go to the first frame.
-    bool reportEnd = false; ///< Call the end syncs.
 
     bool operator==(const StreamTransition&) const = default;
 };

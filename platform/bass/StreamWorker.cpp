@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace bass {
 namespace {
@@ -22,12 +23,12 @@ Format formatOf(DWORD kind) {
     }
 }
 
-OpenedSource openSource(const SourceName& name, const std::shared_ptr<Cancel>& cancel) {
-    if (name.kind == BASS_SOURCE_URL) return openUrl(name.text, cancel);
-    return openFile(name.text, formatOf(name.kind), cancel);
-}
-
 } // namespace
+
+OpenedSource openByName(const SourceName& name, std::shared_ptr<Cancel> cancel) {
+    if (name.kind == BASS_SOURCE_URL) return openUrl(name.text, std::move(cancel));
+    return openFile(name.text, formatOf(name.kind), std::move(cancel));
+}
 
 void StreamWorker::start(const Lock& lock, const std::shared_ptr<Channel>& channel) {
     Engine& engine = channel->m_engine;
@@ -50,7 +51,7 @@ void StreamWorker::run() {
 }
 
 bool StreamWorker::open() {
-    OpenedSource opened = openSource(m_channel->name(), m_channel->m_cancel);
+    OpenedSource opened = m_channel->m_engine.openSource(m_channel->name(), m_channel->m_cancel);
     m_source = std::move(opened.source);
     const Lock lock(m_channel->m_engine.mutex);
     if (m_source) {

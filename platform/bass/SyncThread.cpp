@@ -45,9 +45,11 @@ void SyncThread::finish(std::uint32_t stream) {
 void SyncThread::run(const std::stop_token& stop) {
     pthread_setname_np(pthread_self(), "tul-sync");
     while (!stop.stop_requested()) {
+        m_events.setBusy(true);
         collect();
         const std::uint64_t played = m_events.playedFrame();
         dispatchDue(played);
+        m_events.setBusy(false);
         waitForNext(played);
     }
 }

@@ -18,6 +18,8 @@ namespace bass {
 class SyncEvents {
 public:
     virtual ~SyncEvents() = default;
+    /// The sync thread begins to handle events, or has handled all that are due.
+    virtual void setBusy(bool busy) = 0;
     /// The next event that was mixed.
     virtual std::optional<MixEvent> takeMixedEvent() = 0;
     /// The frame of the device's timeline that is being played.

@@ -72,6 +72,7 @@ void Voice::startOver(std::int64_t frame) {
 // ---- the audio thread ----
 
 bool Voice::isReady(std::size_t frames) const noexcept {
+    if (!m_claimed) return false;
     if (m_ring.readable() > frames) return true; // one more: the last frame is to meet the next voice
     if (!m_complete) return false;
     return m_joined || !m_nextPending;

@@ -66,6 +66,9 @@ public:
     void setNext(Voice* next) { m_next = next; }
     /// A next voice is being prepared: an output without a clock waits for it.
     void setNextPending(bool pending) { m_nextPending = pending; }
+    /// Made to follow another voice, and not yet known to the one that controls it. An output without a clock
+    /// waits for that, too.
+    void setClaimed(bool claimed) { m_claimed = claimed; }
     /// Whether the mixer has continued with the next voice.
     bool hasJoined() const { return m_joined; }
     /// The tap must outlive its time here: until another is set and the mixer has settled.
@@ -113,6 +116,7 @@ private:
     std::atomic<bool> m_dry{false};
     std::atomic<bool> m_joined{false};
     std::atomic<bool> m_nextPending{false};
+    std::atomic<bool> m_claimed{true};
     std::atomic<Voice*> m_next{nullptr};
     std::atomic<SampleTap*> m_tap{nullptr};
     std::atomic<std::uint32_t> m_generation{0}; ///< Of the meaning of mixed frames; changes at rest.

@@ -13,7 +13,9 @@ using std::chrono::milliseconds;
 
 class SampleFeedTest : public testing::Test {
 protected:
-    void tap(std::size_t frames, float value) { feed->tapped(std::vector<float>(frames * 2, value)); }
+    void tap(std::size_t frames, float value) {
+        feed->tapped(std::vector<bass::Frame>(frames, {value, value}));
+    }
 
     std::vector<std::int16_t> take(milliseconds at) {
         std::vector<std::int16_t> all;

@@ -33,11 +33,13 @@ void putLittleEndian(std::string& out, std::uint32_t value, int bytes) {
 }
 
 const std::map<std::string, std::vector<std::string>> encoders = {
+    {".aiff", {"ffmpeg", "-v", "error", "-y", "-i", "IN", "OUT"}},
     {".flac", {"flac", "-s", "-f", "IN", "-o", "OUT"}},
     {".m4a", {"ffmpeg", "-v", "error", "-y", "-i", "IN", "-c:a", "aac", "OUT"}},
     {".mp3", {"lame", "--quiet", "IN", "OUT"}},
     {".ogg", {"oggenc", "-Q", "IN", "-o", "OUT"}},
     {".opus", {"opusenc", "--quiet", "IN", "OUT"}},
+    {".wav", {"cp", "IN", "OUT"}},
     {".wv", {"wavpack", "-q", "-y", "IN", "-o", "OUT"}},
 };
 

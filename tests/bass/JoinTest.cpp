@@ -1,0 +1,217 @@
+// Streams that follow one another, on outputs that are no device. Each case needs a process of its own, as
+// CTest gives it: the library opens its output once.
+
+#include "platform/bass/bass.h"
+#include "tests/bass/Sounds.h"
+#include "tests/support/Media.h"
+#include "tests/support/WaitFor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using support::waitFor;
+using Samples = std::vector<std::int16_t>;
+
+std::filesystem::path recording() {
+    return support::scratch() / "recording.wav";
+}
+
+/// What the output wrote, once it rests.
+std::vector<float> recorded(std::size_t samples) {
+    constexpr std::size_t header = 44;
+    std::string bytes;
+    EXPECT_TRUE(waitFor([&] {
+        bytes = support::readFile(recording());
+        return bytes.size() >= header + samples * sizeof(float);
+    }));
+    std::vector<float> frames((bytes.size() - std::min(bytes.size(), header)) / sizeof(float));
+    std::memcpy(frames.data(), bytes.data() + header, frames.size() * sizeof(float));
+    return frames;
+}
+
+std::vector<float> decoded(const std::string& path) {
+    const auto opened = bass::openFile(path, bass::Format::any, std::make_shared<bass::Cancel>());
+    return opened.source ? sounds::read(*opened.source).samples : std::vector<float>();
+}
+
+/// Plays files one after the other as a player does: at the end of one it frees it, creates the stream of the
+/// next one, and names the one after that.
+class Player {
+public:
+    explicit Player(std::vector<std::string> files) : m_files(std::move(files)) { s_player = this; }
+
+    /// Everything up to the first end happens here, the rest on the sync thread.
+    void start() {
+        create();
+        BASS_ChannelPlay(m_stream, 0);
+    }
+    HSTREAM stream() const { return m_stream; }
+    std::size_t ended() const { return m_ended; }
+    bool isDone() const { return m_ended == m_files.size(); }
+
+private:
+    void create() {
+        m_stream = BASS_StreamCreateFile(0, m_files[m_ended].c_str(), 0, 0, 0);
+        BASS_ChannelSetSync(m_stream, BASS_SYNC_END | BASS_SYNC_ONETIME, 0, &Player::onEnd, nullptr);
+        if (m_ended + 1 < m_files.size())
+            BASS_ChannelSetNext(m_stream, BASS_SOURCE_FILE, m_files[m_ended + 1].c_str());
+    }
+    static void onEnd(HSYNC, DWORD stream, DWORD, void*) {
+        BASS_StreamFree(stream);
+        if (s_player->m_ended + 1 < s_player->m_files.size()) {
+            const std::size_t next = s_player->m_ended + 1;
+            s_player->m_ended = next;
+            s_player->create();
+            BASS_ChannelPlay(s_player->m_stream, 0);
+        } else {
+            ++s_player->m_ended;
+        }
+    }
+
+    static inline Player* s_player = nullptr;
+    std::vector<std::string> m_files;
+    std::atomic<HSTREAM> m_stream{0};
+    std::atomic<std::size_t> m_ended{0};
+};
+
+void open(const std::string& output) {
+    setenv("TUL_AUDIO", output.c_str(), 1);
+    ASSERT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
+}
+
+/// Frames of silence at its end are those that the last chunk was filled up with.
+void expectPlayed(const std::vector<float>& expected) {
+    auto out = recorded(expected.size());
+    ASSERT_GE(out.size(), expected.size());
+    const auto differ = std::mismatch(expected.begin(), expected.end(), out.begin());
+    EXPECT_EQ(differ.first - expected.begin(), static_cast<std::ptrdiff_t>(expected.size()));
+    out.erase(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(expected.size()));
+    EXPECT_TRUE(std::ranges::all_of(out, [](float sample) { return sample == 0; }));
+}
+
+TEST(JoinTest, FiftyOfAnyFormatLoseAndAddNothing) {
+    const struct {
+        const char* name;
+        int rate;
+        int channels;
+        std::size_t frames;
+    } kinds[] = {{"a.wav", 44100, 2, 30011}, {"b.flac", 48000, 2, 20000}, {"c.mp3", 44100, 2, 25000},
+                 {"d.ogg", 22050, 1, 11025}, {"e.opus", 48000, 2, 19999}, {"f.wv", 96000, 1, 40000},
+                 {"g.aiff", 8000, 2, 4001},  {"h.m4a", 44100, 2, 22050},  {"i.wav", 44100, 1, 900}};
+    std::vector<std::string> files;
+    std::vector<float> expected;
+    for (int i = 0; i < 51; ++i) {
+        const auto& kind = kinds[static_cast<std::size_t>(i) % std::size(kinds)];
+        if (i < static_cast<int>(std::size(kinds)))
+            files.push_back(support::encode(
+                kind.name, support::noise(kind.frames, kind.channels, static_cast<std::uint32_t>(i + 1)),
+                kind.rate, kind.channels));
+        else
+            files.push_back(files[static_cast<std::size_t>(i) - std::size(kinds)]);
+        const auto samples = decoded(files.back());
+        ASSERT_FALSE(samples.empty()) << kind.name;
+        expected.insert(expected.end(), samples.begin(), samples.end());
+    }
+    open("wav:" + recording().string());
+    Player player(files);
+    player.start();
+    ASSERT_TRUE(waitFor([&] { return player.isDone(); }, std::chrono::seconds(60)));
+    expectPlayed(expected);
+}
+
+TEST(JoinTest, ASourceThatCannotBeOpenedEndsItsStream) {
+    const auto first = support::writeWav(support::scratch() / "first.wav", support::noise(30000));
+    const auto last = support::writeWav(support::scratch() / "last.wav", support::noise(30000, 2, 2));
+    const auto missing = (support::scratch() / "missing.wav").string();
+    open("wav:" + recording().string());
+    Player player({first, missing, missing, last});
+    player.start();
+    ASSERT_TRUE(waitFor([&] { return player.isDone(); }));
+    auto out = recorded(2 * 60000);
+    const auto end = out.begin() + 2 * 30000;
+    EXPECT_TRUE(std::equal(out.begin(), end, decoded(first).begin()));
+    const auto next = std::find_if(end, out.end(), [](float sample) { return sample != 0; });
+    const auto expected = decoded(last);
+    ASSERT_GE(out.end() - next, static_cast<std::ptrdiff_t>(expected.size()));
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), next));
+}
+
+std::atomic<int> ends{0};
+void countEnd(HSYNC, DWORD, DWORD, void*) {
+    ++ends;
+}
+
+TEST(JoinTest, WhatFollowsMayChangeUntilItIsPlayed) {
+    const auto first = support::writeWav(support::scratch() / "first.wav", support::noise(30000));
+    const auto second = support::writeWav(support::scratch() / "second.wav", support::noise(30000, 2, 2));
+    const auto third = support::writeWav(support::scratch() / "third.wav", support::noise(30000, 2, 3));
+    open("wav:" + recording().string());
+    const HSTREAM stream = BASS_StreamCreateFile(0, first.c_str(), 0, 0, 0);
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    ASSERT_TRUE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, second.c_str()));
+    ASSERT_TRUE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, second.c_str())) << "the same again";
+    ASSERT_TRUE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, third.c_str()));
+    EXPECT_FALSE(BASS_ChannelSetNext(stream, BASS_SOURCE_URL, "ftp://host/file"));
+    EXPECT_FALSE(BASS_ChannelSetNext(stream, 7, first.c_str()));
+    EXPECT_FALSE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, nullptr));
+    BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 0.5F);
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([] { return ends == 1; }));
+    BASS_StreamFree(stream);
+    const HSTREAM next = BASS_StreamCreateFile(0, third.c_str(), 0, 0, 0);
+    EXPECT_EQ(BASS_ChannelIsActive(next), BASS_ACTIVE_PLAYING) << "it plays already";
+    float gain = 0;
+    EXPECT_TRUE(BASS_ChannelGetAttribute(next, BASS_ATTRIB_VOL, &gain));
+    EXPECT_EQ(gain, 0.5F);
+    BASS_ChannelSetSync(next, BASS_SYNC_END, 0, &countEnd, nullptr);
+    ASSERT_TRUE(waitFor([] { return ends == 2; }));
+
+    auto expected = decoded(first);
+    const auto behind = decoded(third);
+    expected.insert(expected.end(), behind.begin(), behind.end());
+    for (float& sample : expected)
+        sample *= 0.5F;
+    expectPlayed(expected);
+}
+
+TEST(JoinTest, AStreamMadeToFollowServesAStartByHandToo) {
+    const auto first = support::writeWav(support::scratch() / "first.wav", support::noise(44100 * 30));
+    const auto second = support::writeWav(support::scratch() / "second.wav", support::noise(30000, 2, 2));
+    open("null");
+    HSTREAM stream = BASS_StreamCreateFile(0, first.c_str(), 0, 0, 0);
+    BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, second.c_str());
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([&] { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) > 0; }));
+    BASS_StreamFree(stream); // long before its end
+    stream = BASS_StreamCreateFile(0, second.c_str(), 0, 0, 0);
+    EXPECT_EQ(BASS_ChannelIsActive(stream), BASS_ACTIVE_STOPPED);
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    EXPECT_TRUE(BASS_ChannelPlay(stream, 0));
+    EXPECT_TRUE(waitFor([] { return ends == 1; }));
+    EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 30000U * 8);
+}
+
+TEST(JoinTest, ASlideGoesOnInTheStreamThatFollows) {
+    const auto first = support::writeWav(support::scratch() / "first.wav", Samples(2 * 22050, 16384));
+    const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * 44100, 16384));
+    open("wav:" + recording().string());
+    Player player({first, second});
+    player.start();
+    BASS_ChannelSlideAttribute(player.stream(), BASS_ATTRIB_VOL, 0.0F, 1000);
+    ASSERT_TRUE(waitFor([&] { return player.isDone(); }));
+    const auto out = recorded(2 * 66150);
+    const float steepest = 0.5F / 44100 * 1.5F;
+    for (std::size_t i = 2; i < 2 * 44100; ++i)
+        ASSERT_NEAR(out[i], out[i - 2], steepest) << i;
+    EXPECT_EQ(out[2 * 60000], 0.0F);
+}
+
+} // namespace
