@@ -178,4 +178,95 @@ TEST_F(Device, RestsWhilePausedAndGoesOnFromThere) {
     expectGoesOn(recorded, soundFrom(recorded, silence), paused, rate * 0.05);
 }
 
+/// Two tracks of noise that join; what is done while the join lies in the device's queue.
+class DeviceJoin : public Device {
+protected:
+    static constexpr std::size_t firstFrames = rate * 2;
+
+    void playFirst() {
+        play(2);
+        next = support::noise(rate * 2, 2, 2);
+        nextFile = support::encode("next.flac", next);
+        ASSERT_TRUE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, nextFile.c_str()));
+    }
+    /// The device asks for a fifth of a second at once: by then the join is mixed.
+    void waitForQueuedJoin() const {
+        ASSERT_TRUE(waitFor([this] { return position() > firstFrames - rate / 20; }, limit));
+    }
+    void startNext() {
+        BASS_StreamFree(stream);
+        stream = BASS_StreamCreateFile(0, nextFile.c_str(), 0, 0, 0);
+        ASSERT_NE(stream, 0U);
+        BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+        ends = 0;
+        BASS_ChannelPlay(stream, 0);
+    }
+
+    Samples next;
+    std::filesystem::path nextFile;
+};
+
+TEST_F(DeviceJoin, TracksFollowWithoutAGap) {
+    playFirst();
+    ASSERT_TRUE(waitFor([] { return ends == 1; }, limit));
+    EXPECT_EQ(position(), firstFrames);
+    startNext();
+    EXPECT_LT(position(), rate / 2) << "it plays already, from its start";
+    const Samples recorded = recordedToEnd();
+    const std::size_t begin = soundFrom(recorded);
+    EXPECT_EQ(alikeFrames(recorded, begin, source, 0), firstFrames);
+    EXPECT_EQ(alikeFrames(recorded, begin + firstFrames, next, 0), next.size() / 2);
+}
+
+TEST_F(DeviceJoin, APauseDiscardsWhatWasMixedAhead) {
+    playFirst();
+    waitForQueuedJoin();
+    ASSERT_TRUE(BASS_ChannelPause(stream));
+    ASSERT_TRUE(waitFor([&] { return server.playingStreams() == 0; }, limit));
+    const std::size_t paused = position();
+    EXPECT_LT(paused, firstFrames);
+    EXPECT_EQ(ends, 0);
+    ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
+    ASSERT_TRUE(waitFor([] { return ends == 1; }, limit));
+    startNext();
+    const Samples recorded = recordedToEnd();
+    const auto join = std::search(recorded.begin(), recorded.end(), next.begin(), next.begin() + 64, alike);
+    ASSERT_NE(join, recorded.end());
+    const auto at = static_cast<std::size_t>(join - recorded.begin()) / 2;
+    EXPECT_EQ(alikeFrames(recorded, at, next, 0), next.size() / 2);
+    const std::size_t tail = 1000; // played after the pause, behind its ramp
+    EXPECT_EQ(alikeFrames(recorded, at - tail, source, firstFrames - tail), tail);
+}
+
+TEST_F(DeviceJoin, AnotherTrackReplacesTheQueuedOne) {
+    playFirst();
+    waitForQueuedJoin();
+    const Samples other = support::noise(rate, 2, 3);
+    nextFile = support::encode("other.flac", other);
+    ASSERT_TRUE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, nextFile.c_str()));
+    ASSERT_TRUE(waitFor([] { return ends == 1; }, limit));
+    startNext();
+    const Samples recorded = recordedToEnd();
+    const auto wrong = std::search(recorded.begin(), recorded.end(), next.begin(), next.begin() + 64, alike);
+    EXPECT_EQ(wrong, recorded.end()) << "the track that was taken away is played";
+    const auto at = std::search(recorded.begin(), recorded.end(), other.begin(), other.begin() + 64, alike);
+    ASSERT_NE(at, recorded.end());
+    EXPECT_EQ(alikeFrames(recorded, static_cast<std::size_t>(at - recorded.begin()) / 2, other, 0),
+              other.size() / 2);
+}
+
+TEST_F(DeviceJoin, ASeekBackIsFollowedByTheSameTrack) {
+    playFirst();
+    waitForQueuedJoin();
+    ASSERT_TRUE(BASS_ChannelSetPosition(stream, QWORD{rate} * 8, BASS_POS_BYTE));
+    ASSERT_TRUE(waitFor([] { return ends == 1; }, limit));
+    startNext();
+    const Samples recorded = recordedToEnd();
+    const auto again =
+        std::search(recorded.begin(), recorded.end(), source.end() - 2 * 1000, source.end(), alike);
+    ASSERT_NE(again, recorded.end()) << "the end of the first track";
+    EXPECT_EQ(alikeFrames(recorded, static_cast<std::size_t>(again - recorded.begin()) / 2 + 1000, next, 0),
+              next.size() / 2);
+}
+
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "platform/bass/Fft.h"
 #include "platform/bass/Library.h"
+#include "platform/bass/Taps.h"
 #include "platform/bass/bass.h"
 #include "tests/bass/Sounds.h"
 #include "tests/support/Media.h"
@@ -145,6 +146,7 @@ TEST(EngineTest, SlidesAreLinearAndTheirEndIsToldOnce) {
     open("wav:" + heardFile().string());
     const HSTREAM stream = streamOf(Samples(2 * 44100 * 5, 16384));
     BASS_ChannelSetSync(stream, BASS_SYNC_SLIDE, 0, &countSlideAndPause, nullptr);
+    BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 0.5F);
     ASSERT_TRUE(BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, 300));
     BASS_ChannelPlay(stream, 0);
     EXPECT_TRUE(BASS_ChannelIsSliding(stream, BASS_ATTRIB_VOL));
@@ -158,7 +160,7 @@ TEST(EngineTest, SlidesAreLinearAndTheirEndIsToldOnce) {
     constexpr std::size_t slideFrames = 44100 * 3 / 10;
     const auto out = heard(2 * slideFrames);
     for (std::size_t i = 0; i < slideFrames; ++i)
-        ASSERT_NEAR(out[2 * i], 0.5 * (1.0 - static_cast<double>(i + 1) / slideFrames), 1e-6) << i;
+        ASSERT_NEAR(out[2 * i], 0.25 * (1.0 - static_cast<double>(i + 1) / slideFrames), 1e-6) << i;
 }
 
 TEST(EngineTest, GainAndBalanceHoldFromTheFirstFrameAndNeverClick) {
@@ -253,6 +255,109 @@ TEST(EngineTest, ARefusedSeekLosesNoEnd) {
         << "it has nothing more to play";
     EXPECT_EQ(ends, 1);
     BASS_StreamFree(stream);
+}
+
+/// Endless silence, whose reads and seeks wait while they are held.
+class HeldSource : public bass::Source {
+public:
+    static inline std::atomic<bool> held{false};
+    static inline std::atomic<int> waiting{0};
+
+    bass::ReadResult read(std::span<float> out) override {
+        wait();
+        std::ranges::fill(out, 0.0F);
+        return {out.size() / 2, bass::ReadResult::Status::more};
+    }
+    bool seek(std::int64_t) override {
+        wait();
+        return true;
+    }
+    std::optional<std::int64_t> lengthFrames() const override { return bass::sampleRate * 600; }
+
+private:
+    static void wait() {
+        ++waiting;
+        EXPECT_TRUE(waitFor([] { return !held.load(); }));
+        --waiting;
+    }
+};
+
+HSTREAM playHeldSource() {
+    bass::Library::instance().openWith(
+        [](const auto&, const auto&) { return bass::OpenedSource{std::make_unique<HeldSource>()}; });
+    const HSTREAM stream = BASS_StreamCreateFile(0, "held", 0, 0, 0);
+    BASS_ChannelSetSync(stream, BASS_SYNC_SLIDE, 0, &countSlideAndPause, nullptr);
+    BASS_ChannelPlay(stream, 0);
+    EXPECT_TRUE(waitFor([&] { return position(stream) > 0; }));
+    return stream;
+}
+
+TEST(EngineTest, AFadeEndsThoughASeekHangs) {
+    open("null");
+    const HSTREAM stream = playHeldSource();
+    HeldSource::held = true;
+    ASSERT_TRUE(seek(stream, 1000000));
+    ASSERT_TRUE(waitFor([] { return HeldSource::waiting > 0; }));
+    BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, 300);
+    EXPECT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_PAUSED; }));
+    EXPECT_EQ(position(stream), 1000000U);
+    BASS_StreamFree(stream); // does not wait for it
+    HeldSource::held = false;
+    EXPECT_TRUE(waitFor([] { return HeldSource::waiting == 0; }));
+}
+
+TEST(EngineTest, ASeekWaitsForAFadeToSilence) {
+    open("null");
+    const HSTREAM stream = playHeldSource();
+    BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, 300);
+    ASSERT_TRUE(seek(stream, 1000000));
+    EXPECT_EQ(BASS_ChannelIsActive(stream), BASS_ACTIVE_PLAYING) << "it fades out where it was";
+    EXPECT_EQ(position(stream), 1000000U);
+    ASSERT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_PAUSED; }));
+    EXPECT_EQ(slides, 1);
+    BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 1.0F);
+    BASS_ChannelPlay(stream, 0);
+    EXPECT_TRUE(waitFor([&] { return position(stream) > 1000000; }));
+}
+
+class CollectingTap : public bass::SampleTap {
+public:
+    void tapped(std::span<const bass::Frame> frames) noexcept override {
+        const std::size_t at = std::min(m_count.load(), m_frames.size());
+        std::copy_n(frames.begin(), std::min(frames.size(), m_frames.size() - at),
+                    m_frames.begin() + static_cast<std::ptrdiff_t>(at));
+        m_count += frames.size();
+    }
+    std::size_t count() const { return m_count; }
+    const std::vector<bass::Frame>& frames() const { return m_frames; }
+
+private:
+    std::vector<bass::Frame> m_frames = std::vector<bass::Frame>(2 * bass::sampleRate);
+    std::atomic<std::size_t> m_count{0};
+};
+
+TEST(EngineTest, ATapGetsEachFrameOnceOverPausesAndJoins) {
+    open("null");
+    static CollectingTap tap; // the stream's until the process ends
+    const Samples noise = support::noise(44100);
+    const HSTREAM stream = streamOf(noise);
+    const auto second = support::writeWav(support::scratch() / "second.wav", support::noise(22050, 2, 2));
+    ASSERT_TRUE(bass::setTap(stream, tap));
+    BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, second.c_str());
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    BASS_ChannelPlay(stream, 0);
+    for (const QWORD frame : {4000U, 9000U, 20000U}) {
+        ASSERT_TRUE(waitFor([&] { return position(stream) > frame; }));
+        ASSERT_TRUE(BASS_ChannelPause(stream));
+        BASS_ChannelPlay(stream, 0);
+    }
+    ASSERT_TRUE(waitFor([] { return ends == 1; }));
+    ASSERT_TRUE(waitFor([] { return tap.count() >= 44100 + 22050; }));
+    std::vector<float> expected = sounds::exactly(noise);
+    const auto behind = sounds::exactly(support::noise(22050, 2, 2));
+    expected.insert(expected.end(), behind.begin(), behind.end());
+    EXPECT_EQ(tap.count(), expected.size() / 2);
+    EXPECT_EQ(std::memcmp(tap.frames().data(), expected.data(), expected.size() * sizeof(float)), 0);
 }
 
 TEST(EngineTest, HandlesMayBeFreedFromEverywhereAtAnyTime) {
