@@ -2,6 +2,7 @@
 // CTest gives it: the library opens its output once.
 
 #include "platform/bass/bass.h"
+#include "tests/bass/LibraryEnd.h"
 #include "tests/support/Media.h"
 #include "tests/support/SoundServer.h"
 #include "tests/support/WaitFor.h"

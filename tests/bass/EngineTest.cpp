@@ -5,6 +5,7 @@
 #include "platform/bass/Library.h"
 #include "platform/bass/Taps.h"
 #include "platform/bass/bass.h"
+#include "tests/bass/LibraryEnd.h"
 #include "tests/bass/Sounds.h"
 #include "tests/support/Media.h"
 #include "tests/support/WaitFor.h"

@@ -2,6 +2,7 @@
 // CTest gives it: the library opens its output once.
 
 #include "platform/bass/bass.h"
+#include "tests/bass/LibraryEnd.h"
 #include "tests/bass/Sounds.h"
 #include "tests/support/Media.h"
 #include "tests/support/WaitFor.h"
@@ -9,10 +10,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstring>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -212,6 +216,73 @@ TEST(JoinTest, ASlideGoesOnInTheStreamThatFollows) {
     for (std::size_t i = 2; i < 2 * 44100; ++i)
         ASSERT_NEAR(out[i], out[i - 2], steepest) << i;
     EXPECT_EQ(out[2 * 60000], 0.0F);
+}
+
+std::atomic<HSTREAM> current{0};
+std::array<std::string, 3> tracks;
+
+/// What a player does when a track ends, in the sync itself.
+void startAnother(HSYNC, DWORD ended, DWORD, void*) {
+    const std::size_t which = static_cast<std::size_t>(++ends);
+    BASS_StreamFree(ended);
+    const HSTREAM stream = BASS_StreamCreateFile(0, tracks[which % tracks.size()].c_str(), 0, 0, 0);
+    BASS_ChannelSetSync(stream, BASS_SYNC_END | BASS_SYNC_ONETIME, 0, &startAnother, nullptr);
+    BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, tracks[(which + 1) % tracks.size()].c_str());
+    BASS_ChannelPlay(stream, 0);
+    current = stream;
+}
+
+TEST(JoinTest, AnyOrderOfCallsKeepsPlaying) {
+    for (std::size_t i = 0; i < tracks.size(); ++i)
+        tracks[i] = support::writeWav(support::scratch() / ("track" + std::to_string(i) + ".wav"),
+                                      support::noise(3000 + 7000 * i));
+    open("null");
+    startAnother(0, 0, 0, nullptr);
+    std::atomic<bool> done{false};
+    std::vector<std::jthread> users;
+    for (unsigned user = 0; user < 2; ++user) {
+        users.emplace_back([&, user] {
+            std::mt19937 random(user);
+            while (!done) {
+                const HSTREAM stream = current;
+                switch (random() % 8) {
+                case 0:
+                    BASS_ChannelSetPosition(stream, random() % 20000 * 8, BASS_POS_BYTE);
+                    break;
+                case 1:
+                    BASS_ChannelPause(stream);
+                    break;
+                case 2:
+                    BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, random() % 50);
+                    break;
+                case 3:
+                    BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 1.0F);
+                    break;
+                case 4:
+                    BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, tracks[random() % tracks.size()].c_str());
+                    break;
+                case 5:
+                    BASS_ChannelSetNext(stream, BASS_SOURCE_NONE, nullptr);
+                    break;
+                case 6:
+                    BASS_ChannelGetPosition(stream, BASS_POS_BYTE);
+                    break;
+                default:
+                    BASS_ChannelPlay(stream, 0);
+                }
+                std::this_thread::sleep_for(std::chrono::microseconds(random() % 20000));
+            }
+        });
+    }
+    EXPECT_TRUE(waitFor([] { return ends >= 20; }, std::chrono::seconds(60)));
+    done = true;
+    users.clear();
+    // Whatever was asked for meanwhile: from now on track follows track.
+    const int before = ends;
+    EXPECT_TRUE(waitFor([&] {
+        BASS_ChannelPlay(current, 0);
+        return ends > before + 3;
+    }));
 }
 
 } // namespace

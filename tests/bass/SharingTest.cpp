@@ -1,4 +1,5 @@
 #include "platform/bass/bassenc.h"
+#include "tests/bass/LibraryEnd.h"
 #include "tests/bass/Listener.h"
 #include "tests/bass/Sounds.h"
 #include "tests/support/Media.h"
