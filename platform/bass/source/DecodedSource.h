@@ -19,7 +19,6 @@ public:
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
     [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override;
-    void interrupt() noexcept override { bytes_->interrupt(); }
 
 private:
     DecodedSource(std::shared_ptr<ByteSource> bytes, std::unique_ptr<Decoder> decoder)
