@@ -27,8 +27,8 @@ public:
 
     private:
         friend class HttpServer;
-        int socket_ = -1;
-        const std::atomic<bool>* stopping_ = nullptr;
+        int m_socket = -1;
+        const std::atomic<bool>* m_stopping = nullptr;
     };
     using Answer = std::function<void(Client&)>;
 
@@ -39,7 +39,7 @@ public:
 
     /// http://127.0.0.1:PORT`path`
     [[nodiscard]] std::string url(const std::string& path = "/") const;
-    [[nodiscard]] int requestCount() const { return requests_; }
+    [[nodiscard]] int requestCount() const { return m_requests; }
 
     /// Sends `content` as a finite file that honours ranges, at most `most` bytes of it before closing.
     static void sendFile(Client& client, std::string_view content, std::size_t most = std::string::npos);
@@ -48,13 +48,13 @@ private:
     void accept();
     void serve(int socket);
 
-    Answer answer_;
-    int listener_ = -1;
-    int port_ = 0;
-    std::atomic<bool> stopping_ = false;
-    std::atomic<int> requests_ = 0;
-    std::list<std::thread> clients_; ///< the accepting thread's, until it is joined
-    std::thread acceptor_;
+    Answer m_answer;
+    int m_listener = -1;
+    int m_port = 0;
+    std::atomic<bool> m_stopping = false;
+    std::atomic<int> m_requests = 0;
+    std::list<std::thread> m_clients; ///< the accepting thread's, until it is joined
+    std::thread m_acceptor;
 };
 
 } // namespace support

@@ -24,11 +24,11 @@ public:
     [[nodiscard]] virtual bool seekable() const = 0;
 
     /// Makes every read from now on fail soon.
-    void interrupt() noexcept { interrupted_ = true; }
-    [[nodiscard]] bool interrupted() const noexcept { return interrupted_; }
+    void interrupt() noexcept { m_interrupted = true; }
+    [[nodiscard]] bool interrupted() const noexcept { return m_interrupted; }
 
 private:
-    std::atomic<bool> interrupted_ = false;
+    std::atomic<bool> m_interrupted = false;
 };
 
 /// A context that reads `bytes`, which must outlive it; null when memory ran out.

@@ -15,32 +15,32 @@ std::unique_ptr<DecodedSource> DecodedSource::open(std::shared_ptr<ByteSource> b
 }
 
 ReadResult DecodedSource::read(std::span<float> out) {
-    if (bytes_->interrupted()) return {0, Status::failed};
+    if (m_bytes->interrupted()) return {0, Status::failed};
     const std::size_t wanted = out.size() / channelCount;
     std::size_t filled = 0;
     while (filled < wanted) {
         discard();
-        const std::size_t taken = converter_.take(out.subspan(filled * channelCount));
+        const std::size_t taken = m_converter.take(out.subspan(filled * channelCount));
         filled += taken;
         if (taken > 0) continue;
-        if (status_ != Status::more) return {filled, status_};
+        if (m_status != Status::more) return {filled, m_status};
         Decoder::Sound sound;
-        status_ = decoder_->next(sound);
-        if (status_ != Status::more)
-            converter_.finish();
-        else if (!converter_.push(*sound.frame, sound.offset, sound.count))
-            status_ = Status::failed;
+        m_status = m_decoder->next(sound);
+        if (m_status != Status::more)
+            m_converter.finish();
+        else if (!m_converter.push(*sound.frame, sound.offset, sound.count))
+            m_status = Status::failed;
     }
     return {filled, Status::more};
 }
 
 void DecodedSource::discard() {
     std::array<float, 1024> dropped;
-    while (toDiscard_ > 0) {
-        const auto most = std::min<std::int64_t>(toDiscard_ * channelCount, dropped.size());
-        const std::size_t taken = converter_.take(std::span(dropped).first(static_cast<std::size_t>(most)));
+    while (m_toDiscard > 0) {
+        const auto most = std::min<std::int64_t>(m_toDiscard * channelCount, dropped.size());
+        const std::size_t taken = m_converter.take(std::span(dropped).first(static_cast<std::size_t>(most)));
         if (taken == 0) return;
-        toDiscard_ -= static_cast<std::int64_t>(taken);
+        m_toDiscard -= static_cast<std::int64_t>(taken);
     }
 }
 
@@ -48,23 +48,23 @@ bool DecodedSource::seek(std::int64_t frame) {
     frame = std::max<std::int64_t>(frame, 0);
     if (const auto length = lengthFrames()) frame = std::min(frame, *length);
     // The resampler starts a little earlier, where an input frame and an output frame fall together.
-    const std::int64_t rate = decoder_->rate();
+    const std::int64_t rate = m_decoder->rate();
     const std::int64_t common = std::gcd<std::int64_t>(rate, sampleRate);
     const std::int64_t unitIn = rate / common;
     const std::int64_t unitOut = sampleRate / common;
     const std::int64_t settling = rate == sampleRate ? 0 : 2048 / unitOut + 1;
     const std::int64_t unit = std::max<std::int64_t>(frame / unitOut - settling, 0);
-    if (!decoder_->seek(unit * unitIn)) return false;
-    converter_.reset();
-    toDiscard_ = frame - unit * unitOut;
-    status_ = Status::more;
+    if (!m_decoder->seek(unit * unitIn)) return false;
+    m_converter.reset();
+    m_toDiscard = frame - unit * unitOut;
+    m_status = Status::more;
     return true;
 }
 
 std::optional<std::int64_t> DecodedSource::lengthFrames() const {
-    const auto length = decoder_->length();
+    const auto length = m_decoder->length();
     if (!length) return std::nullopt;
-    return av_rescale_rnd(*length, sampleRate, decoder_->rate(), decoder_->rounding());
+    return av_rescale_rnd(*length, sampleRate, m_decoder->rate(), m_decoder->rounding());
 }
 
 } // namespace bass

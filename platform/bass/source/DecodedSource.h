@@ -19,20 +19,20 @@ public:
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
     [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override;
-    void interrupt() noexcept override { bytes_->interrupt(); }
+    void interrupt() noexcept override { m_bytes->interrupt(); }
 
 private:
     DecodedSource(std::shared_ptr<ByteSource> bytes, std::unique_ptr<Decoder> decoder)
-        : bytes_(std::move(bytes)), decoder_(std::move(decoder)) {
-        converter_.setRounding(decoder_->rounding());
+        : m_bytes(std::move(bytes)), m_decoder(std::move(decoder)) {
+        m_converter.setRounding(m_decoder->rounding());
     }
     void discard();
 
-    std::shared_ptr<ByteSource> bytes_; ///< outlives the decoder
-    std::unique_ptr<Decoder> decoder_;
-    Converter converter_;
-    ReadResult::Status status_ = ReadResult::Status::more; ///< of the decoder
-    std::int64_t toDiscard_ = 0;                           ///< frames to drop before the one sought
+    std::shared_ptr<ByteSource> m_bytes; ///< outlives the decoder
+    std::unique_ptr<Decoder> m_decoder;
+    Converter m_converter;
+    ReadResult::Status m_status = ReadResult::Status::more; ///< of the decoder
+    std::int64_t m_toDiscard = 0;                           ///< frames to drop before the one sought
 };
 
 } // namespace bass

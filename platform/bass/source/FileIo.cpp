@@ -21,20 +21,20 @@ std::unique_ptr<FileIo> FileIo::open(const std::string& path) {
 }
 
 FileIo::~FileIo() {
-    close(descriptor_);
+    close(m_descriptor);
 }
 
 int FileIo::read(std::span<std::uint8_t> out) {
     ssize_t count = 0;
     do {
-        count = ::read(descriptor_, out.data(), out.size());
+        count = ::read(m_descriptor, out.data(), out.size());
     } while (count < 0 && errno == EINTR);
     if (count < 0) return AVERROR(errno);
     return count == 0 ? AVERROR_EOF : static_cast<int>(count);
 }
 
 std::int64_t FileIo::seek(std::int64_t offset) {
-    const off_t reached = lseek(descriptor_, offset, SEEK_SET);
+    const off_t reached = lseek(m_descriptor, offset, SEEK_SET);
     return reached < 0 ? AVERROR(errno) : reached;
 }
 

@@ -18,14 +18,14 @@ public:
 
     [[nodiscard]] int read(std::span<std::uint8_t> out) override;
     [[nodiscard]] std::int64_t seek(std::int64_t offset) override;
-    [[nodiscard]] std::int64_t size() const override { return size_; }
+    [[nodiscard]] std::int64_t size() const override { return m_size; }
     [[nodiscard]] bool seekable() const override { return true; }
 
 private:
-    FileIo(int descriptor, std::int64_t size) : descriptor_(descriptor), size_(size) {}
+    FileIo(int descriptor, std::int64_t size) : m_descriptor(descriptor), m_size(size) {}
 
-    int descriptor_;
-    std::int64_t size_;
+    int m_descriptor;
+    std::int64_t m_size;
 };
 
 } // namespace bass

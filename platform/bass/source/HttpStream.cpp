@@ -37,15 +37,15 @@ bool isHttp(std::string_view url) {
 
 int HttpStream::mustStop(void* self) {
     const auto& stream = *static_cast<const HttpStream*>(self);
-    return stream.interrupted() || Clock::now() > stream.deadline_;
+    return stream.interrupted() || Clock::now() > stream.m_deadline;
 }
 
 void HttpStream::waitAtMost(Clock::duration limit) {
-    deadline_ = std::min(openedBy_, Clock::now() + limit);
+    m_deadline = std::min(m_openedBy, Clock::now() + limit);
 }
 
 bool HttpStream::connect(std::int64_t offset) {
-    connection_.reset();
+    m_connection.reset();
     waitAtMost(connectLimit);
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "http,https,tcp,tls,crypto,httpproxy", 0);
@@ -54,58 +54,58 @@ bool HttpStream::connect(std::int64_t offset) {
     av_dict_set_int(&options, "offset", offset, 0);
     const AVIOInterruptCB callback = {mustStop, this};
     AVIOContext* connection = nullptr;
-    const int failed = avio_open2(&connection, url_.c_str(), AVIO_FLAG_READ, &callback, &options);
+    const int failed = avio_open2(&connection, m_url.c_str(), AVIO_FLAG_READ, &callback, &options);
     const DictionaryPtr leftOver(options);
     if (failed < 0) return false;
-    connection_.reset(connection);
+    m_connection.reset(connection);
     if (const std::string location = textOption(*connection, "location"); !isHttp(location)) {
-        connection_.reset();
+        m_connection.reset();
         return false;
     }
-    offset_ = offset;
-    size_ = avio_size(connection);
-    seekable_ = size_ >= 0 && (connection->seekable & AVIO_SEEKABLE_NORMAL);
-    live_ = size_ < 0 && !textOption(*connection, "icy_metadata_headers").empty();
+    m_offset = offset;
+    m_size = avio_size(connection);
+    m_seekable = m_size >= 0 && (connection->seekable & AVIO_SEEKABLE_NORMAL);
+    m_live = m_size < 0 && !textOption(*connection, "icy_metadata_headers").empty();
     return true;
 }
 
 int HttpStream::read(std::span<std::uint8_t> out) {
     while (!interrupted()) {
-        if (!connection_ && size_ >= 0 && offset_ >= size_) return AVERROR_EOF;
-        if (!connection_ && !resume()) return AVERROR(EIO);
+        if (!m_connection && m_size >= 0 && m_offset >= m_size) return AVERROR_EOF;
+        if (!m_connection && !resume()) return AVERROR(EIO);
         waitAtMost(silenceLimit);
-        const int count = avio_read_partial(connection_.get(), out.data(), static_cast<int>(out.size()));
+        const int count = avio_read_partial(m_connection.get(), out.data(), static_cast<int>(out.size()));
         if (count > 0) {
-            offset_ += count;
-            lastByte_ = Clock::now();
-            pause_ = {};
+            m_offset += count;
+            m_lastByte = Clock::now();
+            m_pause = {};
             return count;
         }
-        connection_.reset();
+        m_connection.reset();
         // Without a length the end of the connection is all there is to tell the end by.
-        if (size_ < 0 || offset_ >= size_) return AVERROR_EOF;
+        if (m_size < 0 || m_offset >= m_size) return AVERROR_EOF;
     }
     return AVERROR_EXIT;
 }
 
 bool HttpStream::resume() {
-    if (live_ || !seekable_) return false;
-    if (pause_ == Clock::duration::zero()) lastByte_ = Clock::now(); // what was sought may be old
-    const auto giveUp = lastByte_ + resumeLimit;
-    const std::int64_t size = size_;
-    while (!interrupted() && Clock::now() < std::min(giveUp, openedBy_)) {
-        for (const auto end = Clock::now() + pause_; Clock::now() < end && !interrupted();)
+    if (m_live || !m_seekable) return false;
+    if (m_pause == Clock::duration::zero()) m_lastByte = Clock::now(); // what was sought may be old
+    const auto giveUp = m_lastByte + resumeLimit;
+    const std::int64_t size = m_size;
+    while (!interrupted() && Clock::now() < std::min(giveUp, m_openedBy)) {
+        for (const auto end = Clock::now() + m_pause; Clock::now() < end && !interrupted();)
             std::this_thread::sleep_for(20ms);
-        pause_ = std::clamp<Clock::duration>(pause_ * 2, firstPause, longestPause);
-        if (connect(offset_)) return size_ == size;
+        m_pause = std::clamp<Clock::duration>(m_pause * 2, firstPause, longestPause);
+        if (connect(m_offset)) return m_size == size;
     }
     return false;
 }
 
 std::int64_t HttpStream::seek(std::int64_t offset) {
-    if (offset == offset_) return offset;
-    connection_.reset(); // connected again by the next read
-    offset_ = offset;
+    if (offset == m_offset) return offset;
+    m_connection.reset(); // connected again by the next read
+    m_offset = offset;
     return offset;
 }
 

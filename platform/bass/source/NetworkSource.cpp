@@ -34,94 +34,94 @@ std::unique_ptr<NetworkSource> NetworkSource::open(const std::string& url) {
 }
 
 NetworkSource::NetworkSource(const std::string& url)
-    : http_(std::make_shared<HttpStream>(url, HttpStream::Clock::now() + openLimit)),
-      thread_([this] { run(); }) {}
+    : m_http(std::make_shared<HttpStream>(url, HttpStream::Clock::now() + openLimit)),
+      m_thread([this] { run(); }) {}
 
 NetworkSource::~NetworkSource() {
     interrupt();
-    thread_.join();
+    m_thread.join();
 }
 
 void NetworkSource::interrupt() noexcept {
-    const std::lock_guard lock(mutex_);
-    http_->interrupt();
-    changed_.notify_all();
+    const std::lock_guard lock(m_mutex);
+    m_http->interrupt();
+    m_changed.notify_all();
 }
 
 bool NetworkSource::waitUntilOpened() {
-    Lock lock(mutex_);
-    changed_.wait_for(lock, openLimit, [this] { return opened_.has_value(); });
-    return opened_.value_or(false);
+    Lock lock(m_mutex);
+    m_changed.wait_for(lock, openLimit, [this] { return m_opened.has_value(); });
+    return m_opened.value_or(false);
 }
 
 ReadResult NetworkSource::read(std::span<float> out) {
-    Lock lock(mutex_);
-    changed_.wait_for(lock, readLimit, [this] {
-        return http_->interrupted() || !ahead_.empty() || (status_ != Status::more && !seekTarget_);
+    Lock lock(m_mutex);
+    m_changed.wait_for(lock, readLimit, [this] {
+        return m_http->interrupted() || !m_ahead.empty() || (m_status != Status::more && !m_seekTarget);
     });
-    if (http_->interrupted()) return {0, Status::failed};
-    if (ahead_.empty()) {
-        const bool ended = status_ != Status::more && !seekTarget_;
-        return {0, ended ? status_ : Status::starved};
+    if (m_http->interrupted()) return {0, Status::failed};
+    if (m_ahead.empty()) {
+        const bool ended = m_status != Status::more && !m_seekTarget;
+        return {0, ended ? m_status : Status::starved};
     }
-    const std::size_t frames = std::min(out.size(), ahead_.size()) / channelCount;
-    const auto end = ahead_.begin() + static_cast<std::ptrdiff_t>(frames * channelCount);
-    std::copy(ahead_.begin(), end, out.begin());
-    ahead_.erase(ahead_.begin(), end);
-    changed_.notify_all();
+    const std::size_t frames = std::min(out.size(), m_ahead.size()) / channelCount;
+    const auto end = m_ahead.begin() + static_cast<std::ptrdiff_t>(frames * channelCount);
+    std::copy(m_ahead.begin(), end, out.begin());
+    m_ahead.erase(m_ahead.begin(), end);
+    m_changed.notify_all();
     return {frames, Status::more};
 }
 
 bool NetworkSource::seek(std::int64_t frame) {
-    if (!seekable_) return false;
-    const std::lock_guard lock(mutex_);
-    seekTarget_ = frame;
-    ahead_.clear();
-    changed_.notify_all();
+    if (!m_seekable) return false;
+    const std::lock_guard lock(m_mutex);
+    m_seekTarget = frame;
+    m_ahead.clear();
+    m_changed.notify_all();
     return true;
 }
 
 void NetworkSource::run() {
     pthread_setname_np(pthread_self(), "tul-network");
     boundNameLookUps();
-    const bool opened = http_->connect(0) && openDecoder();
+    const bool opened = m_http->connect(0) && openDecoder();
     if (opened) {
-        http_->endOpening();
-        length_ = source_->lengthFrames();
-        seekable_ = http_->seekable();
+        m_http->endOpening();
+        m_length = m_source->lengthFrames();
+        m_seekable = m_http->seekable();
     }
     {
-        const std::lock_guard lock(mutex_);
-        opened_ = opened;
-        changed_.notify_all();
+        const std::lock_guard lock(m_mutex);
+        m_opened = opened;
+        m_changed.notify_all();
     }
     if (opened) decodeAhead();
 }
 
 bool NetworkSource::openDecoder() {
-    source_.reset();
-    source_ = DecodedSource::open(http_, Format::any);
-    return source_ != nullptr;
+    m_source.reset();
+    m_source = DecodedSource::open(m_http, Format::any);
+    return m_source != nullptr;
 }
 
 void NetworkSource::decodeAhead() {
     std::array<float, framesAtOnce * channelCount> block;
-    while (!http_->interrupted()) {
+    while (!m_http->interrupted()) {
         {
-            Lock lock(mutex_);
-            changed_.wait(lock, [this] {
-                const bool wanted = status_ == Status::more && ahead_.size() < mostAhead;
-                return http_->interrupted() || seekTarget_ || wanted;
+            Lock lock(m_mutex);
+            m_changed.wait(lock, [this] {
+                const bool wanted = m_status == Status::more && m_ahead.size() < mostAhead;
+                return m_http->interrupted() || m_seekTarget || wanted;
             });
-            if (seekTarget_) {
+            if (m_seekTarget) {
                 applySeek(lock);
                 continue;
             }
         }
-        const ReadResult result = source_->read(block);
-        const bool goesOn = result.status == Status::more || http_->isLive();
+        const ReadResult result = m_source->read(block);
+        const bool goesOn = result.status == Status::more || m_http->isLive();
         {
-            Lock lock(mutex_);
+            Lock lock(m_mutex);
             store(lock, std::span(block).first(result.frames * channelCount),
                   goesOn ? Status::more : result.status);
         }
@@ -130,32 +130,32 @@ void NetworkSource::decodeAhead() {
 }
 
 void NetworkSource::store(Lock&, std::span<const float> samples, Status status) {
-    if (seekTarget_) return; // what was read meanwhile is of the old place
-    ahead_.insert(ahead_.end(), samples.begin(), samples.end());
-    status_ = status;
-    changed_.notify_all();
+    if (m_seekTarget) return; // what was read meanwhile is of the old place
+    m_ahead.insert(m_ahead.end(), samples.begin(), samples.end());
+    m_status = status;
+    m_changed.notify_all();
 }
 
 void NetworkSource::applySeek(Lock& lock) {
-    while (seekTarget_) {
-        const std::int64_t target = *seekTarget_;
+    while (m_seekTarget) {
+        const std::int64_t target = *m_seekTarget;
         lock.unlock();
-        const bool reached = source_->seek(target);
+        const bool reached = m_source->seek(target);
         lock.lock();
-        if (seekTarget_ != target) continue; // another one came meanwhile
-        seekTarget_.reset();
-        status_ = reached ? Status::more : Status::failed;
+        if (m_seekTarget != target) continue; // another one came meanwhile
+        m_seekTarget.reset();
+        m_status = reached ? Status::more : Status::failed;
     }
 }
 
 /// The connection may still stand: then only the container ended, and its next piece follows.
 void NetworkSource::reconnect() {
     auto pause = std::chrono::milliseconds(firstPause);
-    while (!http_->interrupted()) {
-        if (http_->isConnected() && openDecoder()) return;
-        if (http_->connect(0) && openDecoder()) return;
-        Lock lock(mutex_);
-        changed_.wait_for(lock, pause, [this] { return http_->interrupted(); });
+    while (!m_http->interrupted()) {
+        if (m_http->isConnected() && openDecoder()) return;
+        if (m_http->connect(0) && openDecoder()) return;
+        Lock lock(m_mutex);
+        m_changed.wait_for(lock, pause, [this] { return m_http->interrupted(); });
         pause = std::min<std::chrono::milliseconds>(pause * 2, longestPause);
     }
 }

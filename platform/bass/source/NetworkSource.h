@@ -19,7 +19,7 @@ namespace bass {
 /// chained Ogg stream) ends, it is connected and decoded anew.
 ///
 /// Threads: `run` is the network thread's; the rest is Source's contract. What both touch is guarded by
-/// `mutex_`; `length_` and `seekable_` are set before the opening is reported, and never after.
+/// `m_mutex`; `m_length` and `m_seekable` are set before the opening is reported, and never after.
 class NetworkSource final : public Source {
 public:
     /// Null when no sound could be had within 5 s.
@@ -28,7 +28,7 @@ public:
 
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
-    [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override { return length_; }
+    [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override { return m_length; }
     void interrupt() noexcept override;
 
 private:
@@ -43,19 +43,19 @@ private:
     void store(Lock& lock, std::span<const float> samples, ReadResult::Status status);
     void applySeek(Lock& lock);
 
-    std::shared_ptr<HttpStream> http_;
-    std::unique_ptr<DecodedSource> source_; ///< the network thread's
-    std::optional<std::int64_t> length_;
-    bool seekable_ = false;
+    std::shared_ptr<HttpStream> m_http;
+    std::unique_ptr<DecodedSource> m_source; ///< the network thread's
+    std::optional<std::int64_t> m_length;
+    bool m_seekable = false;
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::optional<bool> opened_;
-    std::deque<float> ahead_;
-    std::optional<std::int64_t> seekTarget_;
-    ReadResult::Status status_ = ReadResult::Status::more; ///< after the last of `ahead_`
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::optional<bool> m_opened;
+    std::deque<float> m_ahead;
+    std::optional<std::int64_t> m_seekTarget;
+    ReadResult::Status m_status = ReadResult::Status::more; ///< after the last of `m_ahead`
 
-    std::thread thread_; ///< last: started when all else exists
+    std::thread m_thread; ///< last: started when all else exists
 };
 
 } // namespace bass
