@@ -12,27 +12,32 @@ namespace bass {
 /// Bytes, decoded and converted in the caller's thread. A read waits as long as the bytes make it wait.
 class DecodedSource final : public Source {
 public:
-    /// Null when `bytes` hold no sound of `format` that can be decoded.
-    [[nodiscard]] static std::unique_ptr<DecodedSource> open(std::shared_ptr<ByteSource> bytes,
-                                                             Format format);
+    /// Fails when `bytes` hold no sound of `format` that can be decoded.
+    [[nodiscard]] static OpenedSource open(std::shared_ptr<ByteSource> bytes, Format format);
 
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
     [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override;
-    void interrupt() noexcept override { m_bytes->interrupt(); }
 
 private:
     DecodedSource(std::shared_ptr<ByteSource> bytes, std::unique_ptr<Decoder> decoder)
         : m_bytes(std::move(bytes)), m_decoder(std::move(decoder)) {
         m_converter.setRounding(m_decoder->rounding());
     }
+    [[nodiscard]] bool goTo(std::int64_t frame);
+    [[nodiscard]] ReadResult::Status decode();
     void discard();
 
     std::shared_ptr<ByteSource> m_bytes; ///< outlives the decoder
     std::unique_ptr<Decoder> m_decoder;
     Converter m_converter;
-    ReadResult::Status m_status = ReadResult::Status::more; ///< of the decoder
+    ReadResult::Status m_status = ReadResult::Status::more; ///< of the decoder; never `cancelled`
     std::int64_t m_toDiscard = 0;                           ///< frames to drop before the one sought
+    std::int64_t m_next = 0;                                ///< the frame that is read next
+    bool m_misplaced = false; ///< a call that was ended early, or failed, left the decoder elsewhere
 };
+
+/// Why `bytes` could not be opened: none when that was cancelled.
+[[nodiscard]] Failure failureOf(const ByteSource& bytes);
 
 } // namespace bass

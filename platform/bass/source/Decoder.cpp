@@ -9,15 +9,15 @@ namespace {
 
 using Status = ReadResult::Status;
 
-constexpr int lowestRate = 1000;
-constexpr int highestRate = 6'144'000;
-constexpr int mostChannels = 64;
+constexpr int minRate = 1000;
+constexpr int maxRate = 6'144'000;
+constexpr int maxChannels = 64;
 /// So many packets without any sound are taken for a stream that holds none.
-constexpr int mostSilentPackets = 4096;
+constexpr int maxSilentPackets = 4096;
 
 bool isSane(const AVFrame& frame) {
-    return frame.sample_rate >= lowestRate && frame.sample_rate <= highestRate && frame.nb_samples > 0 &&
-           frame.ch_layout.nb_channels >= 1 && frame.ch_layout.nb_channels <= mostChannels;
+    return frame.sample_rate >= minRate && frame.sample_rate <= maxRate && frame.nb_samples > 0 &&
+           frame.ch_layout.nb_channels >= 1 && frame.ch_layout.nb_channels <= maxChannels;
 }
 
 /// Each link of a chained stream starts with headers, which FFmpeg hands out as if they were sound.
@@ -82,17 +82,17 @@ Status Decoder::next(Sound& sound) {
     while (!m_ended) {
         if (!m_fetched) {
             if (const Status status = fetch(); status != Status::more) {
-                m_ended = true;
+                m_ended = status != Status::cancelled;
                 return status;
             }
         }
         m_fetched = false;
-        if (!m_position) m_position = m_heardFrom;
+        if (!m_position) m_position = m_playedFrom;
         std::int64_t from = *m_position;
         std::int64_t to = from + m_frame->nb_samples;
         m_nextPosition = to;
         if (m_length && m_cutAtLength) to = std::min(to, *m_length);
-        from = std::max(from, m_heardFrom);
+        from = std::max(from, m_playedFrom);
         if (from >= to) continue;
         sound = {m_frame.get(), static_cast<int>(from - *m_position), static_cast<int>(to - from)};
         return Status::more;
@@ -102,7 +102,7 @@ Status Decoder::next(Sound& sound) {
 
 /// Decodes the next frame into `m_frame` and sets its position where it is known.
 Status Decoder::fetch() {
-    for (int silent = 0; silent < mostSilentPackets; ++silent) {
+    for (int silent = 0; silent < maxSilentPackets; ++silent) {
         const int result = avcodec_receive_frame(m_codec.get(), m_frame.get());
         if (result == AVERROR_EOF) return Status::end;
         if (result == AVERROR(EAGAIN)) {
@@ -136,12 +136,17 @@ std::optional<std::int64_t> Decoder::timeOfFrame() const {
 }
 
 Status Decoder::feed() {
+    if (m_bytes.cancel()->requested()) return Status::cancelled;
     const int result = m_demuxer->next(*m_packet);
+    if (m_bytes.interrupted()) {
+        m_lostItsPlace = true; // the demuxer may have dropped the part of a packet that it had
+        return Status::cancelled;
+    }
     if (m_flac && result >= 0)
         m_flacTime = flac::firstSample({m_packet->data, static_cast<std::size_t>(m_packet->size)}, *m_flac);
-    if (m_bytes.interrupted() || result == AVERROR(EIO)) return Status::failed;
+    if (result == AVERROR(EIO)) return Status::failed;
     if (result == AVERROR(EAGAIN)) return Status::more;
-    // Damage ends the sound like its end does: what was decoded until here is still heard.
+    // Damage ends the sound like its end does: what was decoded until here is still played.
     if (result < 0) return avcodec_send_packet(m_codec.get(), nullptr) < 0 ? Status::end : Status::more;
     if (m_codec->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*m_packet)) {
         avcodec_flush_buffers(m_codec.get()); // what comes does not follow from what was
@@ -166,7 +171,8 @@ bool Decoder::seek(std::int64_t frame) {
     if (m_codec)
         for (const std::int64_t seconds : {0, 1, 10})
             if (seekWithin(frame, preroll() + seconds * m_rate)) return true;
-    m_heardFrom = frame;
+    if (m_bytes.cancel()->requested()) return false;
+    m_playedFrom = frame;
     m_ended = !restart(); // a file that was cut meanwhile cannot be opened again
     return !m_ended;
 }
@@ -176,10 +182,11 @@ bool Decoder::seekWithin(std::int64_t frame, std::int64_t margin) {
     const std::int64_t from = std::max<std::int64_t>(frame - margin, 0);
     if (!m_demuxer->seek(av_rescale_q(m_origin + from, {1, m_rate}, timeBase))) return false;
     avcodec_flush_buffers(m_codec.get());
-    m_heardFrom = frame;
+    m_playedFrom = frame;
     m_position.reset();
     m_fetched = false;
     m_ended = false;
+    m_lostItsPlace = false;
     if (fetch() != Status::more || !m_position) return false;
     if (!m_flacTime && m_demuxer->guessesTimeAt(m_frame->pkt_pos)) return false;
     return *m_position <= std::max<std::int64_t>(frame - preroll(), 0);
@@ -188,6 +195,7 @@ bool Decoder::seekWithin(std::int64_t frame, std::int64_t margin) {
 bool Decoder::restart() {
     m_codec.reset();
     m_demuxer.reset();
+    m_lostItsPlace = false;
     if (m_bytes.seek(0) != 0) return false;
     m_demuxer = Demuxer::open(m_bytes, m_format);
     if (!m_demuxer || !openCodec()) {

@@ -8,21 +8,24 @@
 
 namespace bass {
 
-/// Decoded sound at its own rate and layout, its frames counted from the first one that is heard.
+/// Decoded sound at its own rate and layout, its frames counted from the first one that is played.
 class Decoder {
 public:
     /// A part of a decoded frame, valid until the decoder's next call.
     struct Sound {
         const AVFrame* frame = nullptr;
-        int offset = 0; ///< first frame to be heard within `frame`
+        int offset = 0; ///< first frame to be played within `frame`
         int count = 0;
     };
 
     /// Null when `bytes`, which must outlive the decoder, hold no sound of `format` that can be decoded.
     [[nodiscard]] static std::unique_ptr<Decoder> open(ByteSource& bytes, Format format);
 
-    /// `more` with sound, `end` or `failed` without.
+    /// `more` with sound; any other status without.
     [[nodiscard]] ReadResult::Status next(Sound& sound);
+    /// After `cancelled`: whether the next sound may not follow the last; a seek brings it back.
+    [[nodiscard]] bool lostItsPlace() const { return m_lostItsPlace; }
+    /// When it fails or is cancelled, it is not known where the next sound comes from.
     [[nodiscard]] bool seek(std::int64_t frame);
     [[nodiscard]] int rate() const { return m_rate; }
     /// How a count of frames is brought to another rate.
@@ -53,13 +56,14 @@ private:
     std::optional<flac::StreamInfo> m_flac; ///< of a FLAC stream
     std::optional<std::int64_t> m_flacTime; ///< what the packet sent last says of itself
     std::int64_t m_firstByte = 0;           ///< where the packet of the first frame lies
-    std::int64_t m_origin = 0;              ///< time of the first heard frame, in frames
+    std::int64_t m_origin = 0;              ///< time of the first played frame, in frames
     std::optional<std::int64_t> m_position; ///< of the frame fetched last; none until a time is known
     std::int64_t m_nextPosition = 0;
-    std::int64_t m_heardFrom = 0; ///< what lies before is decoded but not heard
-    bool m_cutAtLength = false;   ///< sound past `m_length` is padding
-    bool m_fetched = false;       ///< `m_frame` waits to be handed out
+    std::int64_t m_playedFrom = 0; ///< what lies before is decoded but not played
+    bool m_cutAtLength = false;    ///< sound past `m_length` is padding
+    bool m_fetched = false;        ///< `m_frame` waits to be taken
     bool m_ended = false;
+    bool m_lostItsPlace = false;
 };
 
 } // namespace bass

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,10 @@ constexpr int wavProbePackets = 4;
 /// A live stream comes no faster than it plays: what is looked at is waited for.
 constexpr int liveProbeBytes = 128 * 1024;
 constexpr std::int64_t liveProbeTime = AV_TIME_BASE;
+/// What a server may send for one packet, and for all before the first: pictures and sample tables among it.
+constexpr std::int64_t maxBytesPerPacket = 16 << 20;
+/// Ogg puts its comments together and takes them apart again, in several copies.
+constexpr std::int64_t maxOggBytesPerPacket = 6 << 20;
 
 bool isRefused(const AVInputFormat& format) {
     if (format.flags & AVFMT_NOFILE) return true;
@@ -79,8 +84,11 @@ const AVInputFormat* Demuxer::probe() {
 }
 
 bool Demuxer::openContainer() {
+    m_bytes.allow(maxBytesPerPacket);
     const AVInputFormat* format = probe();
     if (!format || isRefused(*format)) return false;
+    m_packetBytes = std::string_view(format->name) == "ogg" ? maxOggBytesPerPacket : maxBytesPerPacket;
+    m_bytes.allow(m_packetBytes);
     AVFormatContext* context = avformat_alloc_context();
     if (!context) return false;
     context->pb = m_avio.get();
@@ -153,6 +161,7 @@ bool Demuxer::isOf(Format format) const {
 int Demuxer::next(AVPacket& packet) {
     for (;;) {
         av_packet_unref(&packet);
+        m_bytes.allow(m_packetBytes);
         const int result = av_read_frame(m_context.get(), &packet);
         if (result < 0 || packet.stream_index == m_stream->index) return result;
         if (m_bytes.interrupted()) return AVERROR_EXIT;
@@ -160,6 +169,8 @@ int Demuxer::next(AVPacket& packet) {
 }
 
 bool Demuxer::seek(std::int64_t timestamp) {
+    m_avio->error = 0;                                       // of a read that was ended early
+    m_bytes.allow(std::numeric_limits<std::int64_t>::max()); // a search may lead through the whole file
     return av_seek_frame(m_context.get(), m_stream->index, timestamp, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
@@ -173,7 +184,7 @@ bool Demuxer::guessesTimeAt(std::int64_t offset) {
         std::string tail(longestPage, '\0');
         if (avio_seek(m_avio.get(), tailStart, SEEK_SET) < 0) return true;
         const int count = avio_read(m_avio.get(), reinterpret_cast<unsigned char*>(tail.data()), longestPage);
-        if (avio_seek(m_avio.get(), here, SEEK_SET) < 0 || count < 0) return true;
+        if (avio_seek(m_avio.get(), here, SEEK_SET) < 0 || count < 0 || m_bytes.interrupted()) return true;
         const std::size_t page =
             std::string_view(tail).substr(0, static_cast<std::size_t>(count)).rfind("OggS");
         m_lastPage = tailStart + (page == std::string::npos ? 0 : static_cast<std::int64_t>(page));

@@ -27,7 +27,7 @@ public:
     [[nodiscard]] AVStream& stream() const { return *m_stream; }
     /// Whether the container is one that FFmpeg calls `name`.
     [[nodiscard]] bool is(const char* name) const;
-    /// What is heard, in frames at `sampleRate` without encoder delay and padding; none when unknown.
+    /// What is played, in frames at `sampleRate` without encoder delay and padding; none when unknown.
     [[nodiscard]] std::optional<std::int64_t> length(int sampleRate) const;
     /// Whether all packets have the same size, so that a byte offset tells a time exactly.
     [[nodiscard]] bool hasConstantBitRate() const { return m_constantBitRate; }
@@ -50,6 +50,7 @@ private:
     AvioPtr m_avio; ///< outlives the format context
     FormatContextPtr m_context;
     AVStream* m_stream = nullptr;
+    std::int64_t m_packetBytes = 0;           ///< a server may send for one packet
     std::optional<std::int64_t> m_duration;   ///< in the stream's time base, padding included
     std::optional<std::int64_t> m_flacFrames; ///< FLAC's own statement
     std::int64_t m_paddingFrames = 0;         ///< within `m_duration`, in frames of the stream's own rate

@@ -2,44 +2,57 @@
 
 #include "platform/bass/source/DecodedSource.h"
 #include "platform/bass/source/FileIo.h"
-#include "platform/bass/source/NetworkSource.h"
+#include "platform/bass/source/ProtocolLog.h"
+#include "platform/bass/source/ReconnectingSource.h"
 
 #include <algorithm>
 #include <cctype>
-
-extern "C" {
-#include <libavutil/log.h>
-}
+#include <optional>
 
 namespace bass {
 namespace {
 
-/// Without the blanks and line ends that an address brings along when it is copied.
-std::string trimmed(const std::string& address) {
+/// `address` without the blanks and line ends that it brings along when it is copied, and with its scheme in
+/// lower case, as FFmpeg knows it; none when it is no http or https address.
+std::optional<std::string> normalized(const std::string& address) {
     constexpr const char* blanks = " \t\r\n";
     const std::size_t first = address.find_first_not_of(blanks);
-    if (first == std::string::npos) return {};
-    return address.substr(first, address.find_last_not_of(blanks) - first + 1);
+    if (first == std::string::npos) return std::nullopt;
+    std::string url = address.substr(first, address.find_last_not_of(blanks) - first + 1);
+    const std::size_t end = url.find("://");
+    if (end == std::string::npos) return std::nullopt;
+    std::transform(url.begin(), url.begin() + static_cast<std::ptrdiff_t>(end), url.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string scheme = url.substr(0, end);
+    const std::string host = url.substr(end + 3);
+    const bool hasHost = !host.empty() && std::string("/?#:").find(host[0]) == std::string::npos;
+    if ((scheme != "http" && scheme != "https") || !hasHost) return std::nullopt;
+    return url;
 }
 
 } // namespace
 
-std::unique_ptr<Source> openFile(const std::string& path, Format format) {
-    av_log_set_level(AV_LOG_QUIET);
-    auto file = FileIo::open(path);
-    if (!file) return nullptr;
-    return DecodedSource::open(std::move(file), format);
+bool isHttpAddress(const std::string& address) {
+    return normalized(address).has_value();
 }
 
-std::unique_ptr<Source> openUrl(const std::string& address) {
-    const std::string url = trimmed(address);
-    // FFmpeg knows its protocols in lower case only.
-    const std::size_t colon = std::min(url.find(':'), url.size());
-    std::string scheme = url.substr(0, colon);
-    std::ranges::transform(scheme, scheme.begin(), [](unsigned char c) { return std::tolower(c); });
-    if ((scheme != "http" && scheme != "https") || url.compare(colon, 3, "://") != 0) return nullptr;
-    av_log_set_level(AV_LOG_QUIET);
-    return NetworkSource::open(scheme + url.substr(colon));
+OpenedSource openFile(const std::string& path, Format format, std::shared_ptr<Cancel> cancel) {
+    silenceFfmpeg();
+    FileIo::Opened opened = FileIo::open(path, std::move(cancel));
+    if (!opened.file) return {nullptr, opened.failure};
+    return DecodedSource::open(std::move(opened.file), format);
+}
+
+OpenedSource openUrl(const std::string& address, std::shared_ptr<Cancel> cancel) {
+    return openUrl(address, std::move(cancel), NetworkLimits());
+}
+
+OpenedSource openUrl(const std::string& address, std::shared_ptr<Cancel> cancel,
+                     const NetworkLimits& limits) {
+    const std::optional<std::string> url = normalized(address);
+    if (!url) return {nullptr, Failure::notFound};
+    silenceFfmpeg();
+    return ReconnectingSource::open(*url, limits, std::move(cancel));
 }
 
 } // namespace bass
