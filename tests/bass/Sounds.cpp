@@ -8,6 +8,10 @@
 
 namespace sounds {
 
+std::unique_ptr<bass::Source> open(const std::string& path, bass::Format format) {
+    return bass::openFile(path, format, std::make_shared<bass::Cancel>()).source;
+}
+
 std::vector<std::int16_t> sweep(std::size_t frames, int rate, int channels) {
     std::vector<std::int16_t> samples = support::noise(frames, channels);
     const auto width = static_cast<std::size_t>(channels);
@@ -35,9 +39,7 @@ Decoded read(bass::Source& source, std::int64_t most, std::chrono::seconds limit
         decoded.status = result.status;
         const auto now = std::chrono::steady_clock::now();
         if (result.frames > 0) lastSound = now;
-        const bool goesOn = result.status == bass::ReadResult::Status::more ||
-                            result.status == bass::ReadResult::Status::starved;
-        if (!goesOn || now - lastSound > limit) break;
+        if (result.status != bass::ReadResult::Status::more || now - lastSound > limit) break;
     }
     return decoded;
 }

@@ -13,8 +13,10 @@ namespace {
 
 constexpr int pollMilliseconds = 20;
 
-bool waitFor(int socket, short events, const std::atomic<bool>& stopping) {
-    while (!stopping) {
+bool waitFor(int socket, short events, const std::atomic<bool>& stopping,
+             std::chrono::milliseconds limit = std::chrono::hours(1)) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!stopping && std::chrono::steady_clock::now() < end) {
         pollfd state{socket, events, 0};
         if (poll(&state, 1, pollMilliseconds) > 0) return true;
     }
@@ -25,16 +27,27 @@ bool waitFor(int socket, short events, const std::atomic<bool>& stopping) {
 
 bool HttpServer::Client::send(std::string_view bytes) {
     while (!bytes.empty()) {
-        if (!waitFor(m_socket, POLLOUT, *m_stopping)) return false;
+        if (!waitFor(m_socket, POLLOUT, m_server->m_stopping)) return false;
         const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent <= 0) return false;
         bytes.remove_prefix(static_cast<std::size_t>(sent));
+        m_server->m_sent += sent;
     }
     return true;
 }
 
+void HttpServer::Client::flood(std::string_view bytes) {
+    while (send(bytes)) {
+    }
+}
+
+void HttpServer::Client::trickle(std::chrono::milliseconds interval) {
+    while (!waitFor(m_socket, POLLRDHUP, m_server->m_stopping, interval) && send("x")) {
+    }
+}
+
 void HttpServer::Client::stall() {
-    waitFor(m_socket, POLLIN | POLLRDHUP, *m_stopping);
+    waitFor(m_socket, POLLIN | POLLRDHUP, m_server->m_stopping);
 }
 
 std::size_t HttpServer::Client::rangeStart() const {
@@ -79,7 +92,7 @@ void HttpServer::accept() {
 void HttpServer::serve(int socket) {
     Client client;
     client.m_socket = socket;
-    client.m_stopping = &m_stopping;
+    client.m_server = this;
     char byte = 0;
     while (!client.request.ends_with("\r\n\r\n") && waitFor(socket, POLLIN, m_stopping) &&
            recv(socket, &byte, 1, 0) == 1)
