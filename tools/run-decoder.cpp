@@ -1,10 +1,13 @@
 #include "platform/bass/source/Source.h"
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,38 +17,60 @@ double millisecondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
+const char* nameOf(bass::Failure failure) {
+    constexpr const char* names[] = {"none",           "not found", "unreadable",        "no audio",
+                                     "name not found", "refused",   "no answer in time", "HTTP status",
+                                     "certificate",    "lost"};
+    return names[static_cast<std::size_t>(failure)];
+}
+
+/// In MB, of the whole run.
+double peakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("VmHWM:")) return std::stod(line.substr(6)) / 1024;
+    return 0;
+}
+
 void decode(const std::string& name, double seekSeconds) {
     auto start = std::chrono::steady_clock::now();
-    const bool isAddress = name.starts_with("http://") || name.starts_with("https://");
-    auto source = isAddress ? bass::openUrl(name) : bass::openFile(name, bass::Format::any);
+    const auto cancel = std::make_shared<bass::Cancel>();
+    const bass::OpenedSource opened = bass::isHttpAddress(name)
+                                          ? bass::openUrl(name, cancel)
+                                          : bass::openFile(name, bass::Format::any, cancel);
     const double opening = millisecondsSince(start);
-    if (!source) {
-        std::printf("%s: not opened (%.2f ms)\n", name.c_str(), opening);
+    if (!opened.source) {
+        std::printf("%s: not opened, %s %d (%.2f ms, peak memory %.1f MB)\n", name.c_str(),
+                    nameOf(opened.failure), opened.httpStatus, opening, peakMemory());
         return;
     }
+    bass::Source& source = *opened.source;
     double seeking = 0;
     if (seekSeconds >= 0) {
         start = std::chrono::steady_clock::now();
-        if (!source->seek(static_cast<std::int64_t>(seekSeconds * bass::sampleRate)))
-            std::printf("no seek; ");
+        if (!source.seek(static_cast<std::int64_t>(seekSeconds * bass::sampleRate))) std::printf("no seek; ");
     }
     std::vector<float> buffer(static_cast<std::size_t>(4096 * bass::channelCount));
     std::int64_t frames = 0;
     float peak = 0;
+    std::uint64_t hash = 14695981039346656037U; // FNV-1a: two runs are compared by it
     bass::ReadResult result;
     do {
-        result = source->read(buffer);
+        result = source.read(buffer);
         if (frames == 0) seeking = millisecondsSince(start);
-        for (std::size_t i = 0; i < result.frames * bass::channelCount; ++i)
+        for (std::size_t i = 0; i < result.frames * bass::channelCount; ++i) {
             peak = std::max(peak, std::abs(buffer[i]));
+            hash = (hash ^ std::bit_cast<std::uint32_t>(buffer[i])) * 1099511628211U;
+        }
         frames += static_cast<std::int64_t>(result.frames);
-    } while (result.status == bass::ReadResult::Status::more ||
-             result.status == bass::ReadResult::Status::starved);
+    } while (result.status == bass::ReadResult::Status::more);
     const char* how = result.status == bass::ReadResult::Status::end ? "end" : "failed";
-    std::printf("%s: %lld frames, length %lld, peak %.6f, %s; opened in %.2f ms, first sound after %.2f ms\n",
-                name.c_str(), static_cast<long long>(frames),
-                static_cast<long long>(source->lengthFrames().value_or(-1)), static_cast<double>(peak), how,
-                opening, seeking);
+    std::printf(
+        "%s: %lld frames, length %lld, peak %.6f, hash %016llx, %s; opened in %.2f ms, first sound after "
+        "%.2f ms, peak memory %.1f MB\n",
+        name.c_str(), static_cast<long long>(frames),
+        static_cast<long long>(source.lengthFrames().value_or(-1)), static_cast<double>(peak),
+        static_cast<unsigned long long>(hash), how, opening, seeking, peakMemory());
 }
 
 } // namespace

@@ -12,7 +12,9 @@
 
 namespace {
 
+using bass::Failure;
 using bass::Format;
+using Status = bass::ReadResult::Status;
 namespace fs = std::filesystem;
 
 fs::path scratchFile(const std::string& name, const std::string& bytes) {
@@ -45,26 +47,35 @@ TEST(BadInput, IsRefused) {
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const fs::path sound = support::writeWav(support::scratch() / "sound.wav", sounds::sweep(1000));
     const std::string list = "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nfile://" + sound.string() + "\n";
-    const std::vector<std::string> paths = {
-        scratchFile("empty.flac", ""),
-        scratchFile("garbage.wav", randomBytes(100'000)),
-        scratchFile("text.txt", std::string(5000, 'a')),
-        scratchFile("list.mp3", list + "#EXT-X-ENDLIST\n"),
-        scratchFile("list.ffconcat", "ffconcat version 1.0\nfile '" + sound.string() + "'\n"),
-        support::scratch(),
-        support::scratch() / "absent.flac",
-        fifo,
-        "/dev/zero",
-        "file:" + sound.string(),
-        sound.string() + std::string("\0.wav", 5),
-        "",
+    const struct {
+        std::string path;
+        Failure failure;
+    } cases[] = {
+        {scratchFile("empty.flac", ""), Failure::noAudio},
+        {scratchFile("garbage.wav", randomBytes(100'000)), Failure::noAudio},
+        {scratchFile("text.txt", std::string(5000, 'a')), Failure::noAudio},
+        {scratchFile("list.mp3", list + "#EXT-X-ENDLIST\n"), Failure::noAudio},
+        {scratchFile("list.ffconcat", "ffconcat version 1.0\nfile '" + sound.string() + "'\n"),
+         Failure::noAudio},
+        {support::scratch(), Failure::unreadable},
+        {support::scratch() / "absent.flac", Failure::notFound},
+        {support::scratch() / "sound.wav" / "within", Failure::notFound},
+        {fifo, Failure::unreadable},
+        {"/dev/zero", Failure::unreadable},
+        {"file:" + sound.string(), Failure::notFound},
+        {sound.string() + std::string("\0.wav", 5), Failure::notFound},
+        {"", Failure::notFound},
     };
-    for (const std::string& path : paths)
-        EXPECT_FALSE(bass::openFile(path, Format::any)) << path;
+    for (const auto& [path, failure] : cases) {
+        const bass::OpenedSource opened = bass::openFile(path, Format::any, std::make_shared<bass::Cancel>());
+        EXPECT_FALSE(opened.source) << path;
+        EXPECT_EQ(opened.failure, failure) << path;
+    }
 
     if (geteuid() != 0) {
         ASSERT_EQ(chmod(sound.c_str(), 0), 0);
-        EXPECT_FALSE(bass::openFile(sound, Format::any));
+        const auto opened = bass::openFile(sound, Format::any, std::make_shared<bass::Cancel>());
+        EXPECT_EQ(opened.failure, Failure::unreadable);
     }
 }
 
@@ -85,7 +96,7 @@ TEST(BadInput, WithAbsurdHeadersIsRefusedOrEndsEarly) {
         SCOPED_TRACE(what);
         std::string broken = wav;
         broken.replace(offset, bytes.size(), bytes);
-        const auto source = bass::openFile(scratchFile("absurd.wav", broken), Format::any);
+        const auto source = sounds::open(scratchFile("absurd.wav", broken));
         if (!source) continue;
         EXPECT_LE(sounds::read(*source, 10'000'000).frames(), 1'000'000);
     }
@@ -102,7 +113,7 @@ TEST(BadInput, CutOrDamagedEndsWithoutHarm) {
             else
                 for (int i = 0; i < 1 << variant / 3; ++i)
                     broken[generator() % broken.size()] = static_cast<char>(generator());
-            const auto source = bass::openFile(scratchFile("broken", broken), Format::any);
+            const auto source = sounds::open(scratchFile("broken", broken));
             if (!source) continue;
             EXPECT_LE(sounds::read(*source, 10'000'000).frames(), 1'000'000);
             static_cast<void>(source->seek(30'000));
@@ -117,7 +128,7 @@ TEST(BadInput, CutWhileItPlaysEndsAndStaysHarmless) {
     for (const auto& [format, whole] : soundFiles()) {
         SCOPED_TRACE(format);
         const fs::path path = scratchFile("cut", whole);
-        const auto source = bass::openFile(path, Format::any);
+        const auto source = sounds::open(path);
         ASSERT_TRUE(source);
         const auto length = source->lengthFrames();
         EXPECT_EQ(sounds::read(*source, 1000).frames(), 1000);
@@ -130,15 +141,30 @@ TEST(BadInput, CutWhileItPlaysEndsAndStaysHarmless) {
     }
 }
 
-TEST(BadInput, AnInterruptedSourceFails) {
-    const fs::path sound = support::writeWav(support::scratch() / "long.wav", sounds::sweep(200'000));
-    const auto source = bass::openFile(sound, Format::any);
+TEST(BadInput, ACancelledSourceContinuesAndAClosedOneNever) {
+    const auto samples = sounds::sweep(200'000);
+    const auto cancel = std::make_shared<bass::Cancel>();
+    const auto source =
+        bass::openFile(support::encode("cancelled.flac", samples), Format::any, cancel).source;
     ASSERT_TRUE(source);
-    EXPECT_EQ(sounds::read(*source, 1000).frames(), 1000);
-    source->interrupt();
-    const sounds::Decoded after = sounds::read(*source);
-    EXPECT_EQ(after.status, bass::ReadResult::Status::failed);
-    EXPECT_EQ(after.frames(), 0);
+    const std::vector<float> played = sounds::exactly(samples);
+    sounds::Decoded all = sounds::read(*source, 1000);
+    for (const bool seeks : {false, true, false}) {
+        cancel->cancel();
+        EXPECT_EQ(sounds::read(*source).status, Status::cancelled);
+        if (seeks) {
+            EXPECT_FALSE(source->seek(100'000)); // and stays where it is
+        }
+        cancel->clear();
+        const sounds::Decoded more = sounds::read(*source, 50'000);
+        all.samples.insert(all.samples.end(), more.samples.begin(), more.samples.end());
+    }
+    ASSERT_EQ(all.frames(), 151'000);
+    EXPECT_TRUE(std::equal(all.samples.begin(), all.samples.end(), played.begin()));
+    cancel->close();
+    cancel->clear();
+    EXPECT_EQ(sounds::read(*source).frames(), 0);
+    EXPECT_EQ(sounds::read(*source).status, Status::cancelled);
 }
 
 } // namespace

@@ -59,7 +59,7 @@ class EveryEncoder : public testing::TestWithParam<Encoding> {};
 TEST_P(EveryEncoder, GivesTheSourcesFramesAndSeeksToThem) {
     const Encoding& encoding = GetParam();
     const fs::path path = encode(encoding);
-    const auto source = bass::openFile(path.string(), Format::any);
+    const auto source = sounds::open(path);
     ASSERT_TRUE(source);
     const sounds::Decoded linear = sounds::read(*source);
     EXPECT_EQ(linear.status, ReadResult::Status::end);
@@ -144,7 +144,7 @@ TEST(Decoding, KeepsEveryBitOf24) {
     support::writeFile(rawPath, raw);
     support::run({"flac", "-s", "-f", "--force-raw-format", "--endian=little", "--sign=signed",
                   "--channels=2", "--bps=24", "--sample-rate=44100", rawPath, "-o", flac});
-    const auto source = bass::openFile(flac, Format::flac);
+    const auto source = sounds::open(flac, Format::flac);
     ASSERT_TRUE(source);
     EXPECT_TRUE(sounds::read(*source).samples == expected);
 }
@@ -152,7 +152,7 @@ TEST(Decoding, KeepsEveryBitOf24) {
 TEST(Decoding, MixesSurroundWithoutClipping) {
     std::vector<std::int16_t> loud(6 * 20'000, 32'767);
     const fs::path wav = support::writeWav(support::scratch() / "surround.wav", loud, 44100, 6);
-    const auto source = bass::openFile(wav, Format::any);
+    const auto source = sounds::open(wav);
     ASSERT_TRUE(source);
     const sounds::Decoded decoded = sounds::read(*source);
     EXPECT_EQ(decoded.frames(), 20'000);
@@ -172,8 +172,8 @@ TEST(Decoding, TakesTheContentForTheFormatNotTheName) {
         const fs::path misnamed = support::scratch() / "concat:a|b.mp3";
         fs::copy_file(path, misnamed, fs::copy_options::overwrite_existing);
         for (const Format format : {Format::flac, Format::ape, Format::opus, Format::wavpack})
-            EXPECT_EQ(bass::openFile(misnamed, format) != nullptr, format == accepted) << path;
-        EXPECT_TRUE(bass::openFile(misnamed, Format::any));
+            EXPECT_EQ(sounds::open(misnamed, format) != nullptr, format == accepted) << path;
+        EXPECT_TRUE(sounds::open(misnamed));
     }
 }
 
@@ -188,7 +188,7 @@ TEST(Decoding, FindsTheSoundBehindALongTag) {
     for (const Encoding& encoding : {encodings[15], encodings[10]}) {
         const fs::path tagged = support::scratch() / "tagged";
         support::writeFile(tagged, tag + support::readFile(encode(encoding)));
-        const auto source = bass::openFile(tagged, Format::any);
+        const auto source = sounds::open(tagged);
         ASSERT_TRUE(source) << encoding.name;
         EXPECT_EQ(source->lengthFrames(), framesAt44100(encoding.rate));
         EXPECT_EQ(sounds::read(*source).frames(), framesAt44100(encoding.rate));

@@ -60,7 +60,7 @@ protected:
     }
     static std::vector<float> decode(const std::string& ogg) {
         support::writeFile("heard.ogg", ogg);
-        const auto source = bass::openFile("heard.ogg", bass::Format::any);
+        const auto source = sounds::open("heard.ogg");
         return source ? sounds::read(*source).samples : std::vector<float>();
     }
 

@@ -4,7 +4,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 /// Sounds to decode, and what tests ask of the result.
@@ -13,13 +15,16 @@ namespace sounds {
 /// Interleaved 16-bit PCM that is like itself at no other place or side: sweeps over a little noise.
 std::vector<std::int16_t> sweep(std::size_t frames, int rate = 44100, int channels = 2);
 
+/// Opens a file that nothing cancels; null when it cannot be opened.
+std::unique_ptr<bass::Source> open(const std::string& path, bass::Format format = bass::Format::any);
+
 struct Decoded {
     std::vector<float> samples;                                       ///< interleaved stereo
     bass::ReadResult::Status status = bass::ReadResult::Status::more; ///< the last one
     [[nodiscard]] std::int64_t frames() const { return static_cast<std::int64_t>(samples.size() / 2); }
 };
 
-/// Reads until the end, a failure, `most` frames, or `limit` with nothing coming.
+/// Reads until the end, a failure, a cancellation, `most` frames, or `limit` with nothing coming.
 Decoded read(bass::Source& source, std::int64_t most = INT64_MAX,
              std::chrono::seconds limit = std::chrono::seconds(30));
 

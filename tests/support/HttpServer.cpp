@@ -13,8 +13,10 @@ namespace {
 
 constexpr int pollMilliseconds = 20;
 
-bool waitFor(int socket, short events, const std::atomic<bool>& stopping) {
-    while (!stopping) {
+bool waitFor(int socket, short events, const std::atomic<bool>& stopping,
+             std::chrono::milliseconds limit = std::chrono::hours(1)) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!stopping && std::chrono::steady_clock::now() < end) {
         pollfd state{socket, events, 0};
         if (poll(&state, 1, pollMilliseconds) > 0) return true;
     }
@@ -25,16 +27,27 @@ bool waitFor(int socket, short events, const std::atomic<bool>& stopping) {
 
 bool HttpServer::Client::send(std::string_view bytes) {
     while (!bytes.empty()) {
-        if (!waitFor(socket_, POLLOUT, *stopping_)) return false;
-        const ssize_t sent = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (!waitFor(m_socket, POLLOUT, m_server->m_stopping)) return false;
+        const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent <= 0) return false;
         bytes.remove_prefix(static_cast<std::size_t>(sent));
+        m_server->m_sent += sent;
     }
     return true;
 }
 
+void HttpServer::Client::flood(std::string_view bytes) {
+    while (send(bytes)) {
+    }
+}
+
+void HttpServer::Client::trickle(std::chrono::milliseconds interval) {
+    while (!waitFor(m_socket, POLLRDHUP, m_server->m_stopping, interval) && send("x")) {
+    }
+}
+
 void HttpServer::Client::stall() {
-    waitFor(socket_, POLLIN | POLLRDHUP, *stopping_);
+    waitFor(m_socket, POLLIN | POLLRDHUP, m_server->m_stopping);
 }
 
 std::size_t HttpServer::Client::rangeStart() const {
@@ -43,49 +56,49 @@ std::size_t HttpServer::Client::rangeStart() const {
     return at == std::string::npos ? 0 : std::stoul(request.substr(at + field.size()));
 }
 
-HttpServer::HttpServer(Answer answer) : answer_(std::move(answer)) {
-    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+HttpServer::HttpServer(Answer answer) : m_answer(std::move(answer)) {
+    m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (listener_ < 0 || bind(listener_, generic, size) != 0 || listen(listener_, 16) != 0 ||
-        getsockname(listener_, generic, &size) != 0)
+    if (m_listener < 0 || bind(m_listener, generic, size) != 0 || listen(m_listener, 16) != 0 ||
+        getsockname(m_listener, generic, &size) != 0)
         throw std::runtime_error("no loopback server");
-    port_ = ntohs(address.sin_port);
-    acceptor_ = std::thread([this] { accept(); });
+    m_port = ntohs(address.sin_port);
+    m_acceptor = std::thread([this] { accept(); });
 }
 
 HttpServer::~HttpServer() {
-    stopping_ = true;
-    acceptor_.join();
-    for (auto& client : clients_)
+    m_stopping = true;
+    m_acceptor.join();
+    for (auto& client : m_clients)
         client.join();
-    close(listener_);
+    close(m_listener);
 }
 
 std::string HttpServer::url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
+    return "http://127.0.0.1:" + std::to_string(m_port) + path;
 }
 
 void HttpServer::accept() {
-    while (waitFor(listener_, POLLIN, stopping_)) {
-        const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (client >= 0) clients_.emplace_back([this, client] { serve(client); });
+    while (waitFor(m_listener, POLLIN, m_stopping)) {
+        const int client = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (client >= 0) m_clients.emplace_back([this, client] { serve(client); });
     }
 }
 
 void HttpServer::serve(int socket) {
     Client client;
-    client.socket_ = socket;
-    client.stopping_ = &stopping_;
+    client.m_socket = socket;
+    client.m_server = this;
     char byte = 0;
-    while (!client.request.ends_with("\r\n\r\n") && waitFor(socket, POLLIN, stopping_) &&
+    while (!client.request.ends_with("\r\n\r\n") && waitFor(socket, POLLIN, m_stopping) &&
            recv(socket, &byte, 1, 0) == 1)
         client.request += byte;
-    ++requests_;
-    answer_(client);
+    ++m_requests;
+    m_answer(client);
     shutdown(socket, SHUT_RDWR);
     close(socket);
 }

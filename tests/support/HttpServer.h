@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <string>
@@ -18,6 +20,10 @@ public:
     public:
         /// False when the client is gone or the server stops.
         bool send(std::string_view bytes);
+        /// Sends `bytes` again and again, until the client leaves or the server stops.
+        void flood(std::string_view bytes);
+        /// Sends one byte per `interval`, until the client leaves or the server stops.
+        void trickle(std::chrono::milliseconds interval);
         /// Keeps silent until the client leaves or the server stops.
         void stall();
         /// The request's head, lines ended by CR LF.
@@ -27,8 +33,8 @@ public:
 
     private:
         friend class HttpServer;
-        int socket_ = -1;
-        const std::atomic<bool>* stopping_ = nullptr;
+        int m_socket = -1;
+        HttpServer* m_server = nullptr;
     };
     using Answer = std::function<void(Client&)>;
 
@@ -39,7 +45,10 @@ public:
 
     /// http://127.0.0.1:PORT`path`
     [[nodiscard]] std::string url(const std::string& path = "/") const;
-    [[nodiscard]] int requestCount() const { return requests_; }
+    [[nodiscard]] int port() const { return m_port; }
+    [[nodiscard]] int requestCount() const { return m_requests; }
+    /// To all clients, whether they have read it or not.
+    [[nodiscard]] std::int64_t sentBytes() const { return m_sent; }
 
     /// Sends `content` as a finite file that honours ranges, at most `most` bytes of it before closing.
     static void sendFile(Client& client, std::string_view content, std::size_t most = std::string::npos);
@@ -48,13 +57,14 @@ private:
     void accept();
     void serve(int socket);
 
-    Answer answer_;
-    int listener_ = -1;
-    int port_ = 0;
-    std::atomic<bool> stopping_ = false;
-    std::atomic<int> requests_ = 0;
-    std::list<std::thread> clients_; ///< the accepting thread's, until it is joined
-    std::thread acceptor_;
+    Answer m_answer;
+    int m_listener = -1;
+    int m_port = 0;
+    std::atomic<bool> m_stopping = false;
+    std::atomic<int> m_requests = 0;
+    std::atomic<std::int64_t> m_sent = 0;
+    std::list<std::thread> m_clients; ///< the accepting thread's, until it is joined
+    std::thread m_acceptor;
 };
 
 } // namespace support

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 
 namespace bass {
 
@@ -10,23 +13,35 @@ namespace bass {
 class Cancel {
 public:
     /// Ends the call that blocks now, or the next one.
-    void cancel() noexcept {
-        State none = State::none;
-        m_state.compare_exchange_strong(none, State::once);
-    }
+    void cancel() noexcept { change(State::none, State::once); }
     /// Ends this and every later call: the source is not wanted any more.
-    void close() noexcept { m_state = State::forever; }
-    /// Takes a `cancel` back, not a `close`.
-    void clear() noexcept {
-        State once = State::once;
-        m_state.compare_exchange_strong(once, State::none);
+    void close() noexcept {
+        change(State::none, State::forever);
+        change(State::once, State::forever);
     }
+    /// Takes a `cancel` back, not a `close`.
+    void clear() noexcept { change(State::once, State::none); }
     [[nodiscard]] bool requested() const noexcept { return m_state != State::none; }
     [[nodiscard]] bool closed() const noexcept { return m_state == State::forever; }
 
+    /// Waits for `limit`; true, at once, when that is ended early.
+    [[nodiscard]] bool waitFor(std::chrono::steady_clock::duration limit) {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, limit, [this] { return requested(); });
+    }
+
 private:
     enum class State { none, once, forever };
+
+    void change(State from, State to) noexcept {
+        const std::lock_guard lock(m_mutex); // or a wait that is about to begin would miss it
+        m_state.compare_exchange_strong(from, to);
+        m_changed.notify_all();
+    }
+
     std::atomic<State> m_state{State::none};
+    std::mutex m_mutex; ///< never held while anything blocks
+    std::condition_variable m_changed;
 };
 
 } // namespace bass

@@ -48,90 +48,91 @@ std::vector<double> alternatingMatrix(int channels) {
 } // namespace
 
 bool Converter::isConfiguredFor(const AVFrame& frame) const {
-    return context_ && rate_ == frame.sample_rate && format_ == frame.format &&
-           channels_ == frame.ch_layout.nb_channels && channelMask_ == maskOf(frame.ch_layout);
+    return m_context && m_rate == frame.sample_rate && m_format == frame.format &&
+           m_channels == frame.ch_layout.nb_channels && m_channelMask == maskOf(frame.ch_layout);
 }
 
 bool Converter::configure(const AVFrame& frame) {
-    if (context_) finish();
-    rate_ = frame.sample_rate;
-    format_ = frame.format;
-    channels_ = frame.ch_layout.nb_channels;
-    channelMask_ = maskOf(frame.ch_layout);
-    framesIn_ = framesOut_ = 0;
+    if (m_context) finish();
+    m_rate = frame.sample_rate;
+    m_format = frame.format;
+    m_channels = frame.ch_layout.nb_channels;
+    m_channelMask = maskOf(frame.ch_layout);
+    m_framesIn = m_framesOut = 0;
 
     AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
     AVChannelLayout layout = layoutOf(frame);
     SwrContext* context = nullptr;
     if (swr_alloc_set_opts2(&context, &stereo, AV_SAMPLE_FMT_FLT, sampleRate, &layout,
-                            static_cast<AVSampleFormat>(format_), rate_, 0, nullptr) < 0)
+                            static_cast<AVSampleFormat>(m_format), m_rate, 0, nullptr) < 0)
         return false;
-    context_.reset(context);
+    m_context.reset(context);
     av_opt_set_double(context, "rematrix_maxval", 1.0, 0);
-    if (rate_ != sampleRate) av_opt_set(context, "resampler", "soxr", 0);
-    if (channels_ == 1 || layout.order == AV_CHANNEL_ORDER_UNSPEC) {
-        const std::vector<double> matrix = alternatingMatrix(channels_);
-        if (swr_set_matrix(context, matrix.data(), channels_) < 0) return false;
+    if (m_rate != sampleRate) av_opt_set(context, "resampler", "soxr", 0);
+    if (m_channels == 1 || layout.order == AV_CHANNEL_ORDER_UNSPEC) {
+        const std::vector<double> matrix = alternatingMatrix(m_channels);
+        if (swr_set_matrix(context, matrix.data(), m_channels) < 0) return false;
     }
     return swr_init(context) >= 0;
 }
 
 bool Converter::push(const AVFrame& frame, int offset, int count) {
     if (!isConfiguredFor(frame) && !configure(frame)) {
-        context_.reset();
+        m_context.reset();
         return false;
     }
-    const auto format = static_cast<AVSampleFormat>(format_);
+    const auto format = static_cast<AVSampleFormat>(m_format);
     const bool planar = av_sample_fmt_is_planar(format);
-    const int stride = av_get_bytes_per_sample(format) * (planar ? 1 : channels_);
-    std::vector<const std::uint8_t*> planes(planar ? static_cast<std::size_t>(channels_) : 1);
+    const int stride = av_get_bytes_per_sample(format) * (planar ? 1 : m_channels);
+    std::vector<const std::uint8_t*> planes(planar ? static_cast<std::size_t>(m_channels) : 1);
     for (int done = 0; done < count;) {
         for (std::size_t plane = 0; plane < planes.size(); ++plane)
             planes[plane] = frame.extended_data[plane] + static_cast<std::ptrdiff_t>(offset + done) * stride;
         const int part = std::min(count - done, mostFramesAtOnce);
         if (convert(planes.data(), part) < 0) return false;
-        framesIn_ += part;
+        m_framesIn += part;
         done += part;
     }
     return true;
 }
 
 int Converter::convert(const std::uint8_t** input, int count) {
-    const int room = swr_get_out_samples(context_.get(), count);
+    const int room = swr_get_out_samples(m_context.get(), count);
     if (room < 0) return room;
-    converted_.erase(converted_.begin(), converted_.begin() + static_cast<std::ptrdiff_t>(taken_));
-    taken_ = 0;
-    const std::size_t before = converted_.size();
-    converted_.resize(before + static_cast<std::size_t>(room) * channelCount);
-    auto* output = reinterpret_cast<std::uint8_t*>(converted_.data() + before);
-    const int frames = swr_convert(context_.get(), &output, room, input, count);
-    converted_.resize(before + static_cast<std::size_t>(std::max(frames, 0)) * channelCount);
-    framesOut_ += std::max(frames, 0);
+    m_converted.erase(m_converted.begin(), m_converted.begin() + static_cast<std::ptrdiff_t>(m_taken));
+    m_taken = 0;
+    const std::size_t before = m_converted.size();
+    m_converted.resize(before + static_cast<std::size_t>(room) * channelCount);
+    auto* output = reinterpret_cast<std::uint8_t*>(m_converted.data() + before);
+    const int frames = swr_convert(m_context.get(), &output, room, input, count);
+    m_converted.resize(before + static_cast<std::size_t>(std::max(frames, 0)) * channelCount);
+    m_framesOut += std::max(frames, 0);
     return frames;
 }
 
 void Converter::finish() {
-    if (!context_) return;
-    if (rate_ != sampleRate) {
+    if (!m_context) return;
+    if (m_rate != sampleRate) {
         while (convert(nullptr, 0) > 0) {
         }
-        const std::int64_t surplus = framesOut_ - av_rescale_rnd(framesIn_, sampleRate, rate_, rounding_);
-        const auto size = static_cast<std::int64_t>(converted_.size()) - surplus * channelCount;
-        converted_.resize(static_cast<std::size_t>(std::max(size, static_cast<std::int64_t>(taken_))));
+        const std::int64_t surplus = m_framesOut - av_rescale_rnd(m_framesIn, sampleRate, m_rate, m_rounding);
+        const auto size = static_cast<std::int64_t>(m_converted.size()) - surplus * channelCount;
+        m_converted.resize(static_cast<std::size_t>(std::max(size, static_cast<std::int64_t>(m_taken))));
     }
-    context_.reset();
+    m_context.reset();
 }
 
 void Converter::reset() {
-    context_.reset();
-    converted_.clear();
-    taken_ = 0;
+    m_context.reset();
+    m_converted.clear();
+    m_taken = 0;
 }
 
 std::size_t Converter::take(std::span<float> out) {
-    const std::size_t count = std::min(out.size() / channelCount * channelCount, converted_.size() - taken_);
-    std::copy_n(converted_.begin() + static_cast<std::ptrdiff_t>(taken_), count, out.begin());
-    taken_ += count;
+    const std::size_t count =
+        std::min(out.size() / channelCount * channelCount, m_converted.size() - m_taken);
+    std::copy_n(m_converted.begin() + static_cast<std::ptrdiff_t>(m_taken), count, out.begin());
+    m_taken += count;
     return count / channelCount;
 }
 

@@ -20,7 +20,7 @@ public:
     /// No more comes: gives out what the resampler still holds.
     void finish();
     /// How the count of resampled frames is rounded; to the nearest if nothing is said.
-    void setRounding(AVRounding rounding) { rounding_ = rounding; }
+    void setRounding(AVRounding rounding) { m_rounding = rounding; }
     /// Forgets everything; the next sound starts anew.
     void reset();
     /// Moves converted frames into `out`, first ones first; answers how many.
@@ -31,16 +31,16 @@ private:
     [[nodiscard]] bool isConfiguredFor(const AVFrame& frame) const;
     int convert(const std::uint8_t** input, int count);
 
-    SwrContextPtr context_;
-    int rate_ = 0;
-    int format_ = AV_SAMPLE_FMT_NONE;
-    int channels_ = 0;
-    std::uint64_t channelMask_ = 0;
-    AVRounding rounding_ = AV_ROUND_NEAR_INF;
-    std::int64_t framesIn_ = 0;
-    std::int64_t framesOut_ = 0;
-    std::vector<float> converted_;
-    std::size_t taken_ = 0; ///< floats of `converted_` already given out
+    SwrContextPtr m_context;
+    int m_rate = 0;
+    int m_format = AV_SAMPLE_FMT_NONE;
+    int m_channels = 0;
+    std::uint64_t m_channelMask = 0;
+    AVRounding m_rounding = AV_ROUND_NEAR_INF;
+    std::int64_t m_framesIn = 0;
+    std::int64_t m_framesOut = 0;
+    std::vector<float> m_converted;
+    std::size_t m_taken = 0; ///< floats of `m_converted` already given out
 };
 
 } // namespace bass

@@ -8,63 +8,90 @@ namespace bass {
 
 using Status = ReadResult::Status;
 
-std::unique_ptr<DecodedSource> DecodedSource::open(std::shared_ptr<ByteSource> bytes, Format format) {
+OpenedSource DecodedSource::open(std::shared_ptr<ByteSource> bytes, Format format) {
     std::unique_ptr<Decoder> decoder = Decoder::open(*bytes, format);
-    if (!decoder) return nullptr;
-    return std::unique_ptr<DecodedSource>(new DecodedSource(std::move(bytes), std::move(decoder)));
+    if (!decoder) return {nullptr, failureOf(*bytes)};
+    return {std::unique_ptr<Source>(new DecodedSource(std::move(bytes), std::move(decoder)))};
+}
+
+Failure failureOf(const ByteSource& bytes) {
+    if (bytes.cancel()->requested()) return Failure::none;
+    return bytes.failure() == Failure::none ? Failure::noAudio : bytes.failure();
 }
 
 ReadResult DecodedSource::read(std::span<float> out) {
-    if (bytes_->interrupted()) return {0, Status::failed};
-    const std::size_t wanted = out.size() / channelCount;
-    std::size_t filled = 0;
-    while (filled < wanted) {
+    for (;;) {
+        if (m_bytes->cancel()->requested()) return {0, Status::cancelled};
+        if (m_misplaced && !goTo(m_next)) {
+            if (m_bytes->cancel()->requested()) continue;
+            m_misplaced = false;
+            m_status = Status::failed;
+        }
         discard();
-        const std::size_t taken = converter_.take(out.subspan(filled * channelCount));
-        filled += taken;
-        if (taken > 0) continue;
-        if (status_ != Status::more) return {filled, status_};
-        Decoder::Sound sound;
-        status_ = decoder_->next(sound);
-        if (status_ != Status::more)
-            converter_.finish();
-        else if (!converter_.push(*sound.frame, sound.offset, sound.count))
-            status_ = Status::failed;
+        const std::size_t taken = m_converter.take(out);
+        m_next += static_cast<std::int64_t>(taken);
+        if (taken > 0) return {taken, Status::more};
+        if (m_status != Status::more) return {0, m_status};
+        if (const Status status = decode(); status != Status::cancelled) m_status = status;
     }
-    return {filled, Status::more};
+}
+
+Status DecodedSource::decode() {
+    Decoder::Sound sound;
+    const Status status = m_decoder->next(sound);
+    if (status == Status::cancelled) {
+        m_misplaced = m_decoder->lostItsPlace();
+        return status;
+    }
+    if (status != Status::more)
+        m_converter.finish();
+    else if (!m_converter.push(*sound.frame, sound.offset, sound.count))
+        return Status::failed;
+    return status;
 }
 
 void DecodedSource::discard() {
     std::array<float, 1024> dropped;
-    while (toDiscard_ > 0) {
-        const auto most = std::min<std::int64_t>(toDiscard_ * channelCount, dropped.size());
-        const std::size_t taken = converter_.take(std::span(dropped).first(static_cast<std::size_t>(most)));
+    while (m_toDiscard > 0) {
+        const auto count = std::min<std::int64_t>(m_toDiscard * channelCount, dropped.size());
+        const std::size_t taken = m_converter.take(std::span(dropped).first(static_cast<std::size_t>(count)));
         if (taken == 0) return;
-        toDiscard_ -= static_cast<std::int64_t>(taken);
+        m_toDiscard -= static_cast<std::int64_t>(taken);
     }
 }
 
 bool DecodedSource::seek(std::int64_t frame) {
+    if (!m_bytes->seekable()) return false;
     frame = std::max<std::int64_t>(frame, 0);
     if (const auto length = lengthFrames()) frame = std::min(frame, *length);
+    if (!goTo(frame)) {
+        m_misplaced = true;
+        return false;
+    }
+    m_next = frame;
+    return true;
+}
+
+bool DecodedSource::goTo(std::int64_t frame) {
     // The resampler starts a little earlier, where an input frame and an output frame fall together.
-    const std::int64_t rate = decoder_->rate();
+    const std::int64_t rate = m_decoder->rate();
     const std::int64_t common = std::gcd<std::int64_t>(rate, sampleRate);
     const std::int64_t unitIn = rate / common;
     const std::int64_t unitOut = sampleRate / common;
     const std::int64_t settling = rate == sampleRate ? 0 : 2048 / unitOut + 1;
     const std::int64_t unit = std::max<std::int64_t>(frame / unitOut - settling, 0);
-    if (!decoder_->seek(unit * unitIn)) return false;
-    converter_.reset();
-    toDiscard_ = frame - unit * unitOut;
-    status_ = Status::more;
+    if (!m_decoder->seek(unit * unitIn)) return false;
+    m_converter.reset();
+    m_toDiscard = frame - unit * unitOut;
+    m_status = Status::more;
+    m_misplaced = false;
     return true;
 }
 
 std::optional<std::int64_t> DecodedSource::lengthFrames() const {
-    const auto length = decoder_->length();
+    const auto length = m_decoder->length();
     if (!length) return std::nullopt;
-    return av_rescale_rnd(*length, sampleRate, decoder_->rate(), decoder_->rounding());
+    return av_rescale_rnd(*length, sampleRate, m_decoder->rate(), m_decoder->rounding());
 }
 
 } // namespace bass

@@ -12,9 +12,8 @@ namespace bass {
 /// Bytes, decoded and converted in the caller's thread. A read waits as long as the bytes make it wait.
 class DecodedSource final : public Source {
 public:
-    /// Null when `bytes` hold no sound of `format` that can be decoded.
-    [[nodiscard]] static std::unique_ptr<DecodedSource> open(std::shared_ptr<ByteSource> bytes,
-                                                             Format format);
+    /// Fails when `bytes` hold no sound of `format` that can be decoded.
+    [[nodiscard]] static OpenedSource open(std::shared_ptr<ByteSource> bytes, Format format);
 
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
@@ -22,16 +21,23 @@ public:
 
 private:
     DecodedSource(std::shared_ptr<ByteSource> bytes, std::unique_ptr<Decoder> decoder)
-        : bytes_(std::move(bytes)), decoder_(std::move(decoder)) {
-        converter_.setRounding(decoder_->rounding());
+        : m_bytes(std::move(bytes)), m_decoder(std::move(decoder)) {
+        m_converter.setRounding(m_decoder->rounding());
     }
+    [[nodiscard]] bool goTo(std::int64_t frame);
+    [[nodiscard]] ReadResult::Status decode();
     void discard();
 
-    std::shared_ptr<ByteSource> bytes_; ///< outlives the decoder
-    std::unique_ptr<Decoder> decoder_;
-    Converter converter_;
-    ReadResult::Status status_ = ReadResult::Status::more; ///< of the decoder
-    std::int64_t toDiscard_ = 0;                           ///< frames to drop before the one sought
+    std::shared_ptr<ByteSource> m_bytes; ///< outlives the decoder
+    std::unique_ptr<Decoder> m_decoder;
+    Converter m_converter;
+    ReadResult::Status m_status = ReadResult::Status::more; ///< of the decoder; never `cancelled`
+    std::int64_t m_toDiscard = 0;                           ///< frames to drop before the one sought
+    std::int64_t m_next = 0;                                ///< the frame that is read next
+    bool m_misplaced = false; ///< a call that was ended early, or failed, left the decoder elsewhere
 };
+
+/// Why `bytes` could not be opened: none when that was cancelled.
+[[nodiscard]] Failure failureOf(const ByteSource& bytes);
 
 } // namespace bass

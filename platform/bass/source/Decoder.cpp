@@ -9,15 +9,15 @@ namespace {
 
 using Status = ReadResult::Status;
 
-constexpr int lowestRate = 1000;
-constexpr int highestRate = 6'144'000;
-constexpr int mostChannels = 64;
+constexpr int minRate = 1000;
+constexpr int maxRate = 6'144'000;
+constexpr int maxChannels = 64;
 /// So many packets without any sound are taken for a stream that holds none.
-constexpr int mostSilentPackets = 4096;
+constexpr int maxSilentPackets = 4096;
 
 bool isSane(const AVFrame& frame) {
-    return frame.sample_rate >= lowestRate && frame.sample_rate <= highestRate && frame.nb_samples > 0 &&
-           frame.ch_layout.nb_channels >= 1 && frame.ch_layout.nb_channels <= mostChannels;
+    return frame.sample_rate >= minRate && frame.sample_rate <= maxRate && frame.nb_samples > 0 &&
+           frame.ch_layout.nb_channels >= 1 && frame.ch_layout.nb_channels <= maxChannels;
 }
 
 /// Each link of a chained stream starts with headers, which FFmpeg hands out as if they were sound.
@@ -31,21 +31,22 @@ bool isOpusHeader(const AVPacket& packet) {
 
 std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
     std::unique_ptr<Decoder> decoder(new Decoder(bytes, format));
-    decoder->packet_.reset(av_packet_alloc());
-    decoder->frame_.reset(av_frame_alloc());
-    decoder->demuxer_ = Demuxer::open(bytes, format);
-    if (!decoder->packet_ || !decoder->frame_ || !decoder->demuxer_ || !decoder->openCodec()) return nullptr;
+    decoder->m_packet.reset(av_packet_alloc());
+    decoder->m_frame.reset(av_frame_alloc());
+    decoder->m_demuxer = Demuxer::open(bytes, format);
+    if (!decoder->m_packet || !decoder->m_frame || !decoder->m_demuxer || !decoder->openCodec())
+        return nullptr;
 
     // The first frame tells what headers only promise.
     if (decoder->fetch() != Status::more) return nullptr;
-    decoder->rate_ = decoder->frame_->sample_rate;
+    decoder->m_rate = decoder->m_frame->sample_rate;
     // opusenc rounds up when it takes a source to 48 kHz: rounding down gives the source's count back.
-    if (decoder->codec_->codec_id == AV_CODEC_ID_OPUS) decoder->rounding_ = AV_ROUND_DOWN;
-    decoder->firstByte_ = decoder->frame_->pkt_pos;
-    decoder->origin_ = decoder->timeOfFrame().value_or(0);
-    decoder->position_ = 0;
-    decoder->length_ = decoder->demuxer_->length(decoder->rate_);
-    decoder->cutAtLength_ = decoder->demuxer_->hasPaddingPastLength();
+    if (decoder->m_codec->codec_id == AV_CODEC_ID_OPUS) decoder->m_rounding = AV_ROUND_DOWN;
+    decoder->m_firstByte = decoder->m_frame->pkt_pos;
+    decoder->m_origin = decoder->timeOfFrame().value_or(0);
+    decoder->m_position = 0;
+    decoder->m_length = decoder->m_demuxer->length(decoder->m_rate);
+    decoder->m_cutAtLength = decoder->m_demuxer->hasPaddingPastLength();
     decoder->takeOverTrimming();
     return decoder;
 }
@@ -55,144 +56,153 @@ std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
 void Decoder::takeOverTrimming() {
     // All of a Vorbis stream in one Ogg page: the first packet, which has no sound of its own, is counted
     // too.
-    const bool isOnePage = codec_->codec_id == AV_CODEC_ID_VORBIS && demuxer_->is("ogg") && origin_ > 0;
+    const bool isOnePage = m_codec->codec_id == AV_CODEC_ID_VORBIS && m_demuxer->is("ogg") && m_origin > 0;
     // A seek by byte offset guesses the time.
-    const bool guesses = demuxer_->hasConstantBitRate();
-    if (!length_ || (!isOnePage && !guesses)) return;
-    codec_->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
-    cutAtLength_ = true;
+    const bool guesses = m_demuxer->hasConstantBitRate();
+    if (!m_length || (!isOnePage && !guesses)) return;
+    m_codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
+    m_cutAtLength = true;
 }
 
 bool Decoder::openCodec() {
-    const AVStream& stream = demuxer_->stream();
+    const AVStream& stream = m_demuxer->stream();
     const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
     if (!codec) return false;
-    codec_.reset(avcodec_alloc_context3(codec));
-    if (!codec_ || avcodec_parameters_to_context(codec_.get(), stream.codecpar) < 0) return false;
-    if (codec->id == AV_CODEC_ID_FLAC && codec_->extradata_size > 0)
-        flac_ = flac::parseStreamInfo({codec_->extradata, static_cast<std::size_t>(codec_->extradata_size)});
-    codec_->pkt_timebase = stream.time_base;
-    codec_->thread_count = 1;
-    return avcodec_open2(codec_.get(), codec, nullptr) >= 0;
+    m_codec.reset(avcodec_alloc_context3(codec));
+    if (!m_codec || avcodec_parameters_to_context(m_codec.get(), stream.codecpar) < 0) return false;
+    if (codec->id == AV_CODEC_ID_FLAC && m_codec->extradata_size > 0)
+        m_flac =
+            flac::parseStreamInfo({m_codec->extradata, static_cast<std::size_t>(m_codec->extradata_size)});
+    m_codec->pkt_timebase = stream.time_base;
+    m_codec->thread_count = 1;
+    return avcodec_open2(m_codec.get(), codec, nullptr) >= 0;
 }
 
 Status Decoder::next(Sound& sound) {
-    while (!ended_) {
-        if (!fetched_) {
+    while (!m_ended) {
+        if (!m_fetched) {
             if (const Status status = fetch(); status != Status::more) {
-                ended_ = true;
+                m_ended = status != Status::cancelled;
                 return status;
             }
         }
-        fetched_ = false;
-        if (!position_) position_ = heardFrom_;
-        std::int64_t from = *position_;
-        std::int64_t to = from + frame_->nb_samples;
-        nextPosition_ = to;
-        if (length_ && cutAtLength_) to = std::min(to, *length_);
-        from = std::max(from, heardFrom_);
+        m_fetched = false;
+        if (!m_position) m_position = m_playedFrom;
+        std::int64_t from = *m_position;
+        std::int64_t to = from + m_frame->nb_samples;
+        m_nextPosition = to;
+        if (m_length && m_cutAtLength) to = std::min(to, *m_length);
+        from = std::max(from, m_playedFrom);
         if (from >= to) continue;
-        sound = {frame_.get(), static_cast<int>(from - *position_), static_cast<int>(to - from)};
+        sound = {m_frame.get(), static_cast<int>(from - *m_position), static_cast<int>(to - from)};
         return Status::more;
     }
     return Status::end;
 }
 
-/// Decodes the next frame into `frame_` and sets its position where it is known.
+/// Decodes the next frame into `m_frame` and sets its position where it is known.
 Status Decoder::fetch() {
-    for (int silent = 0; silent < mostSilentPackets; ++silent) {
-        const int result = avcodec_receive_frame(codec_.get(), frame_.get());
+    for (int silent = 0; silent < maxSilentPackets; ++silent) {
+        const int result = avcodec_receive_frame(m_codec.get(), m_frame.get());
         if (result == AVERROR_EOF) return Status::end;
         if (result == AVERROR(EAGAIN)) {
             if (const Status status = feed(); status != Status::more) return status;
             continue;
         }
-        if (result < 0 || !isSane(*frame_)) continue;
-        if (position_)
-            position_ = nextPosition_;
-        else if (const auto time = timeOfFrame(); rate_ > 0 && time)
-            position_ = *time - origin_;
-        fetched_ = true;
+        if (result < 0 || !isSane(*m_frame)) continue;
+        if (m_position)
+            m_position = m_nextPosition;
+        else if (const auto time = timeOfFrame(); m_rate > 0 && time)
+            m_position = *time - m_origin;
+        m_fetched = true;
         return Status::more;
     }
     return Status::end;
 }
 
-/// The time of `frame_` by the surest clock there is; none when there is none.
+/// The time of `m_frame` by the surest clock there is; none when there is none.
 std::optional<std::int64_t> Decoder::timeOfFrame() const {
-    if (flacTime_) return flacTime_;
-    if (demuxer_->hasConstantBitRate() && frame_->pkt_pos >= 0 && firstByte_ >= 0 && codec_->frame_size > 0 &&
-        codec_->bit_rate > 0) {
-        const double packetBytes = static_cast<double>(codec_->frame_size) *
-                                   static_cast<double>(codec_->bit_rate) / 8 / frame_->sample_rate;
-        const auto packets = std::llround(static_cast<double>(frame_->pkt_pos - firstByte_) / packetBytes);
-        const int trimmed = codec_->frame_size - frame_->nb_samples; // from the front, being encoder delay
-        return packets * codec_->frame_size + trimmed;
+    if (m_flacTime) return m_flacTime;
+    if (m_demuxer->hasConstantBitRate() && m_frame->pkt_pos >= 0 && m_firstByte >= 0 &&
+        m_codec->frame_size > 0 && m_codec->bit_rate > 0) {
+        const double packetBytes = static_cast<double>(m_codec->frame_size) *
+                                   static_cast<double>(m_codec->bit_rate) / 8 / m_frame->sample_rate;
+        const auto packets = std::llround(static_cast<double>(m_frame->pkt_pos - m_firstByte) / packetBytes);
+        const int trimmed = m_codec->frame_size - m_frame->nb_samples; // from the front, being encoder delay
+        return packets * m_codec->frame_size + trimmed;
     }
-    if (frame_->pts == AV_NOPTS_VALUE) return std::nullopt;
-    return av_rescale_q(frame_->pts, demuxer_->stream().time_base, {1, frame_->sample_rate});
+    if (m_frame->pts == AV_NOPTS_VALUE) return std::nullopt;
+    return av_rescale_q(m_frame->pts, m_demuxer->stream().time_base, {1, m_frame->sample_rate});
 }
 
 Status Decoder::feed() {
-    const int result = demuxer_->next(*packet_);
-    if (flac_ && result >= 0)
-        flacTime_ = flac::firstSample({packet_->data, static_cast<std::size_t>(packet_->size)}, *flac_);
-    if (bytes_.interrupted() || result == AVERROR(EIO)) return Status::failed;
+    if (m_bytes.cancel()->requested()) return Status::cancelled;
+    const int result = m_demuxer->next(*m_packet);
+    if (m_bytes.interrupted()) {
+        m_lostItsPlace = true; // the demuxer may have dropped the part of a packet that it had
+        return Status::cancelled;
+    }
+    if (m_flac && result >= 0)
+        m_flacTime = flac::firstSample({m_packet->data, static_cast<std::size_t>(m_packet->size)}, *m_flac);
+    if (result == AVERROR(EIO)) return Status::failed;
     if (result == AVERROR(EAGAIN)) return Status::more;
-    // Damage ends the sound like its end does: what was decoded until here is still heard.
-    if (result < 0) return avcodec_send_packet(codec_.get(), nullptr) < 0 ? Status::end : Status::more;
-    if (codec_->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*packet_)) {
-        avcodec_flush_buffers(codec_.get()); // what comes does not follow from what was
+    // Damage ends the sound like its end does: what was decoded until here is still played.
+    if (result < 0) return avcodec_send_packet(m_codec.get(), nullptr) < 0 ? Status::end : Status::more;
+    if (m_codec->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*m_packet)) {
+        avcodec_flush_buffers(m_codec.get()); // what comes does not follow from what was
         return Status::more;
     }
-    avcodec_send_packet(codec_.get(), packet_.get()); // a damaged packet is left out
+    avcodec_send_packet(m_codec.get(), m_packet.get()); // a damaged packet is left out
     return Status::more;
 }
 
 /// How much must be decoded before a frame for it to come out right: overlap, bit reservoir, filters.
 std::int64_t Decoder::preroll() const {
-    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec_->codec_id);
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(m_codec->codec_id);
     const bool isLossless = descriptor && (descriptor->props & AV_CODEC_PROP_LOSSLESS);
-    return isLossless ? 0 : rate_ * 3 / 10;
+    return isLossless ? 0 : m_rate * 3 / 10;
 }
 
 bool Decoder::seek(std::int64_t frame) {
-    if (!bytes_.seekable()) return false;
+    if (!m_bytes.seekable()) return false;
     frame = std::max<std::int64_t>(frame, 0);
-    if (length_) frame = std::min(frame, *length_);
+    if (m_length) frame = std::min(frame, *m_length);
     // Containers without an index land where they guess; too late is seen and tried again from earlier.
-    if (codec_)
+    if (m_codec)
         for (const std::int64_t seconds : {0, 1, 10})
-            if (seekWithin(frame, preroll() + seconds * rate_)) return true;
-    heardFrom_ = frame;
-    ended_ = !restart(); // a file that was cut meanwhile cannot be opened again
-    return !ended_;
+            if (seekWithin(frame, preroll() + seconds * m_rate)) return true;
+    if (m_bytes.cancel()->requested()) return false;
+    m_playedFrom = frame;
+    m_ended = !restart(); // a file that was cut meanwhile cannot be opened again
+    return !m_ended;
 }
 
 bool Decoder::seekWithin(std::int64_t frame, std::int64_t margin) {
-    const AVRational timeBase = demuxer_->stream().time_base;
+    const AVRational timeBase = m_demuxer->stream().time_base;
     const std::int64_t from = std::max<std::int64_t>(frame - margin, 0);
-    if (!demuxer_->seek(av_rescale_q(origin_ + from, {1, rate_}, timeBase))) return false;
-    avcodec_flush_buffers(codec_.get());
-    heardFrom_ = frame;
-    position_.reset();
-    fetched_ = false;
-    ended_ = false;
-    if (fetch() != Status::more || !position_) return false;
-    if (!flacTime_ && demuxer_->guessesTimeAt(frame_->pkt_pos)) return false;
-    return *position_ <= std::max<std::int64_t>(frame - preroll(), 0);
+    if (!m_demuxer->seek(av_rescale_q(m_origin + from, {1, m_rate}, timeBase))) return false;
+    avcodec_flush_buffers(m_codec.get());
+    m_playedFrom = frame;
+    m_position.reset();
+    m_fetched = false;
+    m_ended = false;
+    m_lostItsPlace = false;
+    if (fetch() != Status::more || !m_position) return false;
+    if (!m_flacTime && m_demuxer->guessesTimeAt(m_frame->pkt_pos)) return false;
+    return *m_position <= std::max<std::int64_t>(frame - preroll(), 0);
 }
 
 bool Decoder::restart() {
-    codec_.reset();
-    demuxer_.reset();
-    if (bytes_.seek(0) != 0) return false;
-    demuxer_ = Demuxer::open(bytes_, format_);
-    if (!demuxer_ || !openCodec()) {
-        codec_.reset();
+    m_codec.reset();
+    m_demuxer.reset();
+    m_lostItsPlace = false;
+    if (m_bytes.seek(0) != 0) return false;
+    m_demuxer = Demuxer::open(m_bytes, m_format);
+    if (!m_demuxer || !openCodec()) {
+        m_codec.reset();
         return false;
     }
-    position_ = nextPosition_ = 0;
+    m_position = m_nextPosition = 0;
     if (fetch() != Status::more) return false;
     takeOverTrimming();
     return true;

@@ -8,30 +8,33 @@
 
 namespace bass {
 
-/// Decoded sound at its own rate and layout, its frames counted from the first one that is heard.
+/// Decoded sound at its own rate and layout, its frames counted from the first one that is played.
 class Decoder {
 public:
     /// A part of a decoded frame, valid until the decoder's next call.
     struct Sound {
         const AVFrame* frame = nullptr;
-        int offset = 0; ///< first frame to be heard within `frame`
+        int offset = 0; ///< first frame to be played within `frame`
         int count = 0;
     };
 
     /// Null when `bytes`, which must outlive the decoder, hold no sound of `format` that can be decoded.
     [[nodiscard]] static std::unique_ptr<Decoder> open(ByteSource& bytes, Format format);
 
-    /// `more` with sound, `end` or `failed` without.
+    /// `more` with sound; any other status without.
     [[nodiscard]] ReadResult::Status next(Sound& sound);
+    /// After `cancelled`: whether the next sound may not follow the last; a seek brings it back.
+    [[nodiscard]] bool lostItsPlace() const { return m_lostItsPlace; }
+    /// When it fails or is cancelled, it is not known where the next sound comes from.
     [[nodiscard]] bool seek(std::int64_t frame);
-    [[nodiscard]] int rate() const { return rate_; }
+    [[nodiscard]] int rate() const { return m_rate; }
     /// How a count of frames is brought to another rate.
-    [[nodiscard]] AVRounding rounding() const { return rounding_; }
+    [[nodiscard]] AVRounding rounding() const { return m_rounding; }
     /// Frames at `rate`; none when the container does not know.
-    [[nodiscard]] std::optional<std::int64_t> length() const { return length_; }
+    [[nodiscard]] std::optional<std::int64_t> length() const { return m_length; }
 
 private:
-    Decoder(ByteSource& bytes, Format format) : bytes_(bytes), format_(format) {}
+    Decoder(ByteSource& bytes, Format format) : m_bytes(bytes), m_format(format) {}
     [[nodiscard]] bool openCodec();
     void takeOverTrimming();
     [[nodiscard]] bool restart();
@@ -41,25 +44,26 @@ private:
     [[nodiscard]] std::optional<std::int64_t> timeOfFrame() const;
     [[nodiscard]] std::int64_t preroll() const;
 
-    ByteSource& bytes_;
-    Format format_;
-    std::unique_ptr<Demuxer> demuxer_;
-    CodecContextPtr codec_; ///< null, as `demuxer_`, once the sound could not be opened again
-    PacketPtr packet_;
-    FramePtr frame_;
-    int rate_ = 0; ///< fixed at opening, as the next two: any thread may ask
-    AVRounding rounding_ = AV_ROUND_NEAR_INF;
-    std::optional<std::int64_t> length_;
-    std::optional<flac::StreamInfo> flac_; ///< of a FLAC stream
-    std::optional<std::int64_t> flacTime_; ///< what the packet sent last says of itself
-    std::int64_t firstByte_ = 0;           ///< where the packet of the first frame lies
-    std::int64_t origin_ = 0;              ///< time of the first heard frame, in frames
-    std::optional<std::int64_t> position_; ///< of the frame fetched last; none until a time is known
-    std::int64_t nextPosition_ = 0;
-    std::int64_t heardFrom_ = 0; ///< what lies before is decoded but not heard
-    bool cutAtLength_ = false;   ///< sound past `length_` is padding
-    bool fetched_ = false;       ///< `frame_` waits to be handed out
-    bool ended_ = false;
+    ByteSource& m_bytes;
+    Format m_format;
+    std::unique_ptr<Demuxer> m_demuxer;
+    CodecContextPtr m_codec; ///< null, as `m_demuxer`, once the sound could not be opened again
+    PacketPtr m_packet;
+    FramePtr m_frame;
+    int m_rate = 0; ///< fixed at opening, as the next two: any thread may ask
+    AVRounding m_rounding = AV_ROUND_NEAR_INF;
+    std::optional<std::int64_t> m_length;
+    std::optional<flac::StreamInfo> m_flac; ///< of a FLAC stream
+    std::optional<std::int64_t> m_flacTime; ///< what the packet sent last says of itself
+    std::int64_t m_firstByte = 0;           ///< where the packet of the first frame lies
+    std::int64_t m_origin = 0;              ///< time of the first played frame, in frames
+    std::optional<std::int64_t> m_position; ///< of the frame fetched last; none until a time is known
+    std::int64_t m_nextPosition = 0;
+    std::int64_t m_playedFrom = 0; ///< what lies before is decoded but not played
+    bool m_cutAtLength = false;    ///< sound past `m_length` is padding
+    bool m_fetched = false;        ///< `m_frame` waits to be taken
+    bool m_ended = false;
+    bool m_lostItsPlace = false;
 };
 
 } // namespace bass

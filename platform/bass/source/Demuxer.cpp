@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,10 @@ constexpr int wavProbePackets = 4;
 /// A live stream comes no faster than it plays: what is looked at is waited for.
 constexpr int liveProbeBytes = 128 * 1024;
 constexpr std::int64_t liveProbeTime = AV_TIME_BASE;
+/// What a server may send for one packet, and for all before the first: pictures and sample tables among it.
+constexpr std::int64_t maxBytesPerPacket = 16 << 20;
+/// Ogg puts its comments together and takes them apart again, in several copies.
+constexpr std::int64_t maxOggBytesPerPacket = 6 << 20;
 
 bool isRefused(const AVInputFormat& format) {
     if (format.flags & AVFMT_NOFILE) return true;
@@ -62,33 +67,36 @@ std::unique_ptr<Demuxer> Demuxer::open(ByteSource& bytes, Format format) {
 }
 
 bool Demuxer::readFrom(std::int64_t offset) {
-    if (bytes_.seekable() && bytes_.seek(offset) != offset) return false;
-    avio_ = makeAvio(bytes_);
-    return avio_ != nullptr;
+    if (m_bytes.seekable() && m_bytes.seek(offset) != offset) return false;
+    m_avio = makeAvio(m_bytes);
+    return m_avio != nullptr;
 }
 
 const AVInputFormat* Demuxer::probe() {
     if (!readFrom(0)) return nullptr;
     // A tag may be longer than any probe: what follows it is the content.
-    const std::int64_t tagsEnd = bytes_.seekable() ? skipId3Tags(*avio_) : 0;
+    const std::int64_t tagsEnd = m_bytes.seekable() ? skipId3Tags(*m_avio) : 0;
     if (tagsEnd > 0 && !readFrom(tagsEnd)) return nullptr;
     const AVInputFormat* format = nullptr;
-    if (av_probe_input_buffer2(avio_.get(), &format, nullptr, nullptr, 0, probeBytes) < 0) return nullptr;
+    if (av_probe_input_buffer2(m_avio.get(), &format, nullptr, nullptr, 0, probeBytes) < 0) return nullptr;
     if (tagsEnd > 0 && !readFrom(0)) return nullptr;
     return format;
 }
 
 bool Demuxer::openContainer() {
+    m_bytes.allow(maxBytesPerPacket);
     const AVInputFormat* format = probe();
     if (!format || isRefused(*format)) return false;
+    m_packetBytes = std::string_view(format->name) == "ogg" ? maxOggBytesPerPacket : maxBytesPerPacket;
+    m_bytes.allow(m_packetBytes);
     AVFormatContext* context = avformat_alloc_context();
     if (!context) return false;
-    context->pb = avio_.get();
+    context->pb = m_avio.get();
     context->flags |= AVFMT_FLAG_CUSTOM_IO;
     context->io_open = refuseToOpen;
-    context->interrupt_callback = {isInterrupted, &bytes_};
+    context->interrupt_callback = {isInterrupted, &m_bytes};
     context->max_streams = maxStreams;
-    if (!bytes_.seekable()) {
+    if (!m_bytes.seekable()) {
         context->probesize = liveProbeBytes;
         context->max_analyze_duration = liveProbeTime;
     }
@@ -102,39 +110,39 @@ bool Demuxer::openContainer() {
     const int failed = avformat_open_input(&context, nullptr, format, &options); // frees `context` on failure
     const DictionaryPtr leftOver(options);
     if (failed < 0) return false;
-    context_.reset(context);
+    m_context.reset(context);
     return true;
 }
 
 bool Demuxer::chooseStream() {
     const auto find = [this] {
-        stream_ = nullptr;
-        for (unsigned i = 0; i < context_->nb_streams; ++i) {
-            AVStream* candidate = context_->streams[i];
+        m_stream = nullptr;
+        for (unsigned i = 0; i < m_context->nb_streams; ++i) {
+            AVStream* candidate = m_context->streams[i];
             if (candidate->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
             const bool preferred = candidate->disposition & AV_DISPOSITION_DEFAULT;
-            if (!stream_ || (preferred && !(stream_->disposition & AV_DISPOSITION_DEFAULT)))
-                stream_ = candidate;
+            if (!m_stream || (preferred && !(m_stream->disposition & AV_DISPOSITION_DEFAULT)))
+                m_stream = candidate;
         }
-        return stream_ != nullptr;
+        return m_stream != nullptr;
     };
-    const bool known = find() && isComplete(*stream_);
-    const bool unmeasured = bytes_.seekable() && known && stream_->duration == AV_NOPTS_VALUE;
+    const bool known = find() && isComplete(*m_stream);
+    const bool unmeasured = m_bytes.seekable() && known && m_stream->duration == AV_NOPTS_VALUE;
     if (!known || unmeasured) {
-        if (avformat_find_stream_info(context_.get(), nullptr) < 0) return false;
+        if (avformat_find_stream_info(m_context.get(), nullptr) < 0) return false;
         if (!find()) return false;
     }
-    for (unsigned i = 0; i < context_->nb_streams; ++i)
-        if (context_->streams[i] != stream_) context_->streams[i]->discard = AVDISCARD_ALL;
+    for (unsigned i = 0; i < m_context->nb_streams; ++i)
+        if (m_context->streams[i] != m_stream) m_context->streams[i]->discard = AVDISCARD_ALL;
     return true;
 }
 
 bool Demuxer::is(const char* name) const {
-    return av_match_name(name, context_->iformat->name) > 0;
+    return av_match_name(name, m_context->iformat->name) > 0;
 }
 
 bool Demuxer::isOf(Format format) const {
-    const AVCodecID codec = stream_->codecpar->codec_id;
+    const AVCodecID codec = m_stream->codecpar->codec_id;
     switch (format) {
     case Format::any:
         return true;
@@ -153,107 +161,111 @@ bool Demuxer::isOf(Format format) const {
 int Demuxer::next(AVPacket& packet) {
     for (;;) {
         av_packet_unref(&packet);
-        const int result = av_read_frame(context_.get(), &packet);
-        if (result < 0 || packet.stream_index == stream_->index) return result;
-        if (bytes_.interrupted()) return AVERROR_EXIT;
+        m_bytes.allow(m_packetBytes);
+        const int result = av_read_frame(m_context.get(), &packet);
+        if (result < 0 || packet.stream_index == m_stream->index) return result;
+        if (m_bytes.interrupted()) return AVERROR_EXIT;
     }
 }
 
 bool Demuxer::seek(std::int64_t timestamp) {
-    return av_seek_frame(context_.get(), stream_->index, timestamp, AVSEEK_FLAG_BACKWARD) >= 0;
+    m_avio->error = 0;                                       // of a read that was ended early
+    m_bytes.allow(std::numeric_limits<std::int64_t>::max()); // a search may lead through the whole file
+    return av_seek_frame(m_context.get(), m_stream->index, timestamp, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
 /// FFmpeg counts the times within an Ogg page back from its end, but not in the last one, whose end is cut.
 bool Demuxer::guessesTimeAt(std::int64_t offset) {
     if (!is("ogg")) return false;
-    if (!lastPage_) {
+    if (!m_lastPage) {
         constexpr std::int64_t longestPage = 65'307;
-        const std::int64_t here = avio_tell(avio_.get());
-        const std::int64_t tailStart = std::max<std::int64_t>(bytes_.size() - longestPage, 0);
+        const std::int64_t here = avio_tell(m_avio.get());
+        const std::int64_t tailStart = std::max<std::int64_t>(m_bytes.size() - longestPage, 0);
         std::string tail(longestPage, '\0');
-        if (avio_seek(avio_.get(), tailStart, SEEK_SET) < 0) return true;
-        const int count = avio_read(avio_.get(), reinterpret_cast<unsigned char*>(tail.data()), longestPage);
-        if (avio_seek(avio_.get(), here, SEEK_SET) < 0 || count < 0) return true;
+        if (avio_seek(m_avio.get(), tailStart, SEEK_SET) < 0) return true;
+        const int count = avio_read(m_avio.get(), reinterpret_cast<unsigned char*>(tail.data()), longestPage);
+        if (avio_seek(m_avio.get(), here, SEEK_SET) < 0 || count < 0 || m_bytes.interrupted()) return true;
         const std::size_t page =
             std::string_view(tail).substr(0, static_cast<std::size_t>(count)).rfind("OggS");
-        lastPage_ = tailStart + (page == std::string::npos ? 0 : static_cast<std::int64_t>(page));
+        m_lastPage = tailStart + (page == std::string::npos ? 0 : static_cast<std::int64_t>(page));
     }
-    return offset >= *lastPage_;
+    return offset >= *m_lastPage;
 }
 
 std::optional<std::int64_t> Demuxer::length(int sampleRate) const {
-    if (flacFrames_) return flacFrames_;
-    if (!duration_) return std::nullopt;
+    if (m_flacFrames) return m_flacFrames;
+    if (!m_duration) return std::nullopt;
     // HE-AAC is decoded at twice the rate that its container may state.
-    const int ownRate = stream_->codecpar->sample_rate > 0 ? stream_->codecpar->sample_rate : sampleRate;
-    const std::int64_t frames = av_rescale_q(*duration_, stream_->time_base, {1, sampleRate}) -
-                                av_rescale(paddingFrames_, sampleRate, ownRate);
+    const int ownRate = m_stream->codecpar->sample_rate > 0 ? m_stream->codecpar->sample_rate : sampleRate;
+    const std::int64_t frames = av_rescale_q(*m_duration, m_stream->time_base, {1, sampleRate}) -
+                                av_rescale(m_paddingFrames, sampleRate, ownRate);
     return std::max<std::int64_t>(frames, 0);
 }
 
 void Demuxer::measure() {
-    if (!bytes_.seekable() && bytes_.size() < 0) return;
-    if (stream_->duration != AV_NOPTS_VALUE && stream_->duration >= 0)
-        duration_ = stream_->duration;
-    else if (context_->duration != AV_NOPTS_VALUE && context_->duration > 0)
-        duration_ = av_rescale_q(context_->duration, AV_TIME_BASE_Q, stream_->time_base);
-    if (stream_->codecpar->codec_id == AV_CODEC_ID_FLAC) return measureFlac();
+    if (!m_bytes.seekable() && m_bytes.size() < 0) return;
+    if (m_stream->duration != AV_NOPTS_VALUE && m_stream->duration >= 0)
+        m_duration = m_stream->duration;
+    else if (m_context->duration != AV_NOPTS_VALUE && m_context->duration > 0)
+        m_duration = av_rescale_q(m_context->duration, AV_TIME_BASE_Q, m_stream->time_base);
+    if (m_stream->codecpar->codec_id == AV_CODEC_ID_FLAC) return measureFlac();
     if (is("mp3")) return measureMp3();
     if (is("mp4")) return measureMp4();
-    if (is("ogg") && stream_->codecpar->codec_id == AV_CODEC_ID_OPUS)
-        paddingFrames_ = stream_->codecpar->initial_padding;
+    if (is("ogg") && m_stream->codecpar->codec_id == AV_CODEC_ID_OPUS)
+        m_paddingFrames = m_stream->codecpar->initial_padding;
 }
 
 /// Containers such as Matroska round to a time base of their own.
 void Demuxer::measureFlac() {
-    const AVCodecParameters& parameters = *stream_->codecpar;
+    const AVCodecParameters& parameters = *m_stream->codecpar;
     if (parameters.extradata_size <= 0 || parameters.sample_rate <= 0) return;
     const auto info =
         flac::parseStreamInfo({parameters.extradata, static_cast<std::size_t>(parameters.extradata_size)});
-    if (info && info->totalSamples > 0) flacFrames_ = info->totalSamples;
+    if (info && info->totalSamples > 0) m_flacFrames = info->totalSamples;
 }
 
 void Demuxer::measureMp3() {
-    if (!bytes_.seekable()) return;
-    const std::int64_t here = avio_tell(avio_.get());
-    if (avio_seek(avio_.get(), 0, SEEK_SET) != 0) return;
-    skipId3Tags(*avio_);
-    const std::optional<LameTag> tag = readLameTag(*avio_);
-    avio_seek(avio_.get(), here, SEEK_SET);
+    if (!m_bytes.seekable()) return;
+    const std::int64_t here = avio_tell(m_avio.get());
+    if (avio_seek(m_avio.get(), 0, SEEK_SET) != 0) return;
+    skipId3Tags(*m_avio);
+    const std::optional<LameTag> tag = readLameTag(*m_avio);
+    avio_seek(m_avio.get(), here, SEEK_SET);
     if (!tag) return;
-    paddingFrames_ = tag->startPadding() + tag->endPadding();
+    m_paddingFrames = tag->startPadding() + tag->endPadding();
     // A constant bit rate turns a time into a byte offset; otherwise every frame up to it must be walked.
-    constantBitRate_ = tag->constantBitRate;
-    if (constantBitRate_) context_->flags |= AVFMT_FLAG_FAST_SEEK;
+    m_constantBitRate = tag->constantBitRate;
+    if (m_constantBitRate) m_context->flags |= AVFMT_FLAG_FAST_SEEK;
 }
 
 /// The last sample duration says where the sound ends within the last packet; encoders such as FFmpeg's put
 /// it nowhere else. Others state the end in iTunes' comment, or end the movie before its last packet does.
 void Demuxer::measureMp4() {
-    const int entries = avformat_index_get_entries_count(stream_);
-    if (!duration_ || entries < 2 || stream_->nb_frames != entries) return; // fragments are not all known yet
-    const AVIndexEntry& first = *avformat_index_get_entry(stream_, 0);
-    const AVIndexEntry& last = *avformat_index_get_entry(stream_, entries - 1);
-    const std::int64_t media = *duration_ + first.timestamp;
+    const int entries = avformat_index_get_entries_count(m_stream);
+    if (!m_duration || entries < 2 || m_stream->nb_frames != entries)
+        return; // fragments are not all known yet
+    const AVIndexEntry& first = *avformat_index_get_entry(m_stream, 0);
+    const AVIndexEntry& last = *avformat_index_get_entry(m_stream, entries - 1);
+    const std::int64_t media = *m_duration + first.timestamp;
     if (media <= last.timestamp) return;
-    paddingPastLength_ = true;
-    duration_ = media;
+    m_paddingPastLength = true;
+    m_duration = media;
 
-    const AVDictionaryEntry* comment = av_dict_get(context_->metadata, "iTunSMPB", nullptr, 0);
+    const AVDictionaryEntry* comment = av_dict_get(m_context->metadata, "iTunSMPB", nullptr, 0);
     unsigned priming = 0, remainder = 0;
     unsigned long long samples = 0;
     if (comment && std::sscanf(comment->value, "%*x %x %x %llx", &priming, &remainder, &samples) == 3 &&
         samples > 0) {
         const auto stated =
             av_rescale_q(static_cast<std::int64_t>(std::min(samples, 1ULL << 48)),
-                         {1, std::max(1, stream_->codecpar->sample_rate)}, stream_->time_base);
-        duration_ = std::min(media, stated);
+                         {1, std::max(1, m_stream->codecpar->sample_rate)}, m_stream->time_base);
+        m_duration = std::min(media, stated);
         return;
     }
-    const std::int64_t movie = av_rescale_q(context_->duration, AV_TIME_BASE_Q, stream_->time_base);
+    const std::int64_t movie = av_rescale_q(m_context->duration, AV_TIME_BASE_Q, m_stream->time_base);
     // A tick of the coarsest usual time scale, 1/600 s, is only rounding.
-    const std::int64_t rounding = av_rescale_q(1, {1, 500}, stream_->time_base);
-    if (context_->nb_streams == 1 && movie > last.timestamp && movie + rounding < media) duration_ = movie;
+    const std::int64_t rounding = av_rescale_q(1, {1, 500}, m_stream->time_base);
+    if (m_context->nb_streams == 1 && movie > last.timestamp && movie + rounding < media) m_duration = movie;
 }
 
 } // namespace bass

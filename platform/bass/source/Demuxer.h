@@ -24,18 +24,18 @@ public:
     /// Whether the time of the first packet after a seek is only guessed when it lies at the byte `offset`.
     [[nodiscard]] bool guessesTimeAt(std::int64_t offset);
 
-    [[nodiscard]] AVStream& stream() const { return *stream_; }
+    [[nodiscard]] AVStream& stream() const { return *m_stream; }
     /// Whether the container is one that FFmpeg calls `name`.
     [[nodiscard]] bool is(const char* name) const;
-    /// What is heard, in frames at `sampleRate` without encoder delay and padding; none when unknown.
+    /// What is played, in frames at `sampleRate` without encoder delay and padding; none when unknown.
     [[nodiscard]] std::optional<std::int64_t> length(int sampleRate) const;
     /// Whether all packets have the same size, so that a byte offset tells a time exactly.
-    [[nodiscard]] bool hasConstantBitRate() const { return constantBitRate_; }
+    [[nodiscard]] bool hasConstantBitRate() const { return m_constantBitRate; }
     /// Whether sound past `length` is padding that the decoder leaves to be cut.
-    [[nodiscard]] bool hasPaddingPastLength() const { return paddingPastLength_; }
+    [[nodiscard]] bool hasPaddingPastLength() const { return m_paddingPastLength; }
 
 private:
-    explicit Demuxer(ByteSource& bytes) : bytes_(bytes) {}
+    explicit Demuxer(ByteSource& bytes) : m_bytes(bytes) {}
     [[nodiscard]] bool readFrom(std::int64_t offset);
     [[nodiscard]] const AVInputFormat* probe();
     [[nodiscard]] bool openContainer();
@@ -46,16 +46,17 @@ private:
     void measureMp3();
     void measureMp4();
 
-    ByteSource& bytes_;
-    AvioPtr avio_; ///< outlives the format context
-    FormatContextPtr context_;
-    AVStream* stream_ = nullptr;
-    std::optional<std::int64_t> duration_;   ///< in the stream's time base, padding included
-    std::optional<std::int64_t> flacFrames_; ///< FLAC's own statement
-    std::int64_t paddingFrames_ = 0;         ///< within `duration_`, in frames of the stream's own rate
-    std::optional<std::int64_t> lastPage_;   ///< offset of Ogg's, once it was looked for
-    bool paddingPastLength_ = false;
-    bool constantBitRate_ = false;
+    ByteSource& m_bytes;
+    AvioPtr m_avio; ///< outlives the format context
+    FormatContextPtr m_context;
+    AVStream* m_stream = nullptr;
+    std::int64_t m_packetBytes = 0;           ///< a server may send for one packet
+    std::optional<std::int64_t> m_duration;   ///< in the stream's time base, padding included
+    std::optional<std::int64_t> m_flacFrames; ///< FLAC's own statement
+    std::int64_t m_paddingFrames = 0;         ///< within `m_duration`, in frames of the stream's own rate
+    std::optional<std::int64_t> m_lastPage;   ///< offset of Ogg's, once it was looked for
+    bool m_paddingPastLength = false;
+    bool m_constantBitRate = false;
 };
 
 } // namespace bass

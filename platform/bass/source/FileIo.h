@@ -10,22 +10,30 @@ namespace bass {
 /// A regular file. Its name is a path and nothing else, whatever it holds.
 class FileIo final : public ByteSource {
 public:
-    /// Null for anything but a readable regular file; never blocks on a FIFO or a device.
-    [[nodiscard]] static std::unique_ptr<FileIo> open(const std::string& path);
+    struct Opened {
+        std::unique_ptr<FileIo> file; ///< null on failure
+        Failure failure = Failure::none;
+    };
+
+    /// Fails for anything but a readable regular file; never blocks on a FIFO or a device.
+    [[nodiscard]] static Opened open(const std::string& path, std::shared_ptr<Cancel> cancel);
     ~FileIo() override;
     FileIo(const FileIo&) = delete;
     FileIo& operator=(const FileIo&) = delete;
 
     [[nodiscard]] int read(std::span<std::uint8_t> out) override;
     [[nodiscard]] std::int64_t seek(std::int64_t offset) override;
-    [[nodiscard]] std::int64_t size() const override { return size_; }
+    [[nodiscard]] std::int64_t size() const override { return m_size; }
     [[nodiscard]] bool seekable() const override { return true; }
+    [[nodiscard]] Failure failure() const override { return m_failure; }
 
 private:
-    FileIo(int descriptor, std::int64_t size) : descriptor_(descriptor), size_(size) {}
+    FileIo(int descriptor, std::int64_t size, std::shared_ptr<Cancel> cancel)
+        : ByteSource(std::move(cancel)), m_descriptor(descriptor), m_size(size) {}
 
-    int descriptor_;
-    std::int64_t size_;
+    int m_descriptor;
+    std::int64_t m_size;
+    Failure m_failure = Failure::none;
 };
 
 } // namespace bass

@@ -1,8 +1,8 @@
 #include "platform/bass/source/HttpStream.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
-#include <thread>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -10,16 +10,6 @@ extern "C" {
 
 namespace bass {
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto connectLimit = 5s;
-/// A server that stays silent for so long is taken for gone.
-constexpr auto silenceLimit = 10s;
-/// A finite file that cannot be resumed for so long has failed.
-constexpr auto resumeLimit = 60s;
-constexpr auto firstPause = 250ms;
-constexpr auto longestPause = 8s;
 
 std::string textOption(AVIOContext& connection, const char* name) {
     std::uint8_t* value = nullptr;
@@ -33,20 +23,36 @@ bool isHttp(std::string_view url) {
     return url.starts_with("http://") || url.starts_with("https://");
 }
 
+bool isHttpError(int error) {
+    constexpr std::array errors = {AVERROR_HTTP_BAD_REQUEST, AVERROR_HTTP_UNAUTHORIZED,
+                                   AVERROR_HTTP_FORBIDDEN,   AVERROR_HTTP_NOT_FOUND,
+                                   AVERROR_HTTP_OTHER_4XX,   AVERROR_HTTP_SERVER_ERROR};
+    return std::ranges::find(errors, error) != errors.end();
+}
+
 } // namespace
 
+bool HttpStream::interrupted() const {
+    return cancel()->closed() || (cancel()->requested() && (m_seekable || isOpening()));
+}
+
 int HttpStream::mustStop(void* self) {
-    const auto& stream = *static_cast<const HttpStream*>(self);
-    return stream.interrupted() || Clock::now() > stream.deadline_;
+    auto& stream = *static_cast<HttpStream*>(self);
+    if (stream.interrupted() || stream.m_log.headerBytes > stream.m_limits.headerBytes) return 1;
+    stream.m_timedOut = Clock::now() > stream.m_deadline;
+    return stream.m_timedOut;
 }
 
 void HttpStream::waitAtMost(Clock::duration limit) {
-    deadline_ = std::min(openedBy_, Clock::now() + limit);
+    m_deadline = std::min(m_openedBy, Clock::now() + limit);
+    m_timedOut = false;
 }
 
 bool HttpStream::connect(std::int64_t offset) {
-    connection_.reset();
-    waitAtMost(connectLimit);
+    m_connection.reset();
+    m_log = {};
+    m_failure = Failure::none;
+    waitAtMost(m_limits.connect);
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "http,https,tcp,tls,crypto,httpproxy", 0);
     av_dict_set(&options, "tls_verify", "1", 0); // off, unless it is asked for
@@ -54,58 +60,105 @@ bool HttpStream::connect(std::int64_t offset) {
     av_dict_set_int(&options, "offset", offset, 0);
     const AVIOInterruptCB callback = {mustStop, this};
     AVIOContext* connection = nullptr;
-    const int failed = avio_open2(&connection, url_.c_str(), AVIO_FLAG_READ, &callback, &options);
+    const ProtocolLogScope scope(m_log);
+    const int result = avio_open2(&connection, m_url.c_str(), AVIO_FLAG_READ, &callback, &options);
     const DictionaryPtr leftOver(options);
-    if (failed < 0) return false;
-    connection_.reset(connection);
-    if (const std::string location = textOption(*connection, "location"); !isHttp(location)) {
-        connection_.reset();
+    if (result < 0) {
+        m_failure = failureOf(result);
+        m_ignoresRanges = result == AVERROR(EPERM); // FFmpeg's answer to bytes from another place
         return false;
     }
-    offset_ = offset;
-    size_ = avio_size(connection);
-    seekable_ = size_ >= 0 && (connection->seekable & AVIO_SEEKABLE_NORMAL);
-    live_ = size_ < 0 && !textOption(*connection, "icy_metadata_headers").empty();
+    m_connection.reset(connection);
+    if (const std::string location = textOption(*connection, "location"); !isHttp(location)) {
+        m_connection.reset();
+        m_failure = Failure::httpStatus;
+        return false;
+    }
+    m_offset = offset;
+    m_size = avio_size(connection);
+    m_seekable = m_size >= 0 && (connection->seekable & AVIO_SEEKABLE_NORMAL);
+    m_live = m_size < 0 && !textOption(*connection, "icy_metadata_headers").empty();
     return true;
+}
+
+Failure HttpStream::failureOf(int error) const {
+    if (interrupted()) return Failure::none;
+    if (m_timedOut || error == AVERROR(ETIMEDOUT)) return Failure::timeout;
+    if (m_log.certificate) return Failure::certificate;
+    if (m_log.nameNotFound) return Failure::nameNotFound;
+    if (m_log.headerBytes > m_limits.headerBytes) return Failure::noAudio;
+    // Without an error below HTTP, a redirect led in circles or to something that is no address.
+    const bool isRedirect = m_log.httpStatus >= 300 && !m_log.connecting;
+    return isHttpError(error) || isRedirect ? Failure::httpStatus : Failure::refused;
 }
 
 int HttpStream::read(std::span<std::uint8_t> out) {
     while (!interrupted()) {
-        if (!connection_ && size_ >= 0 && offset_ >= size_) return AVERROR_EOF;
-        if (!connection_ && !resume()) return AVERROR(EIO);
-        waitAtMost(silenceLimit);
-        const int count = avio_read_partial(connection_.get(), out.data(), static_cast<int>(out.size()));
+        if (!m_connection && m_size >= 0 && m_offset >= m_size) return AVERROR_EOF;
+        if (!m_connection)
+            if (const int result = resume(); result < 0) return result;
+        waitAtMost(m_limits.silence);
+        const int count = avio_read_partial(m_connection.get(), out.data(), static_cast<int>(out.size()));
         if (count > 0) {
-            offset_ += count;
-            lastByte_ = Clock::now();
-            pause_ = {};
+            m_offset += count;
+            m_lastByte = Clock::now();
+            m_pause = {};
+            m_failure = Failure::none;
+            // FFmpeg keeps every field that a server ever put into its ICY metadata.
+            av_opt_set_dict_val(m_connection.get(), "metadata", nullptr, AV_OPT_SEARCH_CHILDREN);
             return count;
         }
-        connection_.reset();
+        // An interrupted connection is lost, too: it may have stopped within a TLS record or a chunk's
+        // length.
+        m_connection.reset();
+        if (interrupted()) break;
+        const bool ended = m_size < 0 || m_offset >= m_size;
+        m_failure = m_timedOut ? Failure::timeout : ended ? Failure::none : Failure::refused;
         // Without a length the end of the connection is all there is to tell the end by.
-        if (size_ < 0 || offset_ >= size_) return AVERROR_EOF;
+        if (ended) return AVERROR_EOF;
     }
     return AVERROR_EXIT;
 }
 
-bool HttpStream::resume() {
-    if (live_ || !seekable_) return false;
-    if (pause_ == Clock::duration::zero()) lastByte_ = Clock::now(); // what was sought may be old
-    const auto giveUp = lastByte_ + resumeLimit;
-    const std::int64_t size = size_;
-    while (!interrupted() && Clock::now() < std::min(giveUp, openedBy_)) {
-        for (const auto end = Clock::now() + pause_; Clock::now() < end && !interrupted();)
-            std::this_thread::sleep_for(20ms);
-        pause_ = std::clamp<Clock::duration>(pause_ * 2, firstPause, longestPause);
-        if (connect(offset_)) return size_ == size;
+/// Connects again where the bytes broke off. 0, AVERROR_EXIT when interrupted, or AVERROR(EIO).
+int HttpStream::resume() {
+    if (m_live || !m_seekable) return AVERROR(EIO);
+    if (m_pause == Clock::duration::zero()) m_lastByte = Clock::now(); // what was sought may be old
+    const auto giveUp = std::min(m_lastByte + m_limits.resume, m_openedBy);
+    const std::int64_t size = m_size;
+    const std::int64_t offset = m_offset;
+    while (Clock::now() < giveUp) {
+        if (cancel()->waitFor(std::min(m_pause, giveUp - Clock::now()))) return AVERROR_EXIT;
+        m_pause = std::clamp<Clock::duration>(m_pause * 2, m_limits.firstPause, m_limits.maxPause);
+        if (connect(offset)) {
+            if (m_size == size && m_seekable) return 0;
+            m_connection.reset(); // another file by now
+            m_size = size;
+            m_seekable = true;
+            return AVERROR(EIO);
+        }
+        if (interrupted()) return AVERROR_EXIT;
+        if (isRefusedForGood()) {
+            m_pause = {};
+            return AVERROR(EIO);
+        }
     }
-    return false;
+    return AVERROR(EIO);
+}
+
+/// Whether the server answered that it will not send what was asked for.
+bool HttpStream::isRefusedForGood() const {
+    constexpr int requestTimeout = 408, tooManyRequests = 429;
+    const int status = m_log.httpStatus;
+    if (m_ignoresRanges) return true;
+    return m_failure == Failure::httpStatus && status >= 400 && status < 500 && status != requestTimeout &&
+           status != tooManyRequests;
 }
 
 std::int64_t HttpStream::seek(std::int64_t offset) {
-    if (offset == offset_) return offset;
-    connection_.reset(); // connected again by the next read
-    offset_ = offset;
+    if (offset == m_offset) return offset;
+    m_connection.reset(); // connected again by the next read
+    m_offset = offset;
     return offset;
 }
 

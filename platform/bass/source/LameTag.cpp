@@ -5,17 +5,23 @@
 
 namespace bass {
 
+std::optional<std::int64_t> id3TagBytes(std::span<const unsigned char, id3HeaderBytes> header) {
+    if (header[0] != 'I' || header[1] != 'D' || header[2] != '3') return std::nullopt;
+    const bool hasFooter = header[5] & 0x10;
+    const std::int64_t size =
+        (header[6] & 0x7f) << 21 | (header[7] & 0x7f) << 14 | (header[8] & 0x7f) << 7 | (header[9] & 0x7f);
+    constexpr auto headerBytes = static_cast<std::int64_t>(id3HeaderBytes);
+    return headerBytes + size + (hasFooter ? headerBytes : 0);
+}
+
 std::int64_t skipId3Tags(AVIOContext& io) {
-    constexpr std::int64_t headerBytes = 10;
     std::int64_t end = avio_tell(&io);
     for (;;) {
-        std::array<unsigned char, headerBytes> header{};
-        const bool complete = avio_read(&io, header.data(), headerBytes) == headerBytes;
-        if (!complete || header[0] != 'I' || header[1] != 'D' || header[2] != '3') break;
-        const bool hasFooter = header[5] & 0x10;
-        const std::int64_t size = (header[6] & 0x7f) << 21 | (header[7] & 0x7f) << 14 |
-                                  (header[8] & 0x7f) << 7 | (header[9] & 0x7f);
-        end += headerBytes + size + (hasFooter ? headerBytes : 0);
+        std::array<unsigned char, id3HeaderBytes> header{};
+        const bool complete = avio_read(&io, header.data(), id3HeaderBytes) == id3HeaderBytes;
+        const std::optional<std::int64_t> tag = complete ? id3TagBytes(header) : std::nullopt;
+        if (!tag) break;
+        end += *tag;
         if (avio_seek(&io, end, SEEK_SET) < 0) break;
     }
     avio_seek(&io, end, SEEK_SET);

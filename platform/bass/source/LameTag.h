@@ -3,7 +3,9 @@
 #include "platform/bass/source/FfmpegPtr.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
+#include <span>
 
 namespace bass {
 
@@ -19,6 +21,9 @@ struct LameTag {
     [[nodiscard]] int endPadding() const { return std::max(0, encoderPadding - decoderDelay); }
 };
 
+inline constexpr std::size_t id3HeaderBytes = 10;
+/// The size of the ID3v2 tag that `header` starts, itself included; none when it starts none.
+[[nodiscard]] std::optional<std::int64_t> id3TagBytes(std::span<const unsigned char, id3HeaderBytes> header);
 /// Goes past the ID3v2 tags that start here; answers where they end.
 std::int64_t skipId3Tags(AVIOContext& io);
 /// Reads the tag in the MPEG audio frame that starts here; none when there is none.

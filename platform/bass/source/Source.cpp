@@ -1,18 +1,58 @@
 #include "platform/bass/source/Source.h"
+
 #include "platform/bass/source/DecodedSource.h"
 #include "platform/bass/source/FileIo.h"
-extern "C" {
-#include <libavutil/log.h>
-}
+#include "platform/bass/source/ProtocolLog.h"
+#include "platform/bass/source/ReconnectingSource.h"
+
+#include <algorithm>
+#include <cctype>
+#include <optional>
+
 namespace bass {
-bool isHttpAddress(const std::string& address) { return address.starts_with("http"); }
-OpenedSource openFile(const std::string& path, Format format, std::shared_ptr<Cancel>) {
-    av_log_set_level(AV_LOG_QUIET);
-    auto file = FileIo::open(path);
-    if (!file) return {nullptr, Failure::notFound};
-    auto s = DecodedSource::open(std::move(file), format);
-    if (!s) return {nullptr, Failure::noAudio};
-    return {std::move(s)};
+namespace {
+
+/// `address` without the blanks and line ends that it brings along when it is copied, and with its scheme in
+/// lower case, as FFmpeg knows it; none when it is no http or https address.
+std::optional<std::string> normalized(const std::string& address) {
+    constexpr const char* blanks = " \t\r\n";
+    const std::size_t first = address.find_first_not_of(blanks);
+    if (first == std::string::npos) return std::nullopt;
+    std::string url = address.substr(first, address.find_last_not_of(blanks) - first + 1);
+    const std::size_t end = url.find("://");
+    if (end == std::string::npos) return std::nullopt;
+    std::transform(url.begin(), url.begin() + static_cast<std::ptrdiff_t>(end), url.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string scheme = url.substr(0, end);
+    const std::string host = url.substr(end + 3);
+    const bool hasHost = !host.empty() && std::string("/?#:").find(host[0]) == std::string::npos;
+    if ((scheme != "http" && scheme != "https") || !hasHost) return std::nullopt;
+    return url;
 }
-OpenedSource openUrl(const std::string&, std::shared_ptr<Cancel>) { return {nullptr, Failure::refused}; }
+
+} // namespace
+
+bool isHttpAddress(const std::string& address) {
+    return normalized(address).has_value();
 }
+
+OpenedSource openFile(const std::string& path, Format format, std::shared_ptr<Cancel> cancel) {
+    silenceFfmpeg();
+    FileIo::Opened opened = FileIo::open(path, std::move(cancel));
+    if (!opened.file) return {nullptr, opened.failure};
+    return DecodedSource::open(std::move(opened.file), format);
+}
+
+OpenedSource openUrl(const std::string& address, std::shared_ptr<Cancel> cancel) {
+    return openUrl(address, std::move(cancel), NetworkLimits());
+}
+
+OpenedSource openUrl(const std::string& address, std::shared_ptr<Cancel> cancel,
+                     const NetworkLimits& limits) {
+    const std::optional<std::string> url = normalized(address);
+    if (!url) return {nullptr, Failure::notFound};
+    silenceFfmpeg();
+    return ReconnectingSource::open(*url, limits, std::move(cancel));
+}
+
+} // namespace bass

@@ -60,7 +60,7 @@ enum class Failure {
 
 /// The result of opening: a source, or why there is none.
 struct OpenedSource {
-    std::unique_ptr<Source> source; ///< null on failure
+    std::unique_ptr<Source> source; ///< null on failure, and when the opening was cancelled
     Failure failure = Failure::none;
     int httpStatus = 0; ///< with Failure::httpStatus: what the server answered (404, 503, …)
 };

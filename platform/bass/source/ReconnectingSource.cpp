@@ -1,0 +1,97 @@
+#include "platform/bass/source/ReconnectingSource.h"
+
+#include "platform/bass/source/DecodedSource.h"
+#include "platform/bass/source/ServerBytes.h"
+
+#include <algorithm>
+#include <resolv.h>
+
+namespace bass {
+namespace {
+
+using Status = ReadResult::Status;
+
+/// A connection that brought less was no good: the next one is not tried at once.
+constexpr std::int64_t framesOfGoodConnection = sampleRate;
+
+/// A name look-up cannot be interrupted; this thread's ones give up in time by themselves.
+void boundNameLookUps() {
+    thread_local bool done = false;
+    if (done || res_ninit(&_res) != 0) return;
+    _res.retrans = 1;
+    _res.retry = 2;
+    done = true;
+}
+
+} // namespace
+
+OpenedSource ReconnectingSource::open(const std::string& url, const NetworkLimits& limits,
+                                      std::shared_ptr<Cancel> cancel) {
+    std::unique_ptr<ReconnectingSource> source(new ReconnectingSource(url, limits, std::move(cancel)));
+    const Failure failure = source->connect();
+    if (!source->m_source)
+        return {nullptr, failure, failure == Failure::httpStatus ? source->m_http->httpStatus() : 0};
+    source->m_live = source->m_http->isLive();
+    source->m_length = source->m_source->lengthFrames();
+    return {std::move(source)};
+}
+
+ReconnectingSource::ReconnectingSource(std::string url, const NetworkLimits& limits,
+                                       std::shared_ptr<Cancel> cancel)
+    : m_limits(limits),
+      m_cancel(std::move(cancel)),
+      m_http(std::make_shared<HttpStream>(std::move(url), limits, m_cancel)) {}
+
+Failure ReconnectingSource::connect() {
+    boundNameLookUps();
+    m_http->beginOpening();
+    m_frames = 0;
+    const Failure failure = m_http->connect(0) ? openSource() : m_http->failure();
+    m_http->endOpening();
+    return failure;
+}
+
+/// Decodes what is connected, from here on.
+Failure ReconnectingSource::openSource() {
+    std::shared_ptr<ServerBytes> bytes = ServerBytes::open(m_http);
+    if (!bytes) return failureOf(*m_http);
+    OpenedSource opened = DecodedSource::open(std::move(bytes), Format::any);
+    m_source = std::move(opened.source);
+    return opened.failure;
+}
+
+ReadResult ReconnectingSource::read(std::span<float> out) {
+    for (;;) {
+        if (!m_source && !reconnect()) return {0, Status::cancelled};
+        const ReadResult result = m_source->read(out);
+        m_frames += static_cast<std::int64_t>(result.frames);
+        if (result.status == Status::more || result.status == Status::cancelled || !m_live) return result;
+        m_source.reset();
+        if (result.frames > 0) return {result.frames, Status::more};
+    }
+}
+
+bool ReconnectingSource::seek(std::int64_t frame) {
+    return m_source && m_source->seek(frame);
+}
+
+/// Tries until there is sound. False when it was cancelled.
+bool ReconnectingSource::reconnect() {
+    // The connection may still stand: then only the container ended, and its next piece follows.
+    if (m_http->isConnected()) {
+        m_http->beginOpening();
+        static_cast<void>(openSource());
+        m_http->endOpening();
+    }
+    if (!m_source) m_http->disconnect(); // what is left of it starts in the middle
+    while (!m_source) {
+        if (m_frames >= framesOfGoodConnection) m_pause = {};
+        if (m_cancel->waitFor(m_pause)) return false;
+        m_pause =
+            std::clamp<HttpStream::Clock::duration>(m_pause * 2, m_limits.firstPause, m_limits.maxPause);
+        static_cast<void>(connect());
+    }
+    return true;
+}
+
+} // namespace bass

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/bass/source/HttpStream.h"
+#include "platform/bass/source/Source.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace bass {
+
+/// An address as one endless sound: when the connection of a live stream drops, or one of its pieces (a link
+/// of a chained Ogg stream) ends, it is connected and decoded anew. What was sent meanwhile is a
+/// discontinuity. Files of a known length are resumed byte by byte below (HttpStream).
+class ReconnectingSource final : public Source {
+public:
+    /// `url` is trimmed, its scheme in lower case.
+    [[nodiscard]] static OpenedSource open(const std::string& url, const NetworkLimits& limits,
+                                           std::shared_ptr<Cancel> cancel);
+
+    [[nodiscard]] ReadResult read(std::span<float> out) override;
+    [[nodiscard]] bool seek(std::int64_t frame) override;
+    [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override { return m_length; }
+
+private:
+    ReconnectingSource(std::string url, const NetworkLimits& limits, std::shared_ptr<Cancel> cancel);
+    [[nodiscard]] Failure openSource();
+    [[nodiscard]] Failure connect();
+    [[nodiscard]] bool reconnect();
+
+    NetworkLimits m_limits;
+    std::shared_ptr<Cancel> m_cancel;
+    std::shared_ptr<HttpStream> m_http;
+    std::unique_ptr<Source> m_source; ///< null while a live stream is not connected
+    std::optional<std::int64_t> m_length;
+    bool m_live = false;
+    std::int64_t m_frames = 0; ///< read since the last connection
+    HttpStream::Clock::duration m_pause{0};
+};
+
+} // namespace bass
