@@ -89,7 +89,7 @@ bool Channel::apply(const Lock& lock, StreamEvent event) {
     else if (next.detach)
         discardMixed(lock, m_engine.output.playedFrame());
     m_state = next.state;
-    if (next.detach) m_engine.output.changed();
+    if (next.detach) ends ? m_engine.output.changed() : m_engine.output.flush();
     if (next.attach) attach(lock);
     if (next.fromStart && !m_seek) {
         m_seek = 0;

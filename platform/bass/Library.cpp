@@ -34,7 +34,7 @@ bool Library::close(std::chrono::milliseconds limit) {
         m_orphan.reset();
     }
     m_engine.syncs.stop();
-    m_engine.output.close();
+    m_engine.output.close(limit);
     while (m_engine.workers > 0 && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return true;
@@ -47,6 +47,7 @@ std::uint32_t Library::create(const SourceName& name) {
     if (!m_open) return 0;
     auto channel = claim(lock, name);
     if (!channel) channel = add(lock, name);
+    m_engine.output.prepare();
     return channel->handle();
 }
 

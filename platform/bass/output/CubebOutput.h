@@ -1,47 +1,48 @@
 #pragma once
 
+#include "platform/bass/output/CubebLibrary.h"
 #include "platform/bass/output/Output.h"
 
-#include <cubeb/cubeb.h>
-
+#include <atomic>
 #include <functional>
-#include <memory>
 #include <string>
 
 namespace bass {
 
-struct CubebDeleter {
-    void operator()(cubeb* context) const { cubeb_destroy(context); }
-    void operator()(cubeb_stream* stream) const { cubeb_stream_destroy(stream); }
-};
-
 /// The default sound device, through cubeb.
+///
+/// Which backend: a sound server that is expected (PULSE_SERVER names one, or its socket is there) and does
+/// not answer is waited for; the hardware behind it, which it needs, is not taken. Without such a server it
+/// is the first backend that has a device, until a server appears. Once connected, the backend stays the
+/// same.
 class CubebOutput : public Output {
 public:
-    /// Null without a device. `onFailure` is called when the device is lost or another has become the default
-    /// one.
-    static std::unique_ptr<CubebOutput> open(std::function<void()> onFailure);
+    /// `onFailure` is called when the device is lost or another has become the default one.
+    explicit CubebOutput(std::function<void()> onFailure) : m_onFailure(std::move(onFailure)) {}
 
     bool prepare(Renderer& renderer) override;
     bool start() override;
     void stop() override;
+    void release() override;
     std::uint64_t playedFrames() const override;
+    std::chrono::milliseconds queueTime() const override;
 
 private:
-    CubebOutput(std::unique_ptr<cubeb, CubebDeleter> context, std::function<void()> onFailure)
-        : m_context(std::move(context)),
-          m_backend(cubeb_get_backend_id(m_context.get())),
-          m_onFailure(std::move(onFailure)) {}
+    bool connect();
+    bool accepts(cubeb& context) const;
 
     static long fill(cubeb_stream* stream, void* user, const void* input, void* output, long frames);
     static void stateChanged(cubeb_stream* stream, void* user, cubeb_state state);
     static void deviceChanged(void* user);
 
-    std::unique_ptr<cubeb, CubebDeleter> m_context;
-    std::string m_backend; ///< The first connection's; every later one is of the same.
+    const CubebLibrary* m_library = nullptr; ///< Loaded by the first `prepare`.
     std::function<void()> m_onFailure;
+    std::string m_backend;             ///< Of the last connection.
+    std::atomic<bool> m_failed{false}; ///< A stream reported an error: its connection may be gone.
     Renderer* m_renderer = nullptr;
-    std::unique_ptr<cubeb_stream, CubebDeleter> m_stream;
+    CubebContext m_context;
+    CubebStream m_next;   ///< Prepared, not started.
+    CubebStream m_stream; ///< Started; after `stop` kept for its position.
 };
 
 } // namespace bass

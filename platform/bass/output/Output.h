@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -21,21 +22,26 @@ public:
 /// Where sound goes. Started and stopped by one control thread; between start and stop it asks the renderer
 /// for frames.
 ///
-/// Threads: prepare, start, stop and the destructor on the control thread; `playedFrames` from any thread
-/// that keeps start and stop from running; `onFailure` (given at creation) is called on any thread and only
-/// stores and wakes.
+/// Threads: all calls on the control thread, but for `playedFrames`, which may come from any thread that
+/// keeps start and stop from running, and `wake`. `onFailure` (given at creation) is called on any thread and
+/// only stores and wakes.
 class Output {
 public:
     virtual ~Output() = default;
 
-    /// Opens the device, which may take seconds, and asks for nothing yet. False when it is not there.
+    /// Opens the device for the next start, if it is not open for one already. May take as long as a sound
+    /// server that does not answer. False when there is none now.
     [[nodiscard]] virtual bool prepare(Renderer& renderer) = 0;
-    /// After `prepare`. Frames asked for ahead of what is heard are dropped by the next stop. False when the
-    /// device is gone again.
+    /// After `prepare`, and each time after another. False when the device is gone again.
     [[nodiscard]] virtual bool start() = 0;
+    /// Drops the frames that were asked for and not played yet.
     virtual void stop() = 0;
-    /// Frames heard since the last start.
+    /// Stopped: closes the device until the next `prepare`.
+    virtual void release() {}
+    /// Frames played since the last start. May run ahead of the sound by as much as `queueTime`.
     [[nodiscard]] virtual std::uint64_t playedFrames() const = 0;
+    /// How long it may take until what `render` gave is played.
+    [[nodiscard]] virtual std::chrono::milliseconds queueTime() const { return {}; }
     /// Frames may have come that `isReady` waits for. Any thread.
     virtual void wake() {}
 };

@@ -4,7 +4,6 @@
 #include "platform/bass/output/ThreadOutput.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <pthread.h>
 #include <string_view>
@@ -14,14 +13,16 @@ namespace {
 
 using namespace std::chrono_literals;
 
-using Clock = std::chrono::steady_clock;
-
 constexpr auto firstRetry = 50ms;
-constexpr auto longestRetry = 2000ms;
+constexpr auto maxRetry = 1000ms;
+/// A device that is lost so soon after its start is retried with back-off, as one that does not open.
+constexpr auto unstableTime = 2000ms;
+/// A prepared device that is not started is kept for this long: a seek or a skip takes less.
+constexpr auto keepPrepared = 1000ms;
 
-std::unique_ptr<Output> openOutput(std::function<void()> onFailure) {
+std::unique_ptr<Output> makeOutput(std::function<void()> onFailure) {
     const char* replacement = std::getenv("TUL_AUDIO");
-    if (!replacement || !*replacement) return CubebOutput::open(std::move(onFailure));
+    if (!replacement || !*replacement) return std::make_unique<CubebOutput>(std::move(onFailure));
     const std::string_view name = replacement;
     if (name == "null") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::realTime);
     if (name == "fast") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::decoding);
@@ -32,29 +33,43 @@ std::unique_ptr<Output> openOutput(std::function<void()> onFailure) {
 } // namespace
 
 OutputControl::OutputControl(Mixer& mixer, std::function<void(std::uint64_t)> rewind)
-    : m_mixer(mixer), m_rewind(std::move(rewind)) {}
+    : m_mixer(mixer), m_rewind(std::move(rewind)), m_retry(firstRetry) {}
 
 OutputControl::~OutputControl() {
-    close();
-}
-
-void OutputControl::close() {
     if (!m_thread.joinable()) return;
     m_thread.request_stop();
     m_wake.release();
     m_thread.join();
-    if (m_output) m_output->stop();
 }
 
 bool OutputControl::open() {
-    m_output = openOutput([this] { deviceLost(); });
+    m_output = makeOutput([this] { deviceLost(); });
     if (!m_output) return false;
     m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
     return true;
 }
 
+bool OutputControl::close(std::chrono::milliseconds limit) {
+    if (!m_thread.joinable()) return true;
+    m_thread.request_stop();
+    m_wake.release();
+    if (!m_ended.try_acquire_for(limit)) return false;
+    m_thread.join();
+    return true;
+}
+
+void OutputControl::prepare() {
+    m_prepare = true;
+    m_wake.release();
+}
+
 void OutputControl::dropQueued() {
-    m_fresh = true;
+    m_flush = true;
+}
+
+void OutputControl::flush() {
+    m_flush = true;
+    m_wake.release();
 }
 
 void OutputControl::changed() {
@@ -72,72 +87,110 @@ void OutputControl::wakeOutput() {
 
 std::uint64_t OutputControl::playedFrame() {
     const std::lock_guard lock(m_mutex);
-    if (m_running) noteHeard();
-    return m_lastHeard;
+    if (m_running) notePlayed();
+    return m_lastPlayed;
 }
 
-void OutputControl::noteHeard() {
+void OutputControl::notePlayed() {
     const std::uint64_t played = m_startedAt + m_output->playedFrames();
-    m_lastHeard = std::max(m_lastHeard, std::min(played, m_mixer.mixedFrames()));
+    m_lastPlayed = std::max(m_lastPlayed, std::min(played, m_mixer.mixedFrames()));
 }
+
+// ---- control thread ----
 
 void OutputControl::run(const std::stop_token& stop) {
     pthread_setname_np(pthread_self(), "tul-control");
-    auto retry = firstRetry;
-    auto lastStart = Clock::time_point();
-    bool waiting = false;
     while (true) {
-        if (waiting) {
-            static_cast<void>(m_wake.try_acquire_for(retry));
+        if (m_wakeAt) {
+            static_cast<void>(m_wake.try_acquire_until(*m_wakeAt));
         } else {
             m_wake.acquire();
         }
-        if (stop.stop_requested()) return;
-        const bool fresh = m_fresh.exchange(false);
-        const bool lost = m_lost.exchange(false);
-        const bool wanted = m_mixer.attachedCount() > 0;
-        if (fresh || lost || !wanted) stopOutput();
-        // A device that is lost as soon as it runs is waited for, as one that does not open.
-        const bool tooSoon = lost && Clock::now() < lastStart + longestRetry;
-        waiting = wanted && (tooSoon || !startOutput());
-        if (waiting) {
-            retry = std::min(retry * 2, longestRetry);
-        } else if (Clock::now() > lastStart + longestRetry) {
-            retry = firstRetry;
-        }
-        if (!waiting) lastStart = Clock::now();
+        if (stop.stop_requested()) break;
+        m_wakeAt.reset();
+        update();
     }
+    stopOutput();
+    m_output->release();
+    m_ended.release();
+}
+
+void OutputControl::update() {
+    const bool flush = m_flush.exchange(false);
+    const bool lost = m_lost.exchange(false);
+    const bool expected = m_prepare.exchange(false) || flush;
+    if (flush || lost) stopOutput();
+    if (lost) m_output->release();
+    if (m_mixer.attachedCount() > 0) return keepRunning(lost);
+    m_running ? playOut() : rest(expected);
+}
+
+void OutputControl::keepRunning(bool lost) {
+    m_emptySince.reset();
+    const bool unstable = lost && Clock::now() < m_lastStart + unstableTime;
+    if (!unstable && startOutput()) return;
+    m_wakeAt = Clock::now() + m_retry;
+    m_retry = std::min<std::chrono::milliseconds>(m_retry * 2, maxRetry);
+}
+
+/// The played position that ended the last channel may be ahead of the sound.
+void OutputControl::playOut() {
+    const auto now = Clock::now();
+    if (!m_emptySince) m_emptySince = now;
+    const auto end = *m_emptySince + m_output->queueTime();
+    if (now < end) {
+        m_wakeAt = end;
+        return;
+    }
+    m_emptySince.reset();
+    stopOutput();
+    m_output->release();
+}
+
+void OutputControl::rest(bool expected) {
+    const auto now = Clock::now();
+    if (expected && m_output->prepare(m_mixer)) m_emptySince = now;
+    if (!m_emptySince) return;
+    const auto end = *m_emptySince + keepPrepared;
+    if (now < end) {
+        m_wakeAt = end;
+        return;
+    }
+    m_emptySince.reset();
+    m_output->release();
+}
+
+bool OutputControl::startOutput() {
+    if (m_running) return true;
+    // Both unlocked: who asks for the position does not wait for a device that is slow to open.
+    if (!m_output->prepare(m_mixer)) return false;
+    const std::uint64_t mixed = m_mixer.mixedFrames();
+    if (!m_output->start()) return false;
+    const auto now = Clock::now();
+    if (now > m_lastStart + unstableTime) m_retry = firstRetry;
+    m_lastStart = now;
+    const std::lock_guard lock(m_mutex);
+    m_startedAt = mixed;
+    m_running = true;
+    return true;
 }
 
 void OutputControl::stopOutput() {
     {
         const std::lock_guard lock(m_mutex);
         if (!m_running) return;
-        noteHeard();
+        notePlayed();
         m_running = false;
     }
     // Unlocked: who asks for the position does not wait for a server that does not answer.
     m_output->stop();
-    std::uint64_t heard = 0;
+    std::uint64_t played = 0;
     {
         const std::lock_guard lock(m_mutex);
-        noteHeard(); // an output without a queue has been heard as far as it was filled
-        heard = m_lastHeard;
+        notePlayed(); // an output without a queue has played as far as it was filled
+        played = m_lastPlayed;
     }
-    m_rewind(heard);
-}
-
-bool OutputControl::startOutput() {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_running) return true;
-    }
-    // Unlocked: who asks for the position does not wait for a device that is slow to open.
-    if (!m_output->prepare(m_mixer)) return false;
-    const std::lock_guard lock(m_mutex);
-    m_startedAt = m_mixer.mixedFrames();
-    m_running = m_output->start();
-    return m_running;
+    m_rewind(played);
 }
 
 } // namespace bass

@@ -4,49 +4,65 @@
 #include "platform/bass/output/Output.h"
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <semaphore>
 #include <thread>
 
 namespace bass {
 
-/// Runs the device while a channel is attached, restarts it where what is queued must not be heard, and opens
-/// it again, with back-off, when it is lost.
+/// Runs the device while a channel is attached, restarts it where what is queued must not be played, and
+/// opens it, with back-off, until there is one, and again when it is lost.
 ///
-/// Threads: its own, "tul-control", makes every start and stop. All public calls may come from any thread but
-/// the audio thread, `deviceLost` from any at all. Lock order: a channel's lock before `m_mutex`.
+/// Threads: its own, "tul-control", makes every call of the device; one that a sound server leaves without an
+/// answer keeps only this thread waiting. All public calls may come from any thread but the audio thread,
+/// `deviceLost` from any at all; none of them waits for the device but `close`. Lock order: a channel's lock
+/// before `m_mutex`.
 class OutputControl {
 public:
     /// `rewind` is called on the control thread, with the device stopped, when mixed frames past the given
-    /// frame of the device's timeline will not be heard.
+    /// frame of the device's timeline will not be played.
     OutputControl(Mixer& mixer, std::function<void(std::uint64_t played)> rewind);
+    /// Waits for the control thread, for as long as that may take: see `close`.
     ~OutputControl();
 
-    /// To be called once, before anything else. False when there is no output.
+    /// To be called once, before anything else. False when no device could ever be opened.
     [[nodiscard]] bool open();
+    /// Stops and releases the device for good. False when a sound server does not let go of it within
+    /// `limit`: then the control thread goes on waiting, and this object must never be destroyed.
+    bool close(std::chrono::milliseconds limit);
 
-    /// Stops the device for good.
-    void close();
-
-    /// What is queued in the device is not to be waited for at the next change. To be said before a channel
+    /// A channel is going to be attached: opens the device meanwhile.
+    void prepare();
+    /// What is queued in the device is not to be waited for at the next change. To be called before a channel
     /// is attached.
     void dropQueued();
-    /// Attached channels came or went.
+    /// Stops the device at once (a seek, a pause, a channel freed while it plays), calls `rewind`, and
+    /// prepares the next start. The device starts again when a channel is attached, which may still be so.
+    void flush();
+    /// Attached channels came or went. After the last one has gone, what is queued is played to its end.
     void changed();
     void deviceLost();
     /// New frames are there for the mixer.
     void wakeOutput();
 
-    /// The frame of the device's timeline that is being heard. Never goes back.
+    /// The frame of the device's timeline that is being played. Never goes back.
     std::uint64_t playedFrame();
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     void run(const std::stop_token& stop);
-    void noteHeard(); ///< With m_mutex held.
-    void stopOutput();
+    void update();
+    void keepRunning(bool lost);
+    void playOut();
+    void rest(bool expected);
     bool startOutput();
+    void stopOutput();
+    void notePlayed(); ///< With m_mutex held.
 
     Mixer& m_mixer;
     std::function<void(std::uint64_t)> m_rewind;
@@ -56,11 +72,20 @@ private:
     /// Guarded by m_mutex, as the two below. While it is false, the output is the control thread's alone.
     bool m_running = false;
     std::uint64_t m_startedAt = 0; ///< Frame of the timeline at the output's last start.
-    std::uint64_t m_lastHeard = 0;
+    std::uint64_t m_lastPlayed = 0;
 
-    std::atomic<bool> m_fresh{false};
+    std::atomic<bool> m_prepare{false};
+    std::atomic<bool> m_flush{false};
     std::atomic<bool> m_lost{false};
     std::counting_semaphore<> m_wake{0};
+    std::binary_semaphore m_ended{0};
+
+    // The control thread's.
+    std::optional<Clock::time_point> m_wakeAt; ///< None: only a change wakes it.
+    std::optional<Clock::time_point> m_emptySince;
+    Clock::time_point m_lastStart;
+    std::chrono::milliseconds m_retry;
+
     std::jthread m_thread;
 };
 
