@@ -8,6 +8,9 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
+#include <map>
+#include <strings.h>
 
 namespace {
 
@@ -19,9 +22,20 @@ std::shared_ptr<bass::Channel> find(DWORD handle) {
     return Library::instance().find(handle);
 }
 
+/// Provisional: streams that could not be opened, with their status.
+std::map<DWORD, DWORD> failedStreams;
+HSTREAM orFailed(HSTREAM handle, DWORD status) {
+    if (handle != 0) return handle;
+    const DWORD failed = 0x70000000 + static_cast<DWORD>(failedStreams.size());
+    failedStreams[failed] = status;
+    return failed;
+}
+
 HSTREAM openFile(BOOL mem, const void* file, QWORD offset, QWORD length, bass::Format format) {
     if (mem || !file || offset != 0 || length != 0) return 0;
-    return Library::instance().add(bass::openFile(static_cast<const char*>(file), format));
+    const char* path = static_cast<const char*>(file);
+    return orFailed(Library::instance().add(bass::openFile(path, format)),
+                    std::filesystem::exists(path) ? BASS_STREAM_NO_AUDIO : BASS_STREAM_NOT_FOUND);
 }
 
 bool isAttribute(DWORD attribute) {
@@ -61,7 +75,18 @@ HSTREAM BASS_WV_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD
 
 HSTREAM BASS_StreamCreateURL(const char* url, DWORD offset, DWORD flags, DOWNLOADPROC* proc, void* /*user*/) {
     if (!url || offset != 0 || flags != 0 || proc) return 0;
-    return Library::instance().add(bass::openUrl(url));
+    if (strncasecmp(url, "http", 4) != 0) return 0;
+    return orFailed(Library::instance().add(bass::openUrl(url)), BASS_STREAM_REFUSED);
+}
+
+DWORD BASS_StreamGetStatus(HSTREAM handle, DWORD* /*httpStatus*/) {
+    if (find(handle)) return BASS_STREAM_OPEN;
+    const auto failed = failedStreams.find(handle);
+    return failed == failedStreams.end() ? BASS_STREAM_NONE : failed->second;
+}
+
+BOOL BASS_ChannelSetNext(DWORD /*handle*/, DWORD /*kind*/, const char* /*source*/) {
+    return 1;
 }
 
 BOOL BASS_StreamFree(HSTREAM handle) {
