@@ -31,7 +31,8 @@ DemoRun::DemoRun(FenAppDelegate& delegate, QString screenshot)
 
 void DemoRun::look() {
     const TulStream* stream = m_delegate.player->stream.get();
-    if (stream && stream->handle != 0 && m_lastHandle != stream->handle) announceTrack();
+    const bool plays = m_delegate.player->playbackState() == TulPlaybackState::playing;
+    if (plays && m_lastHandle != stream->handle) announceTrack();
     if (!m_photographed && m_running.elapsed() > screenshotAtMs) takeScreenshot();
     const bool playedOnce = m_started > m_delegate.player->playlist->entryCount();
     if (playedOnce || m_running.elapsed() > longestMs) finish();

@@ -92,6 +92,7 @@ void FenAppDelegate::performFastUpdate() {
 }
 
 void FenAppDelegate::performSlowUpdate() {
+    player->update();
     if (player->takeSongChanged()) {
         playerController->handleSongChange();
         coverArtController->updateCoverArt();

@@ -62,6 +62,7 @@ void FenAppDelegate::addFiles(const QStringList& paths) {
 void FenAppDelegate::readEntries(const std::vector<std::string>& sources) {
     app::ReadingDialog::whileShown(*player, *window,
                                    [&] { player->playlist->addEntries(sources, player->readingProgress); });
+    player->prepareNext();
     playlistController->reloadPlaylistData();
 }
 
@@ -125,7 +126,7 @@ void FenAppDelegate::toggleSpectrumAnalyzer() {
 
 void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
     const auto first = addSources(sources);
-    if (!first || player->isPlaying()) return;
+    if (!first || isStarted(player->playbackState())) return;
     player->playlist->selectEntry(*first);
     player->startCurrentEntry();
 }

@@ -2,6 +2,7 @@
 
 #include "app/CoverPicture.h"
 #include "app/DisplayText.h"
+#include "app/FailureText.h"
 #include "app/ImageButton.h"
 #include "app/ImageView.h"
 #include "app/TextField.h"
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -62,30 +64,34 @@ void FenPlayerController::updatePlayerViewFast() {
 }
 
 void FenPlayerController::updatePlayerViewSlow() {
-    // Playing can begin and end without a button: at the end of the list, on a stream that runs dry or is
-    // gone.
-    if (player->isPlaying() != m_showsPlaying) updatePlayPauseButtonState();
+    // Playing can begin and end without a button: at the end of the list, or with a stream that fails.
+    const TulPlaybackState state = player->playbackState();
+    if (isStarted(state) != m_showsPlaying) updatePlayPauseButtonState();
     if (!player->stream) return;
+    if (state == TulPlaybackState::playing && std::exchange(m_announces, false)) announceSong();
+    if (state == TulPlaybackState::failed) return showFailure();
+    if (player->stream->length() != m_shownLength) showLength();
     if (++infoChangeTickCounter == infoChangeTicks) {
         infoChangeTickCounter = 0;
         if (const auto line = app::displayText(player->stream->nextInfoLine()))
             info2View->setStringValue(*line);
     }
     const double position = player->stream->position();
-    if (!statusSlider->isTracking()) statusSlider->setDoubleValue(std::max(position, 0.0));
+    if (m_shownLength > 0 && !statusSlider->isTracking())
+        statusSlider->setDoubleValue(std::max(position, 0.0));
     timeView->setStringValue(app::timeText(position));
 }
 
 void FenPlayerController::handleSongChange() {
     // The stream can have gone again by now: an emptied list, double-clicked.
     if (!player->stream) return;
-    const double length = player->stream->length();
-    statusSlider->setMaxValue(std::max(length, 0.0));
-    statusSlider->setEnabled(length > 0);
+    showLength();
     infoChangeTickCounter = 0;
+    m_showsFailure = false;
+    m_announces = false;
     try {
         showSong();
-        announceSong();
+        m_announces = true;
     } catch (const std::exception&) {
         cocoa::log(QStringLiteral("Faulty info for view"));
         info1View->setStringValue(QStringLiteral("Error"));
@@ -96,16 +102,33 @@ void FenPlayerController::handleSongChange() {
 void FenPlayerController::showSong() {
     info1View->setStringValue(shownText(player->stream->title));
     info2View->setStringValue(shownText(player->stream->artist));
-    lengthView->setStringValue(app::timeText(player->stream->length()));
     updatePlayPauseButtonState();
+}
+
+/// Not known before the source is open, and never of a live stream: the knob then rests at the start.
+void FenPlayerController::showLength() {
+    m_shownLength = player->stream->length();
+    const bool known = m_shownLength > 0;
+    statusSlider->setEnabled(known);
+    statusSlider->setMaxValue(known ? m_shownLength : 1.0);
+    if (!known) statusSlider->setDoubleValue(0.0);
+    lengthView->setStringValue(app::timeText(m_shownLength));
+}
+
+/// The reason takes the title's place, and the title the second line's, until another start.
+void FenPlayerController::showFailure() {
+    if (std::exchange(m_showsFailure, true)) return;
+    showLength();
+    info1View->setStringValue(app::failureText(player->failure(), player->stream->source));
+    info2View->setStringValue(app::displayText(player->stream->title).value_or(QString()));
 }
 
 void FenPlayerController::announceSong() {
     if (player->playlist->entryCount() == 0) return;
     const TulPlaylistEntry& entry = *player->playlist->currentEntry();
     cocoa::UserNotification notification;
-    notification.title = shownText(entry.title);
-    notification.informativeText = shownText(entry.artist);
+    notification.title = app::displayText(entry.title).value_or(QString());
+    notification.informativeText = app::displayText(entry.artist).value_or(QString());
     // The centre shows nothing while the window is active: a picture would be decoded in vain.
     if (QGuiApplication::applicationState() != Qt::ApplicationActive)
         notification.contentImage = app::coverPicture(entry);
@@ -113,7 +136,7 @@ void FenPlayerController::announceSong() {
 }
 
 void FenPlayerController::updatePlayPauseButtonState() {
-    showLook(player->isPlaying());
+    showLook(isStarted(player->playbackState()));
 }
 
 void FenPlayerController::showLook(bool playing) {
@@ -128,7 +151,7 @@ void FenPlayerController::showLook(bool playing) {
 }
 
 void FenPlayerController::playPause() {
-    player->isPlaying() ? player->pause() : player->play();
+    isStarted(player->playbackState()) ? player->pause() : player->play();
     updatePlayPauseButtonState();
 }
 
@@ -147,10 +170,7 @@ void FenPlayerController::statusSliderChange() {
 }
 
 void FenPlayerController::volumeSliderChange() {
-    const bool wasPlaying = player->isPlaying();
     player->setVolume(static_cast<float>(volumeSlider->doubleValue()));
-    // It ends the fade of a pause, and the pause with that.
-    if (!wasPlaying && player->isPlaying()) player->pause();
 }
 
 void FenPlayerController::balanceSliderChange() {

@@ -40,7 +40,7 @@ public:
 
     void updatePlayerViewFast();
     void updatePlayerViewSlow();
-    /// A new entry has started: shows its texts, length and the playing look, and announces it.
+    /// A new entry has started: shows its texts, length and the playing look. It is announced when it plays.
     void handleSongChange();
     void updatePlayPauseButtonState();
 
@@ -54,8 +54,13 @@ public:
 
 private:
     void showSong();
+    void showLength();
+    void showFailure();
     void announceSong();
     void showLook(bool playing);
 
     bool m_showsPlaying = false;
+    bool m_showsFailure = false;
+    bool m_announces = false; ///< As soon as the new entry plays.
+    double m_shownLength = 0.0;
 };

@@ -1,6 +1,7 @@
 #include "app/FenPlaylistController.h"
 
 #include "app/DisplayText.h"
+#include "app/FailureText.h"
 #include "app/ReadingDialog.h"
 #include "app/Skin.h"
 #include "controls/InternalPlaylistComboBoxCell.h"
@@ -13,6 +14,7 @@
 #include <QLineEdit>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -74,6 +76,9 @@ void FenPlaylistController::reloadPlaylistData() {
 }
 
 void FenPlaylistController::updatePlaylistViewSlow() {
+    // An entry that begins to play or fails changes its row.
+    const TulPlaybackState state = player->playbackState();
+    if (playlistView && std::exchange(m_shownState, state) != state) playlistView->viewport()->update();
     if (!player->stream) return;
     const std::int32_t current = player->playlist->currentIndex;
     if (current == lastPlaylistEntry) return;
@@ -96,8 +101,10 @@ void FenPlaylistController::willDisplayCell(cocoa::TextFieldCell& cell, int row)
     const TulPlaylistEntry& entry = *player->playlist->entryAt(row);
     entryCell.setTrackNumber(row + 1);
     entryCell.setInfo1(app::displayText(entry.title));
-    entryCell.setInfo2(app::displayText(entry.artistAlbum));
-    entryCell.setLengthInfo(app::timeText(entry.length));
+    const QString failure = failureOf(row);
+    entryCell.setFailed(!failure.isEmpty());
+    entryCell.setInfo2(failure.isEmpty() ? app::displayText(entry.artistAlbum) : failure);
+    entryCell.setLengthInfo(failure.isEmpty() ? app::timeText(entry.length) : QString());
     entryCell.setActive(entry.active);
     entryCell.setPlayIcon(cocoa::Image::named(QStringLiteral("playlist_play_icon")));
     entryCell.setBackgroundColor(rowColour(playlistView->selectedRowIndexes().contains(row)));
@@ -106,6 +113,16 @@ void FenPlaylistController::willDisplayCell(cocoa::TextFieldCell& cell, int row)
 
 double FenPlaylistController::heightOfRow(int /*row*/) {
     return rowHeight;
+}
+
+QString FenPlaylistController::toolTipForCell(int row) {
+    return failureOf(row);
+}
+
+/// Empty for an entry that is not known to fail.
+QString FenPlaylistController::failureOf(int row) const {
+    const TulPlaylistEntry& entry = *player->playlist->entryAt(row);
+    return app::failureText(entry.failure, entry.source);
 }
 
 void FenPlaylistController::doubleClick() {
@@ -129,6 +146,7 @@ bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int 
                                        cocoa::DropOperation /*operation*/) {
     const auto source = pasteboard.stringForType(draggedType);
     if (source) player->playlist->moveEntries(source->toInt(), row);
+    player->prepareNext();
     // The list's order has changed under the table; the moved entry stays the one that is marked.
     playlistView->selectRowIndexes({std::min(row, numberOfRowsInTableView() - 1)});
     playlistView->viewport()->update();

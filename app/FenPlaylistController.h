@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+enum class TulPlaybackState;
+
 namespace cocoa {
 class ComboBox;
 class TableView;
@@ -36,6 +38,7 @@ public:
     QVariant objectValueForTableColumn(int row) override;
     void willDisplayCell(cocoa::TextFieldCell& cell, int row) override;
     double heightOfRow(int row) override;
+    QString toolTipForCell(int row) override;
     void doubleClick();
 
     bool writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) override;
@@ -53,4 +56,7 @@ protected:
 
 private:
     void setUpTable();
+    QString failureOf(int row) const;
+
+    TulPlaybackState m_shownState{};
 };

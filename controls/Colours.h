@@ -15,4 +15,14 @@ inline QColor yellow() {
     return QColor::fromRgbF(0.973F, 0.906F, 0.11F);
 }
 
+/// The mark and the reason of a row that does not play; used for nothing else.
+inline QColor red() {
+    return {0xe2, 0x79, 0x5a};
+}
+
+/// Text of a row that does not play.
+inline QColor grey() {
+    return {0x5c, 0x6b, 0x7d};
+}
+
 } // namespace colours

@@ -28,6 +28,12 @@ QFont textFont() {
     return roboto(10, QFont::Normal);
 }
 
+std::optional<AttributedString> attributed(const PlaylistEntryCell::Text& text, const QColor& colour,
+                                           const QFont& font) {
+    if (!text) return std::nullopt;
+    return AttributedString{*text, colour, font};
+}
+
 QRectF textRect(const QRectF& frame, const QPointF& origin, const std::optional<AttributedString>& text) {
     const QSizeF size = text ? text->size() : QSizeF(0.0, 0.0);
     const double room = std::max(0.0, frame.x() + frame.width() - origin.x());
@@ -37,29 +43,26 @@ QRectF textRect(const QRectF& frame, const QPointF& origin, const std::optional<
 } // namespace
 
 QColor PlaylistEntryCell::getTextColour() const {
-    return m_active ? colours::yellow() : colours::blue();
-}
-
-std::optional<AttributedString> PlaylistEntryCell::attributed(const Text& text, const QFont& font) const {
-    if (!text) return std::nullopt;
-    return AttributedString{*text, getTextColour(), font};
+    if (m_active) return colours::yellow();
+    return m_failed ? colours::grey() : colours::blue();
 }
 
 std::optional<AttributedString> PlaylistEntryCell::attributedInfo1Value() const {
-    return attributed(m_info1, titleFont());
+    return attributed(m_info1, getTextColour(), titleFont());
 }
 
 std::optional<AttributedString> PlaylistEntryCell::attributedInfo2Value() const {
-    return attributed(m_info2, textFont());
+    return attributed(m_info2, m_failed ? colours::red() : getTextColour(), textFont());
 }
 
 std::optional<AttributedString> PlaylistEntryCell::attributedTrackNumberValue() const {
     if (m_trackNumber == 0) return std::nullopt;
-    return attributed(QString::asprintf("%02lld", static_cast<long long>(m_trackNumber)), textFont());
+    return attributed(QString::asprintf("%02lld", static_cast<long long>(m_trackNumber)), getTextColour(),
+                      textFont());
 }
 
 std::optional<AttributedString> PlaylistEntryCell::attributedLengthInfoValue() const {
-    return attributed(m_lengthInfo, textFont());
+    return attributed(m_lengthInfo, getTextColour(), textFont());
 }
 
 QRectF PlaylistEntryCell::trackNumberRectForBounds(const QRectF& frame) const {
@@ -83,13 +86,20 @@ QRectF PlaylistEntryCell::playIconRectForBounds(const QRectF& frame) const {
     return {frame.x() + frame.width() - 53.0, frame.y() + 13.0, 6.0, 8.0};
 }
 
+QRectF PlaylistEntryCell::failureMarkRectForBounds(const QRectF& frame) const {
+    return {frame.x() + frame.width() - 54.0, frame.y() + 11.5, 10.0, 10.0};
+}
+
 QRectF PlaylistEntryCell::lineRectForBounds(const QRectF& frame) const {
     return {0.0, frame.y() + frame.height(), frame.width() + 5.0, 1.0};
 }
 
 void PlaylistEntryCell::drawInteriorWithFrame(QPainter& painter, const QRectF& frame) {
     if (backgroundColor().isValid()) painter.fillRect(frame, backgroundColor());
-    if (m_active) m_playIcon.drawInRect(painter, playIconRectForBounds(frame));
+    if (m_failed)
+        drawFailureMark(painter, frame);
+    else if (m_active)
+        m_playIcon.drawInRect(painter, playIconRectForBounds(frame));
 
     const auto draw = [&](const std::optional<AttributedString>& text, const QRectF& rect) {
         if (text && !text->text.isEmpty()) text->drawInRect(painter, rect);
@@ -100,6 +110,16 @@ void PlaylistEntryCell::drawInteriorWithFrame(QPainter& painter, const QRectF& f
     draw(attributedLengthInfoValue(), lengthInfoRectForBounds(frame));
 
     painter.fillRect(lineRectForBounds(frame), colours::blue());
+}
+
+/// A circle with a stroke through it.
+void PlaylistEntryCell::drawFailureMark(QPainter& painter, const QRectF& frame) const {
+    const QRectF circle = failureMarkRectForBounds(frame).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QPointF reach(3.0, -3.0);
+    painter.setPen(QPen(colours::red(), 1.3));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(circle);
+    painter.drawLine(circle.center() - reach, circle.center() + reach);
 }
 
 QString PlaylistEntryCell::accessibilityLabel() const {

@@ -9,9 +9,9 @@
 #include <optional>
 
 /// One row of the playlist: number, title over a second line, length, and a play icon in the current entry's
-/// row. It keeps no reference to the playlist: the page fills it, and gives it a background colour, before
-/// each row. All rectangles are in points with y growing downward. A text that is absent (nullopt) draws
-/// nothing.
+/// row or a mark in that of one which does not play. It keeps no reference to the playlist: the page fills
+/// it, and gives it a background colour, before each row. All rectangles are in points with y growing
+/// downward. A text that is absent (nullopt) draws nothing.
 ///
 /// Threads: main thread only.
 class PlaylistEntryCell : public cocoa::TextFieldCell {
@@ -21,6 +21,10 @@ public:
     /// True for the row of the current entry: its texts are yellow and it shows the play icon.
     bool active() const { return m_active; }
     void setActive(bool active) { m_active = active; }
+
+    /// True for a row that does not play: it shows a mark, and its second line, which tells why, is red.
+    bool failed() const { return m_failed; }
+    void setFailed(bool failed) { m_failed = failed; }
 
     /// Shown with two digits at least; 0 shows nothing.
     std::int64_t trackNumber() const { return m_trackNumber; }
@@ -53,6 +57,7 @@ public:
     QRectF info2RectForBounds(const QRectF& frame) const;
     QRectF lengthInfoRectForBounds(const QRectF& frame) const;
     QRectF playIconRectForBounds(const QRectF& frame) const;
+    QRectF failureMarkRectForBounds(const QRectF& frame) const;
     /// Directly below the frame, from the view's left edge.
     QRectF lineRectForBounds(const QRectF& frame) const;
 
@@ -65,9 +70,10 @@ public:
     std::unique_ptr<PlaylistEntryCell> copyWithZone() const;
 
 private:
-    std::optional<AttributedString> attributed(const Text& text, const QFont& font) const;
+    void drawFailureMark(QPainter& painter, const QRectF& frame) const;
 
     bool m_active = false;
+    bool m_failed = false;
     std::int64_t m_trackNumber = 0;
     Text m_info1;
     Text m_info2;

@@ -54,10 +54,8 @@ MprisPlayer::MprisPlayer(QObject& service, FenAppDelegate& delegate)
 void MprisPlayer::announceChanges() {
     const bool sameTrack = handle() == m_handle;
     if (!sameTrack) takeCover();
-    if (player().isPlaying()) m_stopped = false;
 
-    const bool wasPlaying = m_told.value(QStringLiteral("PlaybackStatus")) == QStringLiteral("Playing");
-    const qlonglong played = wasPlaying ? m_since.nsecsElapsed() / 1000 : 0;
+    const qlonglong played = m_advanced ? m_since.nsecsElapsed() / 1000 : 0;
     const qlonglong strayed = position() - m_position - played;
     noteTime();
 
@@ -90,6 +88,7 @@ QVariantMap MprisPlayer::properties() const {
 void MprisPlayer::noteTime() {
     m_handle = handle();
     m_position = position();
+    m_advanced = player().playbackState() == TulPlaybackState::playing;
     m_since.restart();
 }
 
@@ -120,8 +119,11 @@ QDBusObjectPath MprisPlayer::trackId() const {
 }
 
 QString MprisPlayer::playbackStatus() const {
-    if (player().isPlaying()) return QStringLiteral("Playing");
-    return m_stopped || position() == 0 ? QStringLiteral("Stopped") : QStringLiteral("Paused");
+    const TulPlaybackState state = player().playbackState();
+    if (isStarted(state)) return QStringLiteral("Playing");
+    const bool pauses =
+        state == TulPlaybackState::fadingOut && player().request() == TulPlaybackRequest::pause;
+    return pauses || state == TulPlaybackState::paused ? QStringLiteral("Paused") : QStringLiteral("Stopped");
 }
 
 QVariantMap MprisPlayer::metadata() const {
@@ -181,22 +183,20 @@ void MprisPlayer::Previous() {
 }
 
 void MprisPlayer::Pause() {
-    if (player().isPlaying()) PlayPause();
+    if (isStarted(player().playbackState())) PlayPause();
 }
 
 void MprisPlayer::Play() {
-    if (!player().isPlaying()) PlayPause();
+    if (!isStarted(player().playbackState())) PlayPause();
 }
 
 void MprisPlayer::PlayPause() {
-    if (m_stopped && player().stream) player().stream->seek(0.0);
     m_delegate.playerController->playPause();
     announceChanges();
 }
 
 void MprisPlayer::Stop() {
     player().stop();
-    m_stopped = true;
     m_delegate.playerController->updatePlayPauseButtonState();
     announceChanges();
 }
@@ -215,7 +215,6 @@ void MprisPlayer::SetPosition(const QDBusObjectPath& track, qlonglong position) 
 
 void MprisPlayer::moveTo(qlonglong position) {
     player().stream->seek(static_cast<double>(position) / microsecondsPerSecond);
-    m_stopped = false;
     noteTime();
     Q_EMIT Seeked(m_position);
 }

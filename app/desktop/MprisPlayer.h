@@ -87,11 +87,10 @@ private:
     QVariantMap m_told;
     /// The current entry's picture, for programs that show it; null when it has none.
     std::unique_ptr<QTemporaryFile> m_cover;
-    /// Asked to: the position tells nothing then, the start of the track is heard while it fades out.
-    bool m_stopped = false;
     std::vector<std::string> m_waiting; ///< To be opened.
     std::uint32_t m_handle = 0;         ///< Of the stream that was told.
     qlonglong m_position = 0;           ///< When `m_since` began.
+    bool m_advanced = false;            ///< The position moved by itself then.
     QElapsedTimer m_since;
 };
 

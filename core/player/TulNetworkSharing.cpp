@@ -18,6 +18,7 @@ TulNetworkSharing::~TulNetworkSharing() {
 }
 
 std::int32_t TulNetworkSharing::start(const TulStream& stream) {
+    dropDeadEncoder();
     if (encoder != 0) {
         BASS_Encode_SetChannel(encoder, stream.handle);
     } else {
@@ -31,6 +32,10 @@ void TulNetworkSharing::stop() {
     BASS_Encode_Stop(encoder);
     encoder = 0;
     port = 0;
+}
+
+void TulNetworkSharing::dropDeadEncoder() {
+    if (encoder != 0 && !isActive()) stop();
 }
 
 bool TulNetworkSharing::isActive() const {

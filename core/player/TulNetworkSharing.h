@@ -27,6 +27,8 @@ public:
     std::int32_t start(const TulStream& stream);
     /// Ends encoder and server, and drops the listeners. A later start makes new ones.
     void stop();
+    /// Stops when the encoder has died by itself: nothing is shared then, and the next start makes a new one.
+    void dropDeadEncoder();
     /// Whether the encoder runs.
     [[nodiscard]] bool isActive() const;
 };

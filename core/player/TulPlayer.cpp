@@ -47,6 +47,13 @@ void TulPlayer::setStorePath(const std::string& path) {
 }
 
 void TulPlayer::startCurrentEntry() {
+    m_request = TulPlaybackRequest::play;
+    m_skipsFailures = false;
+    startEntry();
+}
+
+/// What was asked for while the last track faded out holds for its successor.
+void TulPlayer::startEntry() {
     stream.reset();
     if (playlist->entryCount() == 0) return;
 
@@ -56,6 +63,7 @@ void TulPlayer::startCurrentEntry() {
     stream->artist = entry.artist;
     stream->album = entry.album;
     stream->open(entry.source);
+    if (m_request == TulPlaybackRequest::pause) stream->holdAtStart();
     stream->setEndSync(&TulPlayer::onStreamEnded);
     stream->setVolume(volume);
     stream->setBalance(balance);
@@ -63,16 +71,51 @@ void TulPlayer::startCurrentEntry() {
     if (!entry.active) playlist->selectEntry(playlist->currentIndex);
     entry.loadCoverArt();
     songChanged = true;
+    prepareNext();
+    // Nothing reports the end of a stream that failed before its end sync was set.
+    if (stream->failure()) onStreamEnded(0, stream->handle, 0, nullptr);
+}
+
+void TulPlayer::prepareNext() {
+    if (!stream) return;
+    const bool endsHere = playlist->entryCount() == 0 || m_request == TulPlaybackRequest::stop;
+    stream->setNext(endsHere ? std::string() : playlist->followingEntry()->source);
+}
+
+void TulPlayer::update() {
+    networkSharing->dropDeadEncoder();
+    prepareNext();
+    const TulPlaybackState state = playbackState();
+    if (state == TulPlaybackState::playing) markCurrentEntry({});
+    // The end of a fade paused it just as it was resumed.
+    if (state == TulPlaybackState::paused && m_request == TulPlaybackRequest::play) stream->play();
+}
+
+TulPlaybackState TulPlayer::playbackState() const {
+    if (!stream) return ::playbackState({});
+    return ::playbackState({.hasStream = true,
+                            .failure = stream->failure(),
+                            .connecting = stream->isConnecting(),
+                            .active = stream->active(),
+                            .request = m_request});
+}
+
+TulFailure TulPlayer::failure() const {
+    return stream ? stream->failure() : TulFailure{};
 }
 
 void TulPlayer::play() {
-    if (!stream) return startCurrentEntry();
+    if (!stream || stream->failure()) return startCurrentEntry();
+    m_request = TulPlaybackRequest::play;
+    prepareNext();
     stream->setVolume(volume); // a pause has left it at 0
     stream->play();
 }
 
 void TulPlayer::pause() {
-    if (stream) stream->fadeOutAndPause();
+    if (!isStarted(playbackState())) return;
+    m_request = TulPlaybackRequest::pause;
+    stream->fadeOutAndPause();
 }
 
 bool TulPlayer::isPlaying() const {
@@ -89,14 +132,15 @@ void TulPlayer::previous() {
 
 void TulPlayer::stop() {
     if (!stream) return;
-    stream->fadeOutAndPause();
-    stream->seek(0.0);
+    m_request = TulPlaybackRequest::stop;
+    prepareNext();
+    stream->fadeOutAndStop();
 }
 
 void TulPlayer::restartCurrent() {
     if (!stream) return;
     stream->seek(0.0);
-    stream->play();
+    play();
 }
 
 void TulPlayer::onStreamEnded(HSYNC /*sync*/, DWORD channel, DWORD /*data*/, void* /*user*/) {
@@ -115,11 +159,38 @@ void TulPlayer::onStreamEnded(HSYNC /*sync*/, DWORD channel, DWORD /*data*/, voi
 /// Only the end of the stream that is there now counts: a command may have replaced it meanwhile.
 void TulPlayer::streamEnded(HSTREAM ended) {
     if (!stream || stream->handle != ended) return;
-    playlist->entryCount() == 0 ? stop() : next();
+    if (const TulFailure failure = stream->failure()) {
+        markCurrentEntry(failure);
+        if (!goesOnAfter(failure)) return;
+    } else {
+        m_failedInARow = 0;
+    }
+    if (playlist->entryCount() == 0 || m_request == TulPlaybackRequest::stop) return stop();
+    playlist->nextEntry();
+    m_skipsFailures = true;
+    startEntry();
+}
+
+/// What the user selected stays, and so does what was paused. What follows a track by itself is skipped,
+/// until every entry has been tried.
+bool TulPlayer::goesOnAfter(const TulFailure& failure) {
+    if (failure.kind == TulFailure::Kind::lost) {
+        m_failedInARow = 0; // it has played
+        return m_request == TulPlaybackRequest::play;
+    }
+    return m_skipsFailures && ++m_failedInARow < playlist->entryCount();
+}
+
+/// Nothing when the list has no longer the entry that the stream was started for.
+void TulPlayer::markCurrentEntry(const TulFailure& failure) {
+    if (playlist->entryCount() == 0) return;
+    TulPlaylistEntry& entry = *playlist->currentEntry();
+    if (entry.source == stream->source) entry.failure = failure;
 }
 
 void TulPlayer::setVolume(float newVolume) {
-    if (stream) stream->setVolume(newVolume);
+    // Setting it would end a fade; play() sets it again.
+    if (stream && playbackState() != TulPlaybackState::fadingOut) stream->setVolume(newVolume);
     volume = newVolume;
 }
 
@@ -130,7 +201,8 @@ void TulPlayer::setBalance(float newBalance) {
 
 void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
     playlist = std::move(newPlaylist);
-    if (playlist->entryCount() > 0) startCurrentEntry();
+    if (playlist->entryCount() > 0) return startCurrentEntry();
+    prepareNext();
 }
 
 bool TulPlayer::openPlaylist(const std::string& path) {
@@ -153,6 +225,7 @@ void TulPlayer::rememberPlaylist(const std::string& path) {
 
 void TulPlayer::clearPlaylist() {
     playlist = std::make_unique<TulPlaylist>();
+    prepareNext();
 }
 
 void TulPlayer::selectInternalPlaylist(std::int32_t index) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/player/TulPlaybackState.h"
 #include "core/player/TulStream.h"
 #include "core/playlist/ReadingProgress.h"
 #include "core/playlist/TulInternalPlaylistManager.h"
@@ -56,16 +57,23 @@ public:
 
     /// Replaces the stream by one of the playlist's current entry, which starts playing.
     void startCurrentEntry();
+    /// Resumes, or starts the current entry when there is no stream or it has failed.
     void play();
-    /// Fades out, then pauses.
+    /// Fades out, then pauses; what is not started is left alone.
     void pause();
+    /// Plays, with nothing in its way: see playbackState for what to show.
     [[nodiscard]] bool isPlaying() const;
+    [[nodiscard]] TulPlaybackState playbackState() const;
+    [[nodiscard]] TulPlaybackRequest request() const { return m_request; }
+    /// Why the stream does not play, with TulPlaybackState::failed.
+    [[nodiscard]] TulFailure failure() const;
     void next();
     void previous();
-    /// Fades out and goes back to the start of the stream.
+    /// Fades out and goes back to the start of the stream, where play() then begins.
     void stop();
     void restartCurrent();
-    /// Sync callback: the stream on `channel` has been heard to its end.
+    /// Sync callback: the stream on `channel` has been played to its end, or has failed. The next entry
+    /// follows; but an entry that the user started and that failed stays.
     static void onStreamEnded(HSYNC sync, DWORD channel, DWORD data, void* user);
 
     void setVolume(float newVolume);
@@ -82,12 +90,24 @@ public:
     /// Opens one of the internal playlists, unless it is the current one.
     void selectInternalPlaylist(std::int32_t index);
 
+    /// Tells the stream which source follows it. To be called when the playlist was changed; `update` does so
+    /// as well.
+    void prepareNext();
+    /// Follows what happens by itself. To be called now and then, as by the slow timer.
+    void update();
+
     /// Whether an entry has been started since the last call.
     bool takeSongChanged();
 
 private:
+    void startEntry();
     void streamEnded(HSTREAM ended);
+    [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
+    void markCurrentEntry(const TulFailure& failure);
     void rememberPlaylist(const std::string& path);
 
     Executor m_executor;
+    TulPlaybackRequest m_request = TulPlaybackRequest::stop;
+    bool m_skipsFailures = false; ///< The entry was started by the end of another.
+    std::int64_t m_failedInARow = 0;
 };

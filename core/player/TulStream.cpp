@@ -1,22 +1,90 @@
 #include "core/player/TulStream.h"
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
 namespace {
 
 constexpr DWORD fadeOutMs = 300;
 
-HSTREAM createStream(const std::string& source) {
-    if (source.find("http") != std::string::npos)
-        return BASS_StreamCreateURL(source.c_str(), 0, 0, nullptr, nullptr);
-    const auto dot = source.rfind('.');
-    if (dot == std::string::npos) return 0;
+bool containsIgnoringCase(std::string_view text, std::string_view lowerCase) {
+    const auto lower = [](char letter) { return letter >= 'A' && letter <= 'Z' ? letter + 32 : letter; };
+    const auto equal = [&](char letter, char wanted) { return lower(letter) == wanted; };
+    return !std::ranges::search(text, lowerCase, equal).empty();
+}
 
-    const std::string extension = source.substr(dot + 1);
-    auto* create = &BASS_StreamCreateFile;
-    if (extension == "flac") create = &BASS_FLAC_StreamCreateFile;
-    if (extension == "ape") create = &BASS_APE_StreamCreateFile;
-    if (extension == "opus") create = &BASS_OPUS_StreamCreateFile;
-    if (extension == "wv") create = &BASS_WV_StreamCreateFile;
-    return create(0, source.c_str(), 0, 0, BASS_ASYNCFILE);
+/// Whatever contains "http" is an address, and so is one whose scheme is written in capitals.
+bool isNetworkSource(std::string_view source) {
+    return source.find("http") != std::string_view::npos || containsIgnoringCase(source, "http://") ||
+           containsIgnoringCase(source, "https://");
+}
+
+/// One of the BASS_SOURCE_ values; BASS_SOURCE_NONE for what cannot be opened at all.
+DWORD kindOfSource(std::string_view source) {
+    if (isNetworkSource(source)) return BASS_SOURCE_URL;
+    const auto dot = source.rfind('.');
+    if (dot == std::string_view::npos) return BASS_SOURCE_NONE;
+
+    static constexpr std::array<std::pair<std::string_view, DWORD>, 4> decoders{{
+        {"flac", BASS_SOURCE_FLAC},
+        {"ape", BASS_SOURCE_APE},
+        {"opus", BASS_SOURCE_OPUS},
+        {"wv", BASS_SOURCE_WV},
+    }};
+    for (const auto& [extension, kind] : decoders)
+        if (source.substr(dot + 1) == extension) return kind;
+    return BASS_SOURCE_FILE;
+}
+
+HSTREAM createStream(const std::string& source) {
+    const char* name = source.c_str();
+    switch (kindOfSource(source)) {
+    case BASS_SOURCE_URL:
+        return BASS_StreamCreateURL(name, 0, 0, nullptr, nullptr);
+    case BASS_SOURCE_FLAC:
+        return BASS_FLAC_StreamCreateFile(0, name, 0, 0, BASS_ASYNCFILE);
+    case BASS_SOURCE_APE:
+        return BASS_APE_StreamCreateFile(0, name, 0, 0, BASS_ASYNCFILE);
+    case BASS_SOURCE_OPUS:
+        return BASS_OPUS_StreamCreateFile(0, name, 0, 0, BASS_ASYNCFILE);
+    case BASS_SOURCE_WV:
+        return BASS_WV_StreamCreateFile(0, name, 0, 0, BASS_ASYNCFILE);
+    case BASS_SOURCE_FILE:
+        return BASS_StreamCreateFile(0, name, 0, 0, BASS_ASYNCFILE);
+    default:
+        return 0;
+    }
+}
+
+TulFailure::Kind failureKind(DWORD status) {
+    using Kind = TulFailure::Kind;
+    switch (status) {
+    case BASS_STREAM_CONNECTING:
+    case BASS_STREAM_OPEN:
+        return Kind::none;
+    case BASS_STREAM_NOT_FOUND:
+        return Kind::notFound;
+    case BASS_STREAM_UNREADABLE:
+        return Kind::unreadable;
+    case BASS_STREAM_NO_AUDIO:
+        return Kind::noAudio;
+    case BASS_STREAM_NO_NAME:
+        return Kind::nameNotFound;
+    case BASS_STREAM_REFUSED:
+        return Kind::refused;
+    case BASS_STREAM_TIMEOUT:
+        return Kind::timeout;
+    case BASS_STREAM_HTTP_STATUS:
+        return Kind::httpStatus;
+    case BASS_STREAM_CERTIFICATE:
+        return Kind::certificate;
+    case BASS_STREAM_LOST:
+        return Kind::lost;
+    default:
+        return Kind::notOpened;
+    }
 }
 
 float attribute(HSTREAM handle, DWORD which) {
@@ -31,21 +99,42 @@ TulStream::~TulStream() {
     BASS_StreamFree(handle);
 }
 
-void TulStream::open(const std::string& source) {
+void TulStream::open(const std::string& newSource) {
     BASS_StreamFree(handle);
+    source = newSource;
     handle = createStream(source);
     play();
     infoToggle = 1;
 }
 
+void TulStream::holdAtStart() {
+    BASS_ChannelPause(handle);
+    seek(0.0);
+}
+
+void TulStream::setNext(const std::string& next) {
+    if (handle == 0 || m_next == next) return;
+    m_next = next;
+    const DWORD kind = kindOfSource(next);
+    BASS_ChannelSetNext(handle, kind, kind == BASS_SOURCE_NONE ? nullptr : next.c_str());
+}
+
 void TulStream::play() {
+    if (m_startsOver) seek(0.0);
     if (!isActive()) BASS_ChannelPlay(handle, 0);
 }
 
 void TulStream::fadeOutAndPause() {
+    if (active() == BASS_ACTIVE_STALLED) BASS_ChannelPause(handle);
     if (!isActive()) return;
     BASS_ChannelSlideAttribute(handle, BASS_ATTRIB_VOL, 0.0F, fadeOutMs);
     BASS_ChannelSetSync(handle, BASS_SYNC_SLIDE, 0, &TulStream::pause, nullptr);
+}
+
+void TulStream::fadeOutAndStop() {
+    fadeOutAndPause();
+    seek(0.0);
+    m_startsOver = true;
 }
 
 void TulStream::pause(HSYNC /*sync*/, DWORD channel, DWORD /*data*/, void* /*user*/) {
@@ -57,6 +146,7 @@ double TulStream::position() const {
 }
 
 void TulStream::seek(double seconds) {
+    m_startsOver = false;
     BASS_ChannelSetPosition(handle, BASS_ChannelSeconds2Bytes(handle, seconds), BASS_POS_BYTE);
 }
 
@@ -66,6 +156,20 @@ double TulStream::length() const {
 
 void TulStream::setEndSync(SYNCPROC* callback) {
     BASS_ChannelSetSync(handle, BASS_SYNC_END | BASS_SYNC_ONETIME, 0, callback, nullptr);
+}
+
+bool TulStream::isConnecting() const {
+    return BASS_StreamGetStatus(handle, nullptr) == BASS_STREAM_CONNECTING;
+}
+
+TulFailure TulStream::failure() const {
+    TulFailure failure;
+    failure.kind = failureKind(BASS_StreamGetStatus(handle, &failure.httpStatus));
+    return failure;
+}
+
+std::uint32_t TulStream::active() const {
+    return BASS_ChannelIsActive(handle);
 }
 
 bool TulStream::isPlaying() const {
@@ -108,5 +212,5 @@ TulSpectrum TulStream::spectrum() {
 }
 
 bool TulStream::isActive() const {
-    return BASS_ChannelIsActive(handle) == BASS_ACTIVE_PLAYING;
+    return active() == BASS_ACTIVE_PLAYING;
 }

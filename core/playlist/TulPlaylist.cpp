@@ -28,8 +28,16 @@ void TulPlaylist::selectEntry(std::int32_t index) {
 
 TulPlaylistEntry* TulPlaylist::nextEntry() {
     if (entries.empty()) return nullptr;
-    selectEntry(currentIndex + 1 < entryCount() ? currentIndex + 1 : 0);
+    selectEntry(followingIndex());
     return currentEntry();
+}
+
+TulPlaylistEntry* TulPlaylist::followingEntry() const {
+    return entries.empty() ? nullptr : entryAt(followingIndex());
+}
+
+std::int32_t TulPlaylist::followingIndex() const {
+    return currentIndex + 1 < entryCount() ? currentIndex + 1 : 0;
 }
 
 TulPlaylistEntry* TulPlaylist::previousEntry() {

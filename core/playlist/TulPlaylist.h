@@ -28,6 +28,9 @@ public:
     TulPlaylistEntry* nextEntry();
     TulPlaylistEntry* previousEntry();
 
+    /// What nextEntry would select; null when the list is empty.
+    [[nodiscard]] TulPlaylistEntry* followingEntry() const;
+
     /// Appends an entry for a path or an address, with what its tags say.
     void addEntry(const std::string& source);
     /// As addEntry on each, but on all cores.
@@ -40,4 +43,7 @@ public:
     /// Moves one entry so that it ends at index `to`; past the end means the last index. The current index
     /// follows the active entry. An index below 0, or a source outside the list, changes nothing.
     void moveEntries(std::int32_t from, std::int32_t to);
+
+private:
+    [[nodiscard]] std::int32_t followingIndex() const;
 };

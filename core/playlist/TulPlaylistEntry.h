@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/playlist/TulFailure.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -40,6 +42,8 @@ public:
     double length = 0.0;
     /// The entry at its playlist's current index carries the play mark.
     bool active = false;
+    /// Why it did not play when it was tried last. Cleared when it plays.
+    TulFailure failure;
     /// The embedded picture as the file stores it (JPEG, PNG or whatever it is), `coverArtSize` bytes.
     std::unique_ptr<char[]> coverArt;
     /// 0 as long as no picture has been found; set only when `coverArt` is complete.

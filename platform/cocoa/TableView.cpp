@@ -3,10 +3,12 @@
 #include "platform/cocoa/Accessibility.h"
 
 #include <QAccessible>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QToolTip>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -178,6 +180,18 @@ void TableView::paintEvent(QPaintEvent* event) {
     if (!m_heightsChanged) return;
     layOutRows();
     viewport()->update();
+}
+
+bool TableView::viewportEvent(QEvent* event) {
+    if (event->type() != QEvent::ToolTip || m_delegate == nullptr)
+        return QAbstractScrollArea::viewportEvent(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const int row = rowAtPoint(help->pos());
+    const QString text = row < 0 ? QString() : m_delegate->toolTipForCell(row);
+    // A tool tip guesses whether its text is rich; this one leaves no doubt.
+    const QString shown = text.isEmpty() ? text : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
+    QToolTip::showText(help->globalPos(), shown, viewport(), rectOfRow(row).toAlignedRect());
+    return true;
 }
 
 void TableView::resizeEvent(QResizeEvent* event) {

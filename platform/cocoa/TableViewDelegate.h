@@ -13,6 +13,8 @@ public:
     virtual void willDisplayCell(TextFieldCell& cell, int row) = 0;
     /// Points from this row's top to the next one's.
     virtual double heightOfRow(int row);
+    /// What is shown while the pointer rests on a row, as plain text; empty for nothing.
+    virtual QString toolTipForCell(int /*row*/) { return {}; }
 };
 
 } // namespace cocoa

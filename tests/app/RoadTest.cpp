@@ -353,7 +353,7 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     ASSERT_TRUE(bus.registerService(QStringLiteral("org.freedesktop.Notifications")));
     const auto& received = notifications.received;
     const QString last = makeTrack("Elm & Oak.flac", {600}, 100, makeCover());
-    start({makeTrack("Alder.flac", {440}, 12), last});
+    start({makeTrack("Alder.flac", {440}, 12), "/nowhere/gone.flac", last});
     ASSERT_TRUE(hears(440));
     ASSERT_TRUE(Desk::until([&] { return ink(desk.seen(place::title)) > 0; }));
     const QImage firstTitle = desk.seen(place::title);
@@ -362,7 +362,8 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     ASSERT_TRUE(hears(600));
     ASSERT_TRUE(Desk::until([&] { return !received.empty(); }));
     EXPECT_EQ(received.front().application, "Tulplayer");
-    EXPECT_EQ(received.front().title, "Elm & Oak") << "not the song that began before their eyes";
+    EXPECT_EQ(received.front().title, "Elm & Oak")
+        << "neither the song that began before their eyes nor what does not play";
     EXPECT_EQ(received.front().body, "Trees &amp; Co") << "the body is markup";
     EXPECT_EQ(received.front().replaces, 0U);
     EXPECT_EQ(received.front().hints.value("desktop-entry"), "tulplayer");

@@ -10,6 +10,7 @@
 #include "app/TextField.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
+#include "controls/PlaylistEntryCell.h"
 #include "controls/RixSlider.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/ComboBox.h"
@@ -19,10 +20,12 @@
 #include "tests/support/TestApplication.h"
 
 #include <QDropEvent>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
 #include <QTextBrowser>
+#include <QToolTip>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -267,10 +270,50 @@ TEST_F(WindowTest, TextsThatCannotBeShownAndSourcesThatCannotBePlayedLeaveItUsab
     ASSERT_TRUE(shows("Error"));
     EXPECT_EQ(controls->info2View->text(), "Got faulty song info");
     doubleClickRow(1);
-    ASSERT_TRUE(shows("gone"));
+    ASSERT_TRUE(shows("File not found"));
+    EXPECT_EQ(controls->info2View->text(), "gone");
     EXPECT_FALSE(controls->timeView->isVisible());
     EXPECT_EQ(controls->lengthView->text(), "00:00");
     EXPECT_FALSE(controls->statusSlider->isEnabled());
+}
+
+TEST_F(WindowTest, AFailedEntryShowsWhyAndPlaysWhenItIsThereAgain) {
+    const std::string late = (support::scratch() / "<b>late.flac").string();
+    auto& list = *delegate.player->playlist;
+    list.addEntry(makeTrack("Short", 500, 0.4));
+    for (const auto& source : {late, std::string("/nowhere/2.flac"), makeTrack("Last", 600, 20)})
+        list.addEntry(source);
+    delegate.playlistController->reloadPlaylistData();
+    const auto row = [&](int index) -> const PlaylistEntryCell& {
+        return static_cast<PlaylistEntryCell&>(table().preparedCell(index));
+    };
+    doubleClickRow(0);
+    ASSERT_TRUE(shows("Last")) << "what cannot be played is skipped";
+    for (const int index : {1, 2}) {
+        EXPECT_TRUE(row(index).failed());
+        EXPECT_EQ(row(index).info2(), "File not found");
+    }
+    EXPECT_FALSE(row(0).failed() || row(3).failed());
+
+    doubleClickRow(1);
+    ASSERT_TRUE(shows("File not found"));
+    EXPECT_EQ(controls->info2View->text(), "<b>late") << "what the user selected stays";
+    EXPECT_FALSE(controls->playPauseButton->image().isNull());
+    const auto hover = [&](int index) {
+        const QPoint place = table().rectOfRow(index).center().toPoint();
+        QHelpEvent rest(QEvent::ToolTip, place, table().viewport()->mapToGlobal(place));
+        QApplication::sendEvent(table().viewport(), &rest);
+        return QToolTip::text();
+    };
+    EXPECT_EQ(hover(1), "<qt>File not found</qt>");
+    hover(3);
+    EXPECT_TRUE(runUntil([] { return QToolTip::text().isEmpty(); }));
+
+    std::filesystem::copy_file(makeTrack("Late", 700, 20), late);
+    click(controls->playPauseButton);
+    ASSERT_TRUE(runUntil([&] { return !row(1).failed(); })) << "tried again";
+    EXPECT_TRUE(controls->timeView->isVisible());
+    EXPECT_EQ(controls->info1View->text(), "<b>late");
 }
 
 } // namespace

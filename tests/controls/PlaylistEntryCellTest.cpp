@@ -15,6 +15,8 @@ namespace {
 const QColor grey(34, 34, 34);
 const QColor blue(74, 144, 226);
 const QColor yellow(248, 231, 28);
+const QColor red(226, 121, 90);
+const QColor faint(92, 107, 125);
 
 class PlaylistEntryCellTest : public testing::Test {
 protected:
@@ -123,6 +125,23 @@ TEST_F(PlaylistEntryCellTest, TheActiveRowIsYellowWithItsIconAndTheOthersBlueWit
     }
     cell.setPlayIcon({});
     EXPECT_EQ(draw(frame).pixelColor(330, 17), grey);
+}
+
+TEST_F(PlaylistEntryCellTest, AFailedRowShowsItsMarkInsteadOfTheIconAndARedReason) {
+    const QRectF frame(0, 0, 380, 54);
+    cell.setInfo2("No answer from radio.example");
+    for (const bool active : {false, true}) {
+        SCOPED_TRACE(active);
+        cell.setActive(active);
+        cell.setFailed(false);
+        EXPECT_EQ(pixels(draw(frame), frame, red), 0) << "this colour is for nothing else";
+        cell.setFailed(true);
+        const QImage row = draw(frame);
+        EXPECT_GT(pixels(row, cell.failureMarkRectForBounds(frame), red), 10);
+        EXPECT_GT(pixels(row, cell.info2RectForBounds(frame), red), 20);
+        EXPECT_GT(pixels(row, cell.info1RectForBounds(frame), active ? yellow : faint), 20);
+        EXPECT_EQ(pixels(row, frame, Qt::red), 0) << "no play icon";
+    }
 }
 
 TEST_F(PlaylistEntryCellTest, ALongTitleReachesTheRightEdgeOverTheIconAndNoFurther) {

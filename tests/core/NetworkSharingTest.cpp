@@ -59,6 +59,16 @@ TEST_F(NetworkSharingTest, StartsAnewAfterAStopAndStopsWhenItGoes) {
         EXPECT_EQ(calls(), "Encode_Stop 7\n");
         EXPECT_EQ(shortLived.start(second), 9090);
         EXPECT_EQ(calls(), "Encode_Start 2 " + startCall + "Encode_ServerInit 7 9090 40000 40000 0 0 0\n");
+
+        recording::bass.encoder = 0; // it has died
+        shortLived.dropDeadEncoder();
+        EXPECT_EQ(shortLived.port, 0U);
+        EXPECT_EQ(shortLived.start(second), 9090);
+        recording::bass.encoder = 0;
+        calls();
+        EXPECT_EQ(shortLived.start(first), 9090);
+        EXPECT_EQ(calls(), "Encode_Stop 7\nEncode_Start 1 " + startCall +
+                               "Encode_ServerInit 7 9090 40000 40000 0 0 0\n");
     }
     EXPECT_EQ(calls(), "Encode_Stop 7\n");
 }

@@ -12,6 +12,7 @@
 namespace {
 
 using recording::bass;
+using State = TulPlaybackState;
 
 /// A player on the recording library, with the tasks that its executor was given.
 class Player : public testing::Test {
@@ -24,78 +25,183 @@ protected:
 
     void add(const std::vector<std::string>& sources) { player->playlist->addEntries(sources); }
 
-    void endTrack(HSTREAM handle) {
-        std::thread([this, handle] { bass.endSync(1, handle, 0, nullptr); }).join();
+    /// The end sync, on a thread of the library's, without what the main thread does then.
+    static void fireEnd(HSTREAM handle) {
+        SYNCPROC* sync = bass.channels.at(handle).endSync;
+        std::thread([sync, handle] { sync(1, handle, 0, nullptr); }).join();
     }
 
     void runTasks() {
-        for (const auto& task : std::exchange(tasks, {}))
-            task();
+        while (!tasks.empty())
+            for (const auto& task : std::exchange(tasks, {}))
+                task();
+    }
+
+    void endTrack() {
+        bass.last().state = BASS_ACTIVE_STOPPED;
+        fireEnd(bass.lastHandle);
+        runTasks();
+    }
+
+    void fail(DWORD status, DWORD httpStatus = 0) {
+        bass.fail(status, httpStatus);
+        fireEnd(bass.lastHandle);
+        runTasks();
+    }
+
+    State state() const { return player->playbackState(); }
+    std::int32_t current() const { return player->playlist->currentIndex; }
+    TulFailure::Kind failureOf(std::int32_t index) const {
+        return player->playlist->entryAt(index)->failure.kind;
     }
 
     std::vector<std::function<void()>> tasks;
     std::unique_ptr<TulPlayer> player;
 };
 
+TEST(PlaybackStateTest, FollowsFromTheStreamAndWhatWasAskedFor) {
+    const TulFailure timeout{TulFailure::Kind::timeout};
+    constexpr auto play = TulPlaybackRequest::play;
+    constexpr auto pause = TulPlaybackRequest::pause;
+    constexpr auto stop = TulPlaybackRequest::stop;
+    const struct {
+        TulPlaybackFacts facts;
+        State state;
+        bool started;
+    } cases[] = {
+        {{}, State::stopped, false},
+        {{false, {}, false, BASS_ACTIVE_STOPPED, play}, State::stopped, false},
+        {{true, {}, true, BASS_ACTIVE_STALLED, play}, State::connecting, true},
+        {{true, {}, true, BASS_ACTIVE_PLAYING, play}, State::connecting, true},
+        {{true, {}, false, BASS_ACTIVE_PLAYING, play}, State::playing, true},
+        {{true, {}, false, BASS_ACTIVE_STALLED, play}, State::waiting, true},
+        {{true, {}, false, BASS_ACTIVE_PLAYING, pause}, State::fadingOut, false},
+        {{true, {}, false, BASS_ACTIVE_STALLED, pause}, State::fadingOut, false},
+        {{true, {}, false, BASS_ACTIVE_PLAYING, stop}, State::fadingOut, false},
+        {{true, {}, false, BASS_ACTIVE_PAUSED, pause}, State::paused, false},
+        {{true, {}, true, BASS_ACTIVE_PAUSED, pause}, State::paused, false},
+        {{true, {}, false, BASS_ACTIVE_PAUSED, stop}, State::stopped, false},
+        {{true, {}, false, BASS_ACTIVE_PAUSED, play}, State::paused, false},
+        // Its end has not reached the player yet.
+        {{true, {}, false, BASS_ACTIVE_STOPPED, play}, State::playing, true},
+        {{true, {}, false, BASS_ACTIVE_STOPPED, pause}, State::paused, false},
+        {{true, {}, false, BASS_ACTIVE_STOPPED, stop}, State::stopped, false},
+        {{true, timeout, false, BASS_ACTIVE_STOPPED, play}, State::failed, false},
+        {{true, timeout, true, BASS_ACTIVE_STALLED, pause}, State::failed, false},
+    };
+    for (const auto& [facts, state, started] : cases) {
+        const auto index = &facts - &cases[0].facts;
+        EXPECT_EQ(playbackState(facts), state) << index;
+        EXPECT_EQ(isStarted(playbackState(facts)), started) << index;
+    }
+}
+
 TEST_F(Player, StartsAnEntryInTheOrderedSteps) {
-    EXPECT_EQ(bass.takeCalls(), "Init -1 44100 0 0 0\n");
     player->play();
-    EXPECT_EQ(bass.takeCalls(), "");
     EXPECT_FALSE(player->takeSongChanged());
+    EXPECT_EQ(state(), State::stopped);
 
     add({"/x/a.flac", "/x/b.mp3"});
     player->setVolume(0.75F);
     player->setBalance(-0.5F);
+    bass.takeCalls();
     player->play();
     EXPECT_EQ(bass.takeCalls(), "StreamFree 0\nFLAC_StreamCreateFile 0 /x/a.flac 0 0 1073741824\nPlay 1 0\n"
-                                "SetSync 1 2147483650 0 0\nSetAttribute 1 2 0.75\nSetAttribute 1 3 -0.5\n");
+                                "SetSync 1 2147483650 0 0\nSetAttribute 1 2 0.75\nSetAttribute 1 3 -0.5\n"
+                                "SetNext 1 1 /x/b.mp3\n");
     EXPECT_TRUE(player->isPlaying());
     EXPECT_EQ(player->stream->title, "a");
     EXPECT_TRUE(player->playlist->entryAt(0)->active);
     EXPECT_TRUE(player->takeSongChanged());
     EXPECT_FALSE(player->takeSongChanged());
 
-    player->pause();
-    EXPECT_FALSE(player->isPlaying()); // it fades
-    TulStream::pause(1, 1, 0, nullptr);
-    player->play();
-    EXPECT_EQ(bass.takeCalls(),
-              "Slide 1 2 0 300\nSetSync 1 5 0 0\nPause 1\nSetAttribute 1 2 0.75\nPlay 1 0\n");
     player->previous();
-    EXPECT_EQ(player->playlist->currentIndex, 1);
+    EXPECT_EQ(current(), 1);
     player->next();
-    EXPECT_EQ(player->playlist->currentIndex, 0);
+    EXPECT_EQ(current(), 0);
     EXPECT_EQ(bass.channels.size(), 1U);
-
     player->clearPlaylist();
     player->pause();
-    bass.takeCalls();
-    player->next();
-    EXPECT_EQ(bass.takeCalls(), "SetPosition 3 0 0\n"); // still fading: it plays
+    bass.endFade();
+    bass.last().position = 40;
+    player->next(); // of no list: what is there begins again
+    EXPECT_EQ(state(), State::playing);
+    EXPECT_EQ(bass.last().position, 0U);
+    EXPECT_EQ(bass.last().volume, 0.75F);
     player->startCurrentEntry();
     EXPECT_EQ(player->stream, nullptr);
     EXPECT_TRUE(bass.channels.empty());
 }
 
-TEST_F(Player, OpensEachKindOfSourceWithItsCall) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"/a.flac", "FLAC_StreamCreateFile 0 /a.flac 0 0 1073741824"},
-        {"/a.ape", "APE_StreamCreateFile 0 /a.ape 0 0 1073741824"},
-        {"/a.opus", "OPUS_StreamCreateFile 0 /a.opus 0 0 1073741824"},
-        {"/a.wv", "WV_StreamCreateFile 0 /a.wv 0 0 1073741824"},
-        {"/a.FLAC", "StreamCreateFile 0 /a.FLAC 0 0 1073741824"},
-        {"/music.old/track", "StreamCreateFile 0 /music.old/track 0 0 1073741824"},
-        {"/https/a.flac", "StreamCreateURL 0 /https/a.flac 0 0 0"},
-        {"http://h/a.flac", "StreamCreateURL 0 http://h/a.flac 0 0 0"},
-        {"/track", "Play 0 0"}, // nothing created
-        {"", "Play 0 0"},
+TEST_F(Player, OpensAndPreparesEachKindOfSourceWithItsCall) {
+    const struct {
+        std::string source;
+        std::string call;
+        DWORD next;
+    } cases[] = {
+        {"/a.flac", "FLAC_StreamCreateFile 0 /a.flac 0 0 1073741824", BASS_SOURCE_FLAC},
+        {"/a.ape", "APE_StreamCreateFile 0 /a.ape 0 0 1073741824", BASS_SOURCE_APE},
+        {"/a.opus", "OPUS_StreamCreateFile 0 /a.opus 0 0 1073741824", BASS_SOURCE_OPUS},
+        {"/a.wv", "WV_StreamCreateFile 0 /a.wv 0 0 1073741824", BASS_SOURCE_WV},
+        {"/a.FLAC", "StreamCreateFile 0 /a.FLAC 0 0 1073741824", BASS_SOURCE_FILE},
+        {"/music.old/track", "StreamCreateFile 0 /music.old/track 0 0 1073741824", BASS_SOURCE_FILE},
+        {"/HTTP/a.flac", "FLAC_StreamCreateFile 0 /HTTP/a.flac 0 0 1073741824", BASS_SOURCE_FLAC},
+        {"/https/a.flac", "StreamCreateURL 0 /https/a.flac 0 0 0", BASS_SOURCE_URL},
+        {"http://h/a.flac", "StreamCreateURL 0 http://h/a.flac 0 0 0", BASS_SOURCE_URL},
+        {"HTTP://h/a.flac", "StreamCreateURL 0 HTTP://h/a.flac 0 0 0", BASS_SOURCE_URL},
+        {"HttpS://h/a", "StreamCreateURL 0 HttpS://h/a 0 0 0", BASS_SOURCE_URL},
+        {"/track", "Play 0 0", BASS_SOURCE_NONE}, // nothing created
+        {"", "Play 0 0", BASS_SOURCE_NONE},
     };
-    for (const auto& [source, call] : cases) {
+    for (const auto& [source, call, next] : cases) {
         TulStream stream;
         bass.calls.clear();
         stream.open(source);
         EXPECT_EQ(bass.calls.at(1), call);
-        EXPECT_EQ(stream.isPlaying(), call != "Play 0 0");
+        EXPECT_EQ(stream.isPlaying(), next != BASS_SOURCE_NONE);
+        EXPECT_EQ(stream.failure().kind == TulFailure::Kind::notOpened, next == BASS_SOURCE_NONE);
+        stream.open("/a.mp3");
+        stream.setNext(source);
+        EXPECT_EQ(bass.last().next, std::to_string(next) + " " + (next == BASS_SOURCE_NONE ? "-" : source));
+    }
+}
+
+TEST_F(Player, TellsWhatFollowsWheneverThatChangesAndOnlyThen) {
+    const auto move = [this](int from, int to) { player->playlist->moveEntries(from, to); };
+    const auto select = [this](int index) { player->playlist->selectEntry(index); };
+    const struct {
+        std::vector<std::string> list;
+        int current;
+        std::function<void()> change;
+        std::string next;
+    } cases[] = {
+        {{"/a.mp3", "/b.flac"}, 0, [] {}, "2 /b.flac"},
+        {{"/a.mp3", "/b.flac"}, 1, [] {}, "1 /a.mp3"},
+        {{"/a.mp3"}, 0, [] {}, "1 /a.mp3"},
+        {{"/a.mp3", "/b.flac", "/c.wv"}, 0, [&] { move(2, 1); }, "5 /c.wv"},
+        {{"/a.mp3", "/b.flac", "/c.wv"}, 0, [&] { move(0, 2); }, "2 /b.flac"},
+        {{"/a.mp3", "/b.flac", "/c.wv"}, 0, [&] { select(1); }, "5 /c.wv"},
+        {{"/a.mp3"}, 0, [&] { add({"http://h/live"}); }, "6 http://h/live"},
+        {{"/a.mp3", "/b.flac"}, 0, [&] { player->playlist->entries.pop_back(); }, "1 /a.mp3"},
+        {{"/a.mp3", "/b.flac"}, 0, [&] { player->clearPlaylist(); }, "0 -"},
+        {{"/a.mp3", "/b.flac"}, 0, [&] { player->setPlaylist(std::make_unique<TulPlaylist>()); }, "0 -"},
+        {{"/a.mp3", "/b.flac"}, 0, [&] { player->stop(); }, "0 -"},
+        {{"/a.mp3", "/b.flac"}, 0, [&] { player->stop(), player->play(); }, "2 /b.flac"},
+        {{"/a.mp3", "/b.flac"}, 0, [&] { player->pause(); }, "2 /b.flac"},
+        {{"/a.mp3", "/b.flac"}, 0, [&] { player->next(); }, "1 /a.mp3"},
+    };
+    for (const auto& [list, current, change, next] : cases) {
+        SCOPED_TRACE(&list - &cases[0].list);
+        player->clearPlaylist();
+        add(list);
+        player->playlist->selectEntry(current);
+        player->startCurrentEntry();
+        change();
+        player->update();
+        EXPECT_EQ(bass.last().next, next);
+        bass.calls.clear();
+        player->update();
+        EXPECT_EQ(bass.takeCalls(), "") << "nothing has changed";
     }
 }
 
@@ -103,39 +209,38 @@ TEST_F(Player, GoesOnAtTheEndOfATrackOnceAndOnTheMainThread) {
     add({"/a.mp3", "/b.mp3", "/c.mp3"});
     player->playlist->selectEntry(1);
     player->startCurrentEntry();
-    endTrack(1);
-    EXPECT_EQ(player->playlist->currentIndex, 1);
+    fireEnd(1);
+    EXPECT_EQ(current(), 1);
     runTasks();
-    EXPECT_EQ(player->playlist->currentIndex, 2);
-    endTrack(2);
-    runTasks();
-    EXPECT_EQ(player->playlist->currentIndex, 0);
+    EXPECT_EQ(current(), 2);
+    endTrack();
+    EXPECT_EQ(current(), 0);
 
     // The user was faster: the end of the old stream must not skip another one.
-    endTrack(3);
+    fireEnd(3);
     player->next();
     runTasks();
-    EXPECT_EQ(player->playlist->currentIndex, 1);
+    EXPECT_EQ(current(), 1);
     // The same with the same entry started again.
-    endTrack(4);
+    fireEnd(4);
     player->startCurrentEntry();
     runTasks();
-    EXPECT_EQ(player->playlist->currentIndex, 1);
+    EXPECT_EQ(current(), 1);
 
     player->clearPlaylist();
-    bass.channels[5].state = BASS_ACTIVE_STOPPED;
-    bass.takeCalls();
-    endTrack(5);
-    runTasks();
-    EXPECT_EQ(bass.takeCalls(), "SetPosition 5 0 0\n");
+    bass.last().position = 80;
+    endTrack();
+    EXPECT_EQ(state(), State::stopped);
+    EXPECT_EQ(bass.last().position, 0U);
     player->play();
-    EXPECT_EQ(bass.takeCalls(), "SetAttribute 5 2 0.5\nPlay 5 0\n");
+    EXPECT_EQ(state(), State::playing);
 
-    endTrack(5);
+    SYNCPROC* sync = bass.last().endSync;
+    fireEnd(5);
     player.reset();
     EXPECT_TRUE(bass.channels.empty());
     runTasks();
-    endTrack(5);
+    sync(1, 5, 0, nullptr);
     EXPECT_TRUE(tasks.empty());
 }
 
@@ -143,8 +248,194 @@ TEST_F(Player, WithoutAnExecutorGoesOnWhereTheEndIsHeard) {
     player->setExecutor({});
     add({"/a.mp3", "/b.mp3"});
     player->play();
-    endTrack(1);
-    EXPECT_EQ(player->playlist->currentIndex, 1);
+    fireEnd(1);
+    EXPECT_EQ(current(), 1);
+}
+
+TEST_F(Player, PausesInEveryState) {
+    const struct {
+        std::function<void()> bringAbout;
+        State pressed; // right after the press
+        State later;   // when a fade is over
+    } cases[] = {
+        {[] {}, State::fadingOut, State::paused},
+        {[] { bass.last().state = BASS_ACTIVE_STALLED; }, State::paused, State::paused},
+        {[] {
+             bass.last().status = BASS_STREAM_CONNECTING;
+             bass.last().state = BASS_ACTIVE_STALLED;
+         },
+         State::paused, State::paused},
+        {[this] { player->stop(); }, State::fadingOut, State::stopped},
+        {[this] { player->stop(), bass.endFade(); }, State::stopped, State::stopped},
+        {[] { bass.fail(BASS_STREAM_LOST); }, State::failed, State::failed},
+    };
+    add({"/a.mp3", "/b.mp3"});
+    for (const auto& [bringAbout, pressed, later] : cases) {
+        SCOPED_TRACE(static_cast<int>(later));
+        player->startCurrentEntry();
+        bringAbout();
+        player->pause();
+        player->pause();
+        EXPECT_EQ(state(), pressed);
+        player->setVolume(0.25F);
+        EXPECT_EQ(bass.last().sliding, pressed == State::fadingOut) << "the volume does not end the fade";
+        if (bass.last().sliding) bass.endFade();
+        player->update();
+        EXPECT_EQ(state(), later);
+        bass.last().status = BASS_STREAM_OPEN;
+        player->play();
+        EXPECT_EQ(state(), State::playing);
+        EXPECT_EQ(bass.last().volume, 0.25F);
+    }
+
+    player->pause();
+    player->play();
+    bass.endFade(); // too late: it was on the way already
+    player->update();
+    EXPECT_EQ(state(), State::playing);
+}
+
+TEST_F(Player, AStopIsFollowedByThePlaceSoughtOrTheStart) {
+    add({"/a.mp3"});
+    player->play();
+    for (const bool fadeIsOver : {false, true}) {
+        for (const QWORD sought : {QWORD{0}, QWORD{40}}) {
+            player->stop();
+            EXPECT_EQ(bass.last().position, 0U);
+            bass.last().position = 2; // the fade was played from there
+            if (fadeIsOver) bass.endFade();
+            if (sought != 0) player->stream->seek(static_cast<double>(sought) / 8);
+            player->play();
+            EXPECT_EQ(bass.last().position, sought);
+            EXPECT_EQ(bass.last().volume, 0.5F);
+            EXPECT_EQ(state(), State::playing);
+        }
+    }
+}
+
+TEST_F(Player, ATrackThatEndsInItsFadeLeavesTheNextOnePausedAtItsStart) {
+    add({"/a.mp3", "/b.mp3"});
+    player->play();
+    player->pause();
+    bass.status = BASS_STREAM_CONNECTING;
+    endTrack();
+    EXPECT_EQ(current(), 1);
+    EXPECT_EQ(state(), State::paused);
+    EXPECT_EQ(bass.last().state, BASS_ACTIVE_PAUSED);
+    EXPECT_TRUE(player->takeSongChanged());
+    bass.last().status = BASS_STREAM_OPEN;
+    bass.last().volume = 0.01F; // of the fade that it has joined
+    player->play();
+    EXPECT_EQ(state(), State::playing);
+    EXPECT_EQ(bass.last().volume, 0.5F);
+    EXPECT_EQ(bass.last().position, 0U);
+
+    player->pause();
+    bass.status = BASS_STREAM_NO_AUDIO;
+    add({"/c.mp3"});
+    bass.last().state = BASS_ACTIVE_STOPPED;
+    fireEnd(bass.lastHandle);
+    std::exchange(tasks, {}).front()();
+    EXPECT_EQ(current(), 2) << "which cannot be played";
+    bass.status = BASS_STREAM_OPEN;
+    runTasks();
+    EXPECT_EQ(current(), 0);
+    EXPECT_EQ(state(), State::paused);
+
+    player->play();
+    player->stop();
+    endTrack();
+    EXPECT_EQ(current(), 0) << "a stop stays where it was";
+    EXPECT_EQ(state(), State::stopped);
+}
+
+TEST_F(Player, SkipsWhatFailsAfterATrackButNotWhatTheUserSelected) {
+    constexpr DWORD good = BASS_STREAM_OPEN;
+    constexpr DWORD dead = BASS_STREAM_REFUSED;
+    const struct {
+        std::vector<DWORD> entries; // statuses; the first is the one that plays and ends
+        std::vector<DWORD> again;   // of later starts, from the first entry on
+        std::int32_t current;
+        State state;
+    } cases[] = {
+        {{good, good}, {}, 1, State::playing},
+        {{good, dead, dead, good}, {}, 3, State::playing},
+        {{good, dead, dead}, {good}, 0, State::playing},
+        {{good, dead, dead}, {dead}, 0, State::failed},
+        {{good}, {dead}, 0, State::failed},
+        {{good, BASS_STREAM_NONE, BASS_STREAM_NONE}, {BASS_STREAM_NONE}, 0, State::failed},
+        {{dead, good}, {}, 0, State::failed}, // selected
+    };
+    for (const bool atOnce : {false, true}) {
+        for (const auto& [entries, again, expected, expectedState] : cases) {
+            SCOPED_TRACE(static_cast<int>(&entries - &cases[0].entries) * 10 + atOnce);
+            player->clearPlaylist();
+            add(std::vector<std::string>(entries.size(), "/a.mp3"));
+            std::vector<DWORD> statuses = entries;
+            statuses.insert(statuses.end(), again.begin(), again.end());
+            std::size_t starts = 0;
+            const auto playOut = [&](auto start) {
+                const DWORD status = statuses.at(starts++);
+                bass.status =
+                    atOnce || status == BASS_STREAM_NONE || status == good ? status : BASS_STREAM_CONNECTING;
+                start();
+                if (status == dead && !atOnce) bass.fail(status), fireEnd(bass.lastHandle);
+            };
+            playOut([&] { player->startCurrentEntry(); });
+            if (entries.front() == good) {
+                bass.last().state = BASS_ACTIVE_STOPPED;
+                fireEnd(bass.lastHandle);
+            }
+            while (!tasks.empty() && starts < statuses.size())
+                playOut([&] { std::exchange(tasks, {}).front()(); });
+            runTasks();
+            EXPECT_EQ(current(), expected);
+            EXPECT_EQ(state(), expectedState);
+        }
+    }
+}
+
+TEST_F(Player, AnEntryShowsWhyItDidNotPlayUntilItDoes) {
+    using Kind = TulFailure::Kind;
+    const std::pair<DWORD, Kind> kinds[] = {
+        {BASS_STREAM_NOT_FOUND, Kind::notFound},     {BASS_STREAM_UNREADABLE, Kind::unreadable},
+        {BASS_STREAM_NO_AUDIO, Kind::noAudio},       {BASS_STREAM_NO_NAME, Kind::nameNotFound},
+        {BASS_STREAM_REFUSED, Kind::refused},        {BASS_STREAM_TIMEOUT, Kind::timeout},
+        {BASS_STREAM_HTTP_STATUS, Kind::httpStatus}, {BASS_STREAM_CERTIFICATE, Kind::certificate},
+    };
+    add({"http://h/a", "/b.mp3"});
+    player->play();
+    for (const auto& [status, kind] : kinds) {
+        fail(status, status == BASS_STREAM_HTTP_STATUS ? 404 : 0);
+        EXPECT_EQ(state(), State::failed);
+        EXPECT_EQ(player->failure().kind, kind);
+        EXPECT_EQ(failureOf(0), kind);
+        EXPECT_EQ(player->failure().httpStatus, kind == Kind::httpStatus ? 404U : 0U);
+        bass.status = BASS_STREAM_CONNECTING;
+        player->play(); // tries again
+        player->update();
+        EXPECT_EQ(state(), State::connecting);
+        EXPECT_EQ(failureOf(0), kind);
+        bass.last().status = BASS_STREAM_OPEN;
+        bass.last().state = BASS_ACTIVE_PLAYING;
+        player->update();
+        EXPECT_EQ(failureOf(0), Kind::none);
+    }
+
+    player->pause();
+    fail(BASS_STREAM_LOST);
+    EXPECT_EQ(current(), 0) << "paused";
+    EXPECT_EQ(state(), State::failed);
+    bass.status = BASS_STREAM_OPEN;
+    player->play();
+    fail(BASS_STREAM_LOST);
+    EXPECT_EQ(current(), 1) << "it had played: that is the end of the track";
+    EXPECT_EQ(failureOf(0), Kind::lost);
+
+    player->clearPlaylist();
+    add({"/c.mp3"});
+    fail(BASS_STREAM_UNREADABLE);
+    EXPECT_EQ(failureOf(0), Kind::none) << "another entry's failure";
 }
 
 TEST_F(Player, MayBeDestroyedWhileAnEndIsBeingHeard) {
@@ -162,18 +453,6 @@ TEST_F(Player, MayBeDestroyedWhileAnEndIsBeingHeard) {
         done = true;
         syncThread.join();
     }
-}
-
-TEST_F(Player, StaysOnASourceThatCannotBeOpened) {
-    bass.opens = false;
-    add({"/a.mp3", "/b.mp3"});
-    player->play();
-    EXPECT_NE(player->stream, nullptr);
-    EXPECT_FALSE(player->isPlaying());
-    EXPECT_LT(player->stream->position(), 0);
-    EXPECT_LT(player->stream->length(), 0);
-    EXPECT_TRUE(player->playlist->entryAt(0)->active);
-    EXPECT_TRUE(player->takeSongChanged());
 }
 
 TEST_F(Player, KeepsThePlaylistWhenAFileIsRejected) {
@@ -220,6 +499,7 @@ TEST_F(Player, ShowsArtistAndAlbumInTurn) {
     EXPECT_EQ(stream.nextInfoLine() + stream.nextInfoLine() + stream.nextInfoLine(), "artistalbumartist");
     stream.open("/a.mp3");
     EXPECT_EQ(stream.nextInfoLine(), "artist");
+    bass.last().position = 8;
     EXPECT_EQ(stream.position(), 1.0);
     EXPECT_EQ(stream.length(), 10.0);
 }

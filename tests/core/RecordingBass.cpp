@@ -17,6 +17,17 @@ std::string Bass::takeCalls() {
     return lines;
 }
 
+void Bass::endFade() {
+    last().sliding = false;
+    if (last().slideSync) last().slideSync(1, lastHandle, 0, nullptr);
+}
+
+void Bass::fail(DWORD failure, DWORD httpStatus) {
+    last().state = BASS_ACTIVE_STOPPED;
+    last().status = failure;
+    last().httpStatus = httpStatus;
+}
+
 namespace {
 
 template <typename... Arguments> void record(const char* name, const Arguments&... arguments) {
@@ -28,14 +39,20 @@ template <typename... Arguments> void record(const char* name, const Arguments&.
 
 HSTREAM createFile(const char* name, BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags) {
     record(name, mem, static_cast<const char*>(file), offset, length, flags);
-    if (!bass.opens) return 0;
-    bass.channels[++bass.lastHandle] = {};
+    if (bass.status == BASS_STREAM_NONE) return 0;
+    bass.channels[++bass.lastHandle].status = bass.status;
     return bass.lastHandle;
 }
 
 Channel* find(DWORD handle) {
     const auto found = bass.channels.find(handle);
     return found == bass.channels.end() ? nullptr : &found->second;
+}
+
+/// A channel that takes commands: a failed one answers like none.
+Channel* findWorking(DWORD handle) {
+    Channel* channel = find(handle);
+    return channel && channel->status < BASS_STREAM_NOT_FOUND ? channel : nullptr;
 }
 
 } // namespace
@@ -67,28 +84,46 @@ BOOL BASS_StreamFree(HSTREAM handle) {
     return bass.channels.erase(handle) > 0;
 }
 
-DWORD BASS_ChannelIsActive(DWORD handle) {
+DWORD BASS_StreamGetStatus(HSTREAM handle, DWORD* httpStatus) {
     const Channel* channel = find(handle);
+    if (channel && httpStatus) *httpStatus = channel->httpStatus;
+    return channel ? channel->status : BASS_STREAM_NONE;
+}
+
+BOOL BASS_ChannelSetNext(DWORD handle, DWORD kind, const char* source) {
+    record("SetNext", handle, kind, source ? source : "-");
+    Channel* channel = findWorking(handle);
+    if (channel) channel->next = std::to_string(kind) + " " + (source ? source : "-");
+    return channel != nullptr;
+}
+
+DWORD BASS_ChannelIsActive(DWORD handle) {
+    const Channel* channel = findWorking(handle);
     return channel ? channel->state : BASS_ACTIVE_STOPPED;
 }
 
 BOOL BASS_ChannelPlay(DWORD handle, BOOL restart) {
     record("Play", handle, restart);
-    Channel* channel = find(handle);
-    if (channel) channel->state = BASS_ACTIVE_PLAYING;
+    Channel* channel = findWorking(handle);
+    if (channel)
+        channel->state = channel->status == BASS_STREAM_OPEN ? BASS_ACTIVE_PLAYING : BASS_ACTIVE_STALLED;
     return channel != nullptr;
 }
 
 BOOL BASS_ChannelPause(DWORD handle) {
     record("Pause", handle);
-    Channel* channel = find(handle);
-    if (channel) channel->state = BASS_ACTIVE_PAUSED;
-    return channel != nullptr;
+    Channel* channel = findWorking(handle);
+    if (!channel || channel->state == BASS_ACTIVE_STOPPED) return 0;
+    channel->state = BASS_ACTIVE_PAUSED;
+    return 1;
 }
 
 BOOL BASS_ChannelSlideAttribute(DWORD handle, DWORD attrib, float value, DWORD ms) {
     record("Slide", handle, attrib, value, ms);
-    if (Channel* channel = find(handle)) channel->sliding = true;
+    Channel* channel = findWorking(handle);
+    if (!channel) return 0;
+    channel->sliding = true;
+    channel->volume = value;
     return 1;
 }
 
@@ -99,7 +134,10 @@ BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib) {
 
 BOOL BASS_ChannelSetAttribute(DWORD handle, DWORD attrib, float value) {
     record("SetAttribute", handle, attrib, value);
-    if (Channel* channel = find(handle)) channel->sliding = false;
+    Channel* channel = findWorking(handle);
+    if (!channel || attrib != BASS_ATTRIB_VOL) return channel != nullptr;
+    channel->sliding = false;
+    channel->volume = value;
     return 1;
 }
 
@@ -109,25 +147,30 @@ BOOL BASS_ChannelGetAttribute(DWORD /*handle*/, DWORD /*attrib*/, float* /*value
 
 HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user) {
     record("SetSync", handle, type, parameter, user);
-    if (type == (BASS_SYNC_END | BASS_SYNC_ONETIME)) bass.endSync = proc;
+    Channel* channel = findWorking(handle);
+    if (!channel) return 0;
+    (type == BASS_SYNC_SLIDE ? channel->slideSync : channel->endSync) = proc;
     return 1;
 }
 
 QWORD BASS_ChannelGetPosition(DWORD handle, DWORD mode) {
-    return find(handle) && mode == BASS_POS_BYTE ? 8 : BASS_QWORD_ERROR;
+    const Channel* channel = findWorking(handle);
+    return channel && mode == BASS_POS_BYTE ? channel->position : BASS_QWORD_ERROR;
 }
 
 BOOL BASS_ChannelSetPosition(DWORD handle, QWORD pos, DWORD mode) {
     record("SetPosition", handle, pos, mode);
-    return 1;
+    Channel* channel = findWorking(handle);
+    if (channel) channel->position = pos;
+    return channel != nullptr;
 }
 
 QWORD BASS_ChannelGetLength(DWORD handle, DWORD mode) {
-    return find(handle) && mode == BASS_POS_BYTE ? 80 : BASS_QWORD_ERROR;
+    return findWorking(handle) && mode == BASS_POS_BYTE ? 80 : BASS_QWORD_ERROR;
 }
 
 double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos) {
-    return find(handle) && pos != BASS_QWORD_ERROR ? static_cast<double>(pos) / 8 : -1;
+    return findWorking(handle) && pos != BASS_QWORD_ERROR ? static_cast<double>(pos) / 8 : -1;
 }
 
 QWORD BASS_ChannelSeconds2Bytes(DWORD /*handle*/, double seconds) {

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "core/playlist/TulFailure.h"
+
+#include <cstdint>
+
+/// What the player does, as every display shows it.
+enum class TulPlaybackState {
+    stopped,    ///< nothing was started, or what was started is back at its start
+    connecting, ///< started, not played yet: the source is being opened
+    playing,
+    waiting,   ///< started, but out of data for now
+    fadingOut, ///< on the way to paused or stopped: TulPlayer::request tells which
+    paused,
+    failed, ///< the source cannot be played: TulPlayer::failure tells why
+};
+
+/// What the player was asked to do last.
+enum class TulPlaybackRequest { stop, play, pause };
+
+/// What the state follows from.
+struct TulPlaybackFacts {
+    bool hasStream = false;
+    TulFailure failure;
+    /// None of the stream's frames has been ready to be played yet.
+    bool connecting = false;
+    /// One of the BASS_ACTIVE_ values.
+    std::uint32_t active = 0;
+    TulPlaybackRequest request = TulPlaybackRequest::stop;
+};
+
+[[nodiscard]] TulPlaybackState playbackState(const TulPlaybackFacts& facts);
+
+/// Playing, or about to as soon as there is data: what the next press of play/pause pauses.
+[[nodiscard]] bool isStarted(TulPlaybackState state);
