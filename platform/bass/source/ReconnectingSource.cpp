@@ -4,6 +4,7 @@
 #include "platform/bass/source/ServerBytes.h"
 
 #include <algorithm>
+#include <mutex>
 #include <resolv.h>
 
 namespace bass {
@@ -16,7 +17,9 @@ constexpr std::int64_t framesOfGoodConnection = sampleRate;
 
 /// A name look-up cannot be interrupted; this thread's ones give up in time by themselves.
 void boundNameLookUps() {
+    static std::mutex mutex; // glibc has a lock of its own, which ThreadSanitizer does not see
     thread_local bool done = false;
+    const std::lock_guard lock(mutex);
     if (done || res_ninit(&_res) != 0) return;
     _res.retrans = 1;
     _res.retry = 2;
