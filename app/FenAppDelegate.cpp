@@ -87,6 +87,16 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     playerController->spectrumAnalyzerView->setOnSight([this](bool seen) { m_fastTimer->setResting(!seen); });
 }
 
+void FenAppDelegate::quit() {
+    QCoreApplication::exit();
+}
+
+void FenAppDelegate::shutDown() {
+    if (window) window->hide();
+    m_mpris.reset();
+    if (player) player->shutDown();
+}
+
 void FenAppDelegate::performFastUpdate() {
     playerController->updatePlayerViewFast();
 }

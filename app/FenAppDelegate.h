@@ -65,6 +65,12 @@ public:
     /// are appended, and the first of them plays.
     void openSources(const std::vector<std::string>& sources);
 
+    /// Ends the event loop, also from under a prompt; `main` then calls `shutDown`.
+    static void quit();
+    /// The last call before the process ends: silence, and nothing left behind. Waits for threads of the
+    /// audio library for a fifth of a second at most.
+    void shutDown();
+
     void openDocument();
     void openPlaylist();
     void savePlaylist();

@@ -131,7 +131,7 @@ void FenAppDelegate::makeMenu() {
     command(QStringLiteral("Release Notes"), Qt::CTRL | Qt::Key_3, [this] { pageController->turnToPage(2); });
     m_menu->addSeparator();
     command(QStringLiteral("Minimise"), Qt::CTRL | Qt::Key_M, [this] { window->showMinimized(); });
-    command(QStringLiteral("Quit"), Qt::CTRL | Qt::Key_Q, [this] { window->close(); });
+    command(QStringLiteral("Quit"), Qt::CTRL | Qt::Key_Q, [] { quit(); });
 }
 
 void FenAppDelegate::showMenuAt(const QPoint& place) {

@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/DemoRun.h"
 #include "app/FenAppDelegate.h"
+#include "app/ProcessEnd.h"
 
 #include <QApplication>
 
@@ -13,10 +14,15 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(QStringLiteral("tulplayer"));
 
     FenAppDelegate delegate;
+    const app::QuitSignals quitSignals([&] { delegate.quit(); });
+    const auto finish = [&] { delegate.shutDown(); };
+    app::endProcessAtExit(finish);
     delegate.applicationDidFinishLaunching();
     const auto line = app::CommandLine::parse({argv + 1, argv + argc});
-    delegate.openSources(line.sources);
+    // By the event loop: a request to quit that comes meanwhile is to find it running.
+    QMetaObject::invokeMethod(
+        &application, [&] { delegate.openSources(line.sources); }, Qt::QueuedConnection);
     std::optional<app::DemoRun> demo;
     if (!line.demoScreenshot.empty()) demo.emplace(delegate, QString::fromStdString(line.demoScreenshot));
-    return QApplication::exec();
+    app::endProcess(QApplication::exec(), finish);
 }

@@ -44,7 +44,7 @@ void MprisRoot::Raise() {
 }
 
 void MprisRoot::Quit() {
-    m_delegate.window->close();
+    FenAppDelegate::quit();
 }
 
 } // namespace app

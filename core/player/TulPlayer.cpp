@@ -37,6 +37,11 @@ TulPlayer::~TulPlayer() {
     if (networkSharing->isActive()) networkSharing->stop();
 }
 
+void TulPlayer::shutDown() {
+    if (networkSharing->encoder != 0) networkSharing->stop();
+    BASS_Free();
+}
+
 void TulPlayer::setExecutor(Executor executor) {
     const std::lock_guard lock(handOverMutex);
     m_executor = std::move(executor);

@@ -54,6 +54,9 @@ public:
     /// To be set before anything plays. Without one the work is done where the end was heard.
     void setExecutor(Executor executor);
     void setStorePath(const std::string& path);
+    /// The last call before the process ends: ends sharing and every sound. Waits for threads of the audio
+    /// library for 200 ms at most.
+    void shutDown();
 
     /// Replaces the stream by one of the playlist's current entry, which starts playing.
     void startCurrentEntry();

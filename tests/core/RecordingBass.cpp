@@ -65,6 +65,11 @@ BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId)
     return 1;
 }
 
+BOOL BASS_Free() {
+    record("Free");
+    return 1;
+}
+
 #define RECORD_CREATION(call)                                                                                \
     HSTREAM BASS_##call(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags) {               \
         return createFile(#call, mem, file, offset, length, flags);                                          \

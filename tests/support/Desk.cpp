@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <numbers>
 #include <stdexcept>
 #include <string>
@@ -118,6 +119,16 @@ void Desk::start(const QString& program, const QStringList& arguments) {
 bool Desk::ended() {
     return until([&] { return m_program.state() == QProcess::NotRunning; }) &&
            m_program.exitStatus() == QProcess::NormalExit && m_program.exitCode() == 0;
+}
+
+bool Desk::endsWithin(std::chrono::milliseconds limit) {
+    m_program.waitForFinished(static_cast<int>(limit.count()));
+    return m_program.state() == QProcess::NotRunning && m_program.exitStatus() == QProcess::NormalExit &&
+           m_program.exitCode() == 0;
+}
+
+void Desk::signal(int number) const {
+    kill(static_cast<pid_t>(m_program.processId()), number);
 }
 
 void Desk::mouse(const std::vector<std::string>& actions, QPoint place) {

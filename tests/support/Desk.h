@@ -31,6 +31,10 @@ public:
     void start(const QString& program, const QStringList& arguments = {});
     /// Whether the program has ended by itself, well.
     bool ended();
+    bool endsWithin(std::chrono::milliseconds limit);
+    void signal(int number) const;
+    /// While it is frozen, the sound server answers nothing.
+    void freezeSound(bool frozen) const { m_sound.freeze(frozen); }
 
     /// In the window of the program.
     void click(QPoint place);
