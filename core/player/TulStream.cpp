@@ -12,7 +12,7 @@ constexpr DWORD fadeOutMs = 300;
 bool containsIgnoringCase(std::string_view text, std::string_view lowerCase) {
     const auto lower = [](char letter) { return letter >= 'A' && letter <= 'Z' ? letter + 32 : letter; };
     const auto equal = [&](char letter, char wanted) { return lower(letter) == wanted; };
-    return !std::ranges::search(text, lowerCase, equal).empty();
+    return std::search(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(), equal) != text.end();
 }
 
 /// Whatever contains "http" is an address, and so is one whose scheme is written in capitals.

@@ -119,7 +119,7 @@ TEST_F(WindowTest, ADoubleClickPlaysAndTheControlsFollow) {
     EXPECT_FALSE(controls->timeView->isVisible()) << "while the fade can still be heard";
     EXPECT_TRUE(runUntil([&] { return delegate.player->stream->volume() == 0.0F; }));
     QTest::keyClick(delegate.window.get(), Qt::Key_Space);
-    EXPECT_TRUE(delegate.player->isPlaying());
+    EXPECT_TRUE(isStarted(delegate.player->playbackState()));
     EXPECT_EQ(delegate.player->stream->volume(), 0.5F);
 
     controls->statusSlider->moveTo(15.0);
@@ -181,7 +181,7 @@ TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
     QTest::keyClick(name, Qt::Key_Return);
     EXPECT_EQ(delegate.player->playlist->entryCount(), 3);
     EXPECT_EQ(selector().stringValue(), "Road trip");
-    EXPECT_TRUE(delegate.player->isPlaying());
+    EXPECT_TRUE(isStarted(delegate.player->playbackState()));
 }
 
 TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {

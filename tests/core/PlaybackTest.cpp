@@ -38,6 +38,10 @@ protected:
         return !taken.empty();
     }
 
+    bool plays() {
+        return waitFor([this] { return player->playbackState() == TulPlaybackState::playing; });
+    }
+
     std::mutex mutex;
     std::vector<std::function<void()>> tasks; // guarded by mutex
     std::unique_ptr<TulPlayer> player;
@@ -46,7 +50,7 @@ protected:
 TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
     player->playlist->addEntries({encode("a.flac", 0.2), encode("b.mp3", 0.2), encode("c.flac", 0.2)});
     player->play();
-    ASSERT_TRUE(player->isPlaying());
+    ASSERT_TRUE(plays());
     for (const std::int32_t expected : {1, 2, 0, 1}) {
         ASSERT_TRUE(waitFor([this] { return runTasks(); }));
         EXPECT_EQ(player->playlist->currentIndex, expected);
@@ -61,10 +65,26 @@ TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
     EXPECT_TRUE(waitFor([this] { return player->stream->position() > 0; }));
 }
 
+TEST_F(Playback, ATrackThatEndsInItsFadeLeavesTheNextOnePausedAtItsStart) {
+    player->playlist->addEntries({encode("short.flac", 0.2), "/nowhere/gone.flac", encode("long.mp3", 60)});
+    player->play();
+    ASSERT_TRUE(plays());
+    player->pause(); // for longer than the track lasts
+    ASSERT_TRUE(waitFor([this] { return runTasks(), player->playlist->currentIndex == 2; }));
+    EXPECT_EQ(player->playbackState(), TulPlaybackState::paused);
+    EXPECT_EQ(player->playlist->entryAt(1)->failure.kind, TulFailure::Kind::notFound);
+    EXPECT_EQ(player->stream->position(), 0.0);
+    player->play();
+    ASSERT_TRUE(waitFor([this] { return player->stream->position() > 0; }));
+    EXPECT_LT(player->stream->position(), 20);
+    EXPECT_EQ(player->stream->volume(), 0.5F);
+}
+
 TEST_F(Playback, PausesAfterTheFadeAndResumesThereAtFullVolume) {
     player->playlist->addEntry(encode("long.flac", 60));
     player->setVolume(0.75F);
     player->play();
+    ASSERT_TRUE(plays());
     EXPECT_NEAR(player->stream->length(), 60.0, 1e-9);
     player->stream->seek(30);
     ASSERT_TRUE(waitFor([this] { return player->stream->position() > 30.1; }));
@@ -73,14 +93,13 @@ TEST_F(Playback, PausesAfterTheFadeAndResumesThereAtFullVolume) {
     EXPECT_EQ(bars[7], 2);
     player->pause();
     EXPECT_FALSE(player->isPlaying());
-    ASSERT_TRUE(
-        waitFor([this] { return BASS_ChannelIsActive(player->stream->handle) == BASS_ACTIVE_PAUSED; }));
+    ASSERT_TRUE(waitFor([this] { return player->playbackState() == TulPlaybackState::paused; }));
     EXPECT_EQ(player->stream->volume(), 0.0F);
     const double paused = player->stream->position();
     EXPECT_GT(paused, 30.3);
     EXPECT_LT(paused, 35);
     player->play();
-    EXPECT_TRUE(player->isPlaying());
+    ASSERT_TRUE(plays());
     EXPECT_EQ(player->stream->volume(), 0.75F);
     EXPECT_TRUE(waitFor([&] { return player->stream->position() > paused + 0.1; }));
     EXPECT_LT(player->stream->position(), paused + 20);
