@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <future>
 #include <optional>
+#include <ostream>
 
 namespace {
 
@@ -79,6 +80,12 @@ protected:
         ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
     }
 
+    /// Hardware that is there all the time; nobody hears what goes there.
+    static void leaveAWayPastTheServer() {
+        support::writeFile(std::filesystem::path(std::getenv("HOME")) / ".asoundrc",
+                           "pcm.!default { type null }\n");
+    }
+
     std::size_t position() const { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) / 8; }
 
     /// The recording, once the track has ended and its sound is followed by silence.
@@ -101,6 +108,12 @@ protected:
         EXPECT_EQ(alikeFrames(recorded, begin + ramp, source, *place), source.size() / 2 - *place);
     }
 
+    void expectPlayedToEnd(const Samples& recorded) const {
+        const auto end =
+            std::search(recorded.begin(), recorded.end(), source.end() - rate, source.end(), alike);
+        EXPECT_NE(end, recorded.end()) << "the last half second";
+    }
+
     support::SoundServer server;
     Samples source;
     HSTREAM stream = 0;
@@ -115,9 +128,7 @@ TEST_F(Device, HearsEveryFrameOnceAndAsStored) {
 }
 
 TEST_F(Device, GoesOnWhenTheServerComesBack) {
-    // A way past the server, which is there all the time: nobody would hear what goes there.
-    support::writeFile(std::filesystem::path(std::getenv("HOME")) / ".asoundrc",
-                       "pcm.!default { type null }\n");
+    leaveAWayPastTheServer();
     play(8);
     ASSERT_TRUE(waitFor([&] { return position() > rate * 2; }, limit));
     server.crash();
@@ -141,6 +152,41 @@ TEST_F(Device, GoesOnWhenTheServerComesBack) {
     expectGoesOn(recorded, soundFrom(recorded), lost, rate * 0.5);
 }
 
+/// Ways in which a sound server is not there yet.
+struct LateServer {
+    const char* name;
+    void (*leave)(support::SoundServer& server);
+    void (*come)(support::SoundServer& server);
+};
+
+void PrintTo(const LateServer& row, std::ostream* out) {
+    *out << row.name;
+}
+
+class DeviceLater : public Device, public testing::WithParamInterface<LateServer> {};
+
+INSTANTIATE_TEST_SUITE_P(, DeviceLater,
+                         testing::Values(LateServer{"StartedLater", [](auto& server) { server.crash(); },
+                                                    [](auto& server) { server.restart(); }},
+                                         LateServer{"FrozenAtFirst",
+                                                    [](auto& server) { server.freeze(true); },
+                                                    [](auto& server) { server.freeze(false); }}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_P(DeviceLater, PlaysOnceTheServerAnswers) {
+    leaveAWayPastTheServer();
+    GetParam().leave(server);
+    const auto begin = std::chrono::steady_clock::now();
+    play(4);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << "waits for the server";
+    EXPECT_EQ(BASS_ChannelIsActive(stream), BASS_ACTIVE_PLAYING);
+    EXPECT_FALSE(waitFor([&] { return position() > 0; }, std::chrono::seconds(2))) << "past the server";
+    GetParam().come(server);
+    const Samples recorded = recordedToEnd();
+    EXPECT_GT(alikeFrames(recorded, soundFrom(recorded), source, 0), rate / 10) << "from its first frame";
+    expectPlayedToEnd(recorded);
+}
+
 TEST_F(Device, AnswersWhileTheServerDoesNot) {
     play(8);
     ASSERT_TRUE(waitFor([&] { return position() > rate; }, limit));
@@ -154,9 +200,7 @@ TEST_F(Device, AnswersWhileTheServerDoesNot) {
     server.freeze(false);
     EXPECT_TRUE(stays.get());
     const Samples recorded = recordedToEnd();
-    const auto heard =
-        std::search(recorded.begin(), recorded.end(), source.end() - rate, source.end(), alike);
-    EXPECT_NE(heard, recorded.end()) << "the last half second";
+    expectPlayedToEnd(recorded);
 }
 
 TEST_F(Device, RestsWhilePausedAndGoesOnFromThere) {
