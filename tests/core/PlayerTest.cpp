@@ -89,10 +89,9 @@ TEST(PlaybackStateTest, FollowsFromTheStreamAndWhatWasAskedFor) {
         {{true, timeout, false, BASS_ACTIVE_STOPPED, play}, State::failed, false},
         {{true, timeout, true, BASS_ACTIVE_STALLED, pause}, State::failed, false},
     };
-    for (const auto& [facts, state, started] : cases) {
-        const auto index = &facts - &cases[0].facts;
-        EXPECT_EQ(playbackState(facts), state) << index;
-        EXPECT_EQ(isStarted(playbackState(facts)), started) << index;
+    for (const auto& row : cases) {
+        EXPECT_EQ(playbackState(row.facts), row.state) << &row - cases;
+        EXPECT_EQ(isStarted(playbackState(row.facts)), row.started) << &row - cases;
     }
 }
 
@@ -190,8 +189,9 @@ TEST_F(Player, TellsWhatFollowsWheneverThatChangesAndOnlyThen) {
         {{"/a.mp3", "/b.flac"}, 0, [&] { player->pause(); }, "2 /b.flac"},
         {{"/a.mp3", "/b.flac"}, 0, [&] { player->next(); }, "1 /a.mp3"},
     };
-    for (const auto& [list, current, change, next] : cases) {
-        SCOPED_TRACE(&list - &cases[0].list);
+    for (const auto& row : cases) {
+        const auto& [list, current, change, next] = row;
+        SCOPED_TRACE(&row - cases);
         player->clearPlaylist();
         add(list);
         player->playlist->selectEntry(current);
@@ -367,8 +367,9 @@ TEST_F(Player, SkipsWhatFailsAfterATrackButNotWhatTheUserSelected) {
         {{dead, good}, {}, 0, State::failed}, // selected
     };
     for (const bool atOnce : {false, true}) {
-        for (const auto& [entries, again, expected, expectedState] : cases) {
-            SCOPED_TRACE(static_cast<int>(&entries - &cases[0].entries) * 10 + atOnce);
+        for (const auto& row : cases) {
+            const auto& [entries, again, expected, expectedState] = row;
+            SCOPED_TRACE((&row - cases) * 10 + (atOnce ? 1 : 0));
             player->clearPlaylist();
             add(std::vector<std::string>(entries.size(), "/a.mp3"));
             std::vector<DWORD> statuses = entries;
