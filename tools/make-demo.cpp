@@ -1,6 +1,9 @@
 // make-demo FOLDER: synthesises the demo's six short pieces (1.wav to 6.wav, 44.1 kHz 16-bit stereo) and its
-// cover picture (cover.ppm): plucked strings after Karplus and Strong ("Digital Synthesis of Plucked-String
+// cover picture (cover.png): plucked strings after Karplus and Strong ("Digital Synthesis of Plucked-String
 // and Drum Timbres", Computer Music Journal 7:2, 1983) over a soft pad.
+
+#include <QImage>
+#include <QString>
 
 #include <algorithm>
 #include <array>
@@ -120,8 +123,7 @@ void writeWav(const std::filesystem::path& path, const Stereo& sound) {
 // A sun over water, in the player's own two colours.
 void writeCover(const std::filesystem::path& path) {
     constexpr int size = 480;
-    std::ofstream file(path, std::ios::binary);
-    file << "P6\n" << size << ' ' << size << "\n255\n";
+    QImage cover(size, size, QImage::Format_RGB32);
     for (int y = 0; y < size; ++y) {
         for (int x = 0; x < size; ++x) {
             const double sunDistance = std::hypot(x - size / 2.0, y - size * 0.45) / (size * 0.22);
@@ -130,11 +132,14 @@ void writeCover(const std::filesystem::path& path) {
             const double ripple = water ? 0.5 + 0.5 * std::sin(y * 0.35 + std::sin(x * 0.02) * 3) : 0;
             const double light = sunDistance < 1 && !water ? 1 : glow * 0.5;
             const double depth = static_cast<double>(y) / size;
-            file.put(static_cast<char>(std::clamp(20 + 228 * light + 20 * ripple, 0.0, 255.0)));
-            file.put(static_cast<char>(std::clamp(28 + 60 * depth + 190 * light + 40 * ripple, 0.0, 255.0)));
-            file.put(static_cast<char>(std::clamp(48 + 120 * depth * (1 - light) + 60 * ripple, 0.0, 255.0)));
+            const auto channel = [](double value) { return static_cast<int>(std::clamp(value, 0.0, 255.0)); };
+            cover.setPixel(x, y,
+                           qRgb(channel(20 + 228 * light + 20 * ripple),
+                                channel(28 + 60 * depth + 190 * light + 40 * ripple),
+                                channel(48 + 120 * depth * (1 - light) + 60 * ripple)));
         }
     }
+    cover.save(QString::fromStdString(path.string()));
 }
 
 } // namespace
@@ -147,5 +152,5 @@ int main(int argc, char** argv) {
     const std::filesystem::path folder = argv[1];
     for (unsigned i = 0; i < pieces.size(); ++i)
         writeWav(folder / (std::to_string(i + 1) + ".wav"), render(pieces[i], i + 1));
-    writeCover(folder / "cover.ppm");
+    writeCover(folder / "cover.png");
 }
