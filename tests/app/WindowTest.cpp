@@ -105,7 +105,7 @@ TEST_F(WindowTest, ADoubleClickPlaysAndTheControlsFollow) {
     doubleClickRow(1);
     ASSERT_TRUE(shows("Two"));
     EXPECT_EQ(controls->info2View->text(), "Band");
-    EXPECT_EQ(controls->lengthView->text(), "00:20");
+    EXPECT_TRUE(runUntil([&] { return controls->lengthView->text() == "00:20"; }));
     EXPECT_TRUE(controls->timeView->isVisible());
     EXPECT_TRUE(controls->playPauseButton->image().isNull()) << "the background carries the pause mark";
     EXPECT_TRUE(delegate.player->playlist->entryAt(1)->active);
