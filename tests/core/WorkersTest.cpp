@@ -1,0 +1,127 @@
+#include "core/background/Workers.h"
+#include "tests/support/WaitFor.h"
+
+#include <atomic>
+#include <future>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using support::waitFor;
+using Lane = Workers::Lane;
+
+/// Workers with a main loop: this thread, when it delivers.
+class WorkersTest : public testing::Test {
+protected:
+    void start(const Workers::Settings& settings = {.threads = 1, .hangsAfter = 1h}) {
+        workers.emplace(settings);
+        workers->setWake([this] { ++wakes; });
+    }
+    /// Until the condition holds.
+    template <typename Condition> bool deliverUntil(Condition condition) {
+        return waitFor([&] {
+            workers->deliver();
+            return condition();
+        });
+    }
+    /// Keeps the worker that takes it until the gate is opened.
+    Workers::Job blocker() {
+        return [this](const auto&) {
+            ++blocked;
+            opened.wait();
+        };
+    }
+    void note(Lane lane, char letter) {
+        workers->run(lane,
+                     [this, letter](const auto& reply) { reply.post([this, letter] { notes += letter; }); });
+    }
+
+    std::promise<void> gate;
+    std::shared_future<void> opened = gate.get_future().share();
+    std::atomic<int> blocked = 0;
+    std::atomic<int> wakes = 0;
+    std::string notes;
+    std::optional<Workers> workers;
+};
+
+TEST_F(WorkersTest, UrgentJobsComeFirstOwnOnesAtOnceAndResultsOnTheMainThread) {
+    start();
+    workers->run(Lane::bulk, blocker());
+    ASSERT_TRUE(waitFor([&] { return blocked == 1; }));
+    for (const char letter : {'a', 'b', 'c'})
+        note(Lane::bulk, letter);
+    note(Lane::urgent, 'x');
+    note(Lane::urgent, 'y');
+    note(Lane::own, 'o');
+    ASSERT_TRUE(waitFor([&] { return wakes == 1; }));
+    EXPECT_EQ(notes, "") << "only a delivery runs them";
+    ASSERT_TRUE(deliverUntil([&] { return notes == "o"; }));
+    gate.set_value();
+    ASSERT_TRUE(deliverUntil([&] { return notes.size() == 6; }));
+    EXPECT_EQ(notes, "oyxabc");
+    const int before = wakes;
+    workers->deliver();
+    EXPECT_EQ(wakes, before) << "nothing to deliver, nothing to wake for";
+}
+
+TEST_F(WorkersTest, OneThatHangsIsReplacedAndAbandoned) {
+    start({.threads = 1, .hangsAfter = 1ms, .endsWithin = 1ms});
+    workers->run(Lane::bulk, blocker());
+    workers->run(Lane::own, blocker());
+    ASSERT_TRUE(waitFor([&] { return blocked == 2; }));
+    std::this_thread::sleep_for(2ms); // now the first one hangs
+    note(Lane::urgent, 'x');
+    ASSERT_TRUE(deliverUntil([&] { return notes == "x"; }));
+
+    // What they hold and post outlives the workers, and goes nowhere.
+    const auto held = std::make_shared<int>(0);
+    workers->run(Lane::own, [this, held](const Workers::Reply& reply) {
+        ++blocked;
+        opened.wait();
+        reply.post([this] { notes += '!'; });
+    });
+    ASSERT_TRUE(waitFor([&] { return blocked == 3; }));
+    workers.reset();
+    EXPECT_EQ(held.use_count() > 1, true);
+    gate.set_value();
+    EXPECT_TRUE(waitFor([&] { return held.use_count() == 1; }));
+    EXPECT_EQ(notes, "x");
+}
+
+TEST_F(WorkersTest, WhatIsBeingSavedIsFinishedInOrderAndTheRestIsDropped) {
+    start();
+    std::string saved; // the destructor's waiting orders it
+    std::atomic<int> read = 0;
+    workers->run(Lane::bulk, blocker());
+    ASSERT_TRUE(waitFor([&] { return blocked == 1; }));
+    workers->run(Lane::bulk, [&](const auto&) { ++read; });
+    for (const char letter : {'a', 'b', 'c'}) {
+        workers->run(Lane::saving, [&saved, letter](const auto&) {
+            std::this_thread::sleep_for(5ms); // a slow disk
+            saved += letter;
+        });
+    }
+    std::thread opener([&] { gate.set_value(); });
+    workers.reset();
+    opener.join();
+    EXPECT_EQ(saved, "abc");
+    EXPECT_LE(read, 1);
+}
+
+TEST_F(WorkersTest, WithoutAWakeEverythingIsDoneInPlaceAndInOrder) {
+    workers.emplace();
+    workers->run(Lane::own, [&](const Workers::Reply& reply) {
+        reply.post([&] {
+            notes += 'a';
+            note(Lane::urgent, 'c'); // after what goes on here
+            notes += 'b';
+        });
+    });
+    EXPECT_EQ(notes, "abc");
+}
+
+} // namespace
