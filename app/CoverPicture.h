@@ -2,12 +2,16 @@
 
 #include <QImage>
 
+#include <functional>
+
 class TulPlaylistEntry;
+class Workers;
 
 namespace app {
 
-/// The entry's embedded picture, upright, scaled down where it is larger than any screen shows it; null when
-/// there is none or its bytes are no picture.
-QImage coverPicture(const TulPlaylistEntry& entry);
+/// Decodes the entry's embedded picture on a worker. `take` gets it on the main thread: upright, scaled down
+/// where it is larger than any screen shows it; null when its bytes are no picture, and at once when there is
+/// none.
+void decodeCover(Workers& workers, const TulPlaylistEntry& entry, std::function<void(const QImage&)> take);
 
 } // namespace app

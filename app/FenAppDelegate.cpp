@@ -1,11 +1,12 @@
 #include "app/FenAppDelegate.h"
 
+#include "app/Deliveries.h"
 #include "app/FenCoverArtController.h"
 #include "app/FenPlaylistController.h"
 #include "app/FenReleaseNotesController.h"
 #include "app/FileDrop.h"
 #include "app/PageDots.h"
-#include "app/ReadingDialog.h"
+#include "app/SourceQueue.h"
 #include "app/TextField.h"
 #include "app/desktop/Mpris.h"
 #include "controls/CustomWindow.h"
@@ -56,6 +57,10 @@ void FenAppDelegate::applicationDidFinishLaunching() {
         QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(task), Qt::QueuedConnection);
     });
     player->setStorePath(storePath());
+    m_sources =
+        std::make_unique<app::SourceQueue>(*player, [this] { playlistController->reloadPlaylistData(); });
+    m_deliveries = std::make_unique<app::Deliveries>(player->workers,
+                                                     [this] { playlistController->updateStatusLine(); });
 
     playerController = std::make_unique<FenPlayerController>();
     loadMainLayout();
@@ -66,6 +71,7 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     playerController->setPlayer(player.get());
     playlistController->setPlayer(player.get());
     coverArtController->setPlayer(player.get());
+    playlistController->sources = m_sources.get();
 
     playerController->initialize();
     playlistController->initialize();
@@ -91,10 +97,16 @@ void FenAppDelegate::quit() {
     QCoreApplication::exit();
 }
 
+void FenAppDelegate::finishSaving() {
+    if (window) window->hide();
+    if (player) player->workers.finishSaving();
+}
+
 void FenAppDelegate::shutDown() {
     if (window) window->hide();
     m_mpris.reset();
     if (player) player->shutDown();
+    finishSaving();
 }
 
 void FenAppDelegate::performFastUpdate() {
@@ -108,9 +120,13 @@ void FenAppDelegate::performSlowUpdate() {
         coverArtController->updateCoverArt();
         // A new list's entry may have the index of the one before, which leaves the table as it is drawn.
         playlistController->playlistView->viewport()->update();
+    } else if (player->takeSongInfoChanged()) {
+        playerController->updateSongInfo();
+        coverArtController->updateCoverArt();
     }
     playerController->updatePlayerViewSlow();
     playlistController->updatePlaylistViewSlow();
+    playlistController->updateStatusLine();
 }
 
 QString FenAppDelegate::identifierForObject(const QString& object) {

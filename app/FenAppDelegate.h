@@ -5,10 +5,7 @@
 
 #include <QStringList>
 
-#include <cstdint>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,9 +23,11 @@ class MainWindow;
 }
 
 namespace app {
+class Deliveries;
 class FileDrop;
 class Mpris;
 class PageDots;
+class SourceQueue;
 class TextField;
 } // namespace app
 
@@ -61,8 +60,8 @@ public:
     /// Once, before anything else. Shows the window; nothing plays.
     void applicationDidFinishLaunching();
 
-    /// What the program was started with: playlists are opened; other files, those in folders, and addresses
-    /// are appended, and the first of them plays.
+    /// What the program was started with. A playlist alone is opened; of anything else the files, those in
+    /// folders, and addresses are appended, and the first of them plays unless something plays already.
     void openSources(const std::vector<std::string>& sources);
 
     /// Ends the event loop, also from under a prompt; `main` then calls `shutDown`.
@@ -70,6 +69,8 @@ public:
     /// The last call before the process ends: silence, and nothing left behind. Waits for threads of the
     /// audio library for a fifth of a second at most.
     void shutDown();
+    /// Hides the window and waits until what was saved last is on the disk, two seconds at most.
+    void finishSaving();
 
     void openDocument();
     void openPlaylist();
@@ -98,14 +99,11 @@ private:
     void makeMenu();
     void showMenuAt(const QPoint& place);
     QString sharingTitle() const;
-    /// The index of the first that was appended, if any.
-    std::optional<std::int32_t> addSources(const std::vector<std::string>& sources);
-    std::vector<std::string> filesIn(const std::string& folder);
-    void addFiles(const QStringList& paths);
-    void readEntries(const std::vector<std::string>& sources);
-    void openPlaylistFile(const std::string& path);
+    void addSources(const std::vector<std::string>& sources, bool play);
 
     app::PageDots* m_pageDots = nullptr;
+    std::unique_ptr<app::SourceQueue> m_sources;
+    std::unique_ptr<app::Deliveries> m_deliveries;
     std::unique_ptr<app::FileDrop> m_fileDrop;
     std::unique_ptr<app::Mpris> m_mpris;
     std::unique_ptr<QMenu> m_menu;

@@ -4,11 +4,10 @@
 
 #include "app/FenPlaylistController.h"
 #include "app/FileTypes.h"
-#include "app/ReadingDialog.h"
+#include "app/SourceQueue.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
-#include "core/playlist/resolveEntrySource.h"
 #include "platform/cocoa/Alert.h"
 #include "platform/cocoa/ComboBox.h"
 #include "platform/cocoa/OpenPanel.h"
@@ -18,7 +17,7 @@
 #include <QLineEdit>
 #include <QStandardPaths>
 
-#include <filesystem>
+#include <utility>
 
 namespace {
 
@@ -29,18 +28,6 @@ std::string bytesOf(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
-bool isFolder(const std::string& path) {
-    std::error_code unknown;
-    return std::filesystem::is_directory(path, unknown);
-}
-
-/// The path without symbolic links, as far as it exists.
-std::string resolved(const std::string& path) {
-    std::error_code failed;
-    const auto canonical = std::filesystem::weakly_canonical(path, failed);
-    return failed ? path : canonical.string();
-}
-
 } // namespace
 
 void FenAppDelegate::openDocument() {
@@ -49,21 +36,12 @@ void FenAppDelegate::openDocument() {
     panel.setAllowsMultipleSelection(true);
     panel.setAllowedFileTypes(QStringLiteral("Audio files"), app::audioTypes());
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
-    panel.beginSheetModalForWindow(*window, [this](const QStringList& paths) { addFiles(paths); });
-}
-
-void FenAppDelegate::addFiles(const QStringList& paths) {
-    std::vector<std::string> sources;
-    for (const QString& path : paths)
-        sources.push_back(resolved(bytesOf(path)));
-    readEntries(sources);
-}
-
-void FenAppDelegate::readEntries(const std::vector<std::string>& sources) {
-    app::ReadingDialog::whileShown(*player, *window,
-                                   [&] { player->playlist->addEntries(sources, player->readingProgress); });
-    player->prepareNext();
-    playlistController->reloadPlaylistData();
+    panel.beginSheetModalForWindow(*window, [this](const QStringList& paths) {
+        std::vector<std::string> files;
+        for (const QString& path : paths)
+            files.push_back(bytesOf(path));
+        m_sources->append(std::move(files), app::SourceSearch::Take::files);
+    });
 }
 
 void FenAppDelegate::openPlaylist() {
@@ -73,12 +51,7 @@ void FenAppDelegate::openPlaylist() {
     panel.setAllowedFileTypes(playlistDescription, app::playlistTypes());
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     panel.beginSheetModalForWindow(
-        *window, [this](const QStringList& paths) { openPlaylistFile(bytesOf(paths.front())); });
-}
-
-void FenAppDelegate::openPlaylistFile(const std::string& path) {
-    app::ReadingDialog::whileShown(*player, *window, [&] { player->openPlaylist(resolved(path)); });
-    playlistController->reloadPlaylistData();
+        *window, [this](const QStringList& paths) { m_sources->openPlaylist(bytesOf(paths.front())); });
 }
 
 void FenAppDelegate::savePlaylist() {
@@ -89,13 +62,13 @@ void FenAppDelegate::savePlaylist() {
     panel.setAllowedFileTypes(playlistDescription, {QStringLiteral("tuq")});
     panel.setNameFieldStringValue(QString::fromStdString(player->playlist->name));
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    panel.beginSheetModalForWindow(
-        *window, [this](const QString& path) { player->savePlaylist(resolved(bytesOf(path))); });
+    panel.beginSheetModalForWindow(*window, [this](const QString& path) {
+        player->savePlaylist(app::SourceSearch::resolved(bytesOf(path)));
+    });
 }
 
 void FenAppDelegate::clearPlaylist() {
-    player->clearPlaylist();
-    playlistController->reloadPlaylistData();
+    m_sources->clearPlaylist();
 }
 
 void FenAppDelegate::openStream() {
@@ -110,8 +83,7 @@ void FenAppDelegate::openStream() {
     const QLineEdit& address = *field;
     alert.setAccessoryView(std::move(field));
     if (alert.runModal() != cocoa::Alert::defaultReturn) return;
-    player->playlist->addEntry(address.text().toStdString());
-    playlistController->reloadPlaylistData();
+    m_sources->append({address.text().toStdString()}, app::SourceSearch::Take::asTyped);
 }
 
 void FenAppDelegate::toggleNetworkSharing() {
@@ -125,36 +97,13 @@ void FenAppDelegate::toggleSpectrumAnalyzer() {
 }
 
 void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
-    const auto first = addSources(sources);
-    if (!first || isStarted(player->playbackState())) return;
-    player->playlist->selectEntry(*first);
-    player->startCurrentEntry();
+    addSources(sources, true);
 }
 
-std::vector<std::string> FenAppDelegate::filesIn(const std::string& folder) {
-    std::vector<std::string> files;
-    app::ReadingDialog::whileShown(*player, *window,
-                                   [&] { files = app::audioFilesIn(folder, player->readingProgress); });
-    return files;
-}
-
-std::optional<std::int32_t> FenAppDelegate::addSources(const std::vector<std::string>& sources) {
-    std::vector<std::string> appended;
-    for (const std::string& source : sources) {
-        if (source.empty()) continue; // an address without a path
-        if (app::isPlaylist(source)) {
-            openPlaylistFile(source);
-        } else if (isAddress(source)) {
-            appended.push_back(source);
-        } else if (isFolder(source)) {
-            const auto files = filesIn(resolved(source));
-            appended.insert(appended.end(), files.begin(), files.end());
-        } else {
-            appended.push_back(resolved(source));
-        }
-    }
-    if (appended.empty()) return std::nullopt;
-    const auto first = static_cast<std::int32_t>(player->playlist->entryCount());
-    readEntries(appended);
-    return first;
+void FenAppDelegate::addSources(const std::vector<std::string>& sources, bool play) {
+    if (sources.empty()) return;
+    if (sources.size() == 1 && app::isPlaylist(sources.front()))
+        return m_sources->openPlaylist(sources.front());
+    m_sources->append(sources, app::SourceSearch::Take::contents,
+                      play ? app::SourceQueue::Then::play : app::SourceQueue::Then::nothing);
 }

@@ -63,7 +63,7 @@ void FenAppDelegate::loadMainLayout() {
     connectControls(layout);
     makeMenu();
     m_fileDrop =
-        std::make_unique<app::FileDrop>(*window, [this](const auto& sources) { addSources(sources); });
+        std::make_unique<app::FileDrop>(*window, [this](const auto& sources) { addSources(sources, false); });
 }
 
 void FenAppDelegate::connectControls(Ui::MainWindow& layout) {

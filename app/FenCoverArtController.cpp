@@ -6,29 +6,12 @@
 #include "platform/cocoa/Log.h"
 #include "ui_CoverArtView.h"
 
-#include <stdexcept>
+#include <utility>
 
 namespace {
 
 cocoa::Image defaultPicture() {
     return cocoa::Image::named(QStringLiteral("default_cover_art.png"));
-}
-
-/// Throws when the bytes are no picture.
-cocoa::Image decoded(const TulPlaylistEntry& entry) {
-    const QImage picture = app::coverPicture(entry);
-    if (picture.isNull()) throw std::runtime_error("no picture");
-    return cocoa::Image(picture);
-}
-
-cocoa::Image pictureOf(const TulPlaylistEntry& entry) {
-    if (entry.coverArtSize == 0) return defaultPicture();
-    try {
-        return decoded(entry);
-    } catch (const std::exception&) {
-        cocoa::log(QStringLiteral("Faulty cover art"));
-        return defaultPicture();
-    }
 }
 
 } // namespace
@@ -47,5 +30,16 @@ void FenCoverArtController::loadView(QWidget& view) {
 
 void FenCoverArtController::updateCoverArt() {
     if (!coverArtView || player->playlist->entryCount() < 1) return;
-    coverArtView->setImage(pictureOf(*player->playlist->currentEntry()));
+    const TulPlaylistEntry& entry = *player->playlist->currentEntry();
+    const std::pair wanted(entry.id, entry.coverArtSize);
+    if (std::exchange(m_wanted, wanted) == wanted) return;
+    if (entry.coverArtSize == 0) return coverArtView->setImage(defaultPicture());
+    app::decodeCover(player->workers, entry, [this, wanted](const QImage& picture) {
+        if (m_wanted == wanted) show(picture);
+    });
+}
+
+void FenCoverArtController::show(const QImage& picture) {
+    if (picture.isNull()) cocoa::log(QStringLiteral("Faulty cover art"));
+    coverArtView->setImage(picture.isNull() ? defaultPicture() : cocoa::Image(picture));
 }

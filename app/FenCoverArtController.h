@@ -2,6 +2,11 @@
 
 #include "app/FenMultiFunctionalViewController.h"
 
+#include <cstdint>
+#include <utility>
+
+class QImage;
+
 namespace app {
 class CoverArtView;
 }
@@ -20,4 +25,10 @@ public:
 
 protected:
     void loadView(QWidget& view) override;
+
+private:
+    void show(const QImage& picture);
+
+    /// Id and bytes of the picture that is, or is about to be, on the page.
+    std::pair<std::uint64_t, std::int32_t> m_wanted;
 };

@@ -23,6 +23,7 @@ namespace {
 
 /// Slow ticks between two changes of the second line.
 constexpr std::int32_t infoChangeTicks = 8;
+constexpr std::int32_t announcementTicks = 3;
 
 /// Throws where the bytes have no display text.
 QString shownText(const std::string& bytes) {
@@ -68,7 +69,7 @@ void FenPlayerController::updatePlayerViewSlow() {
     const TulPlaybackState state = player->playbackState();
     if (isStarted(state) != m_showsPlaying) updatePlayPauseButtonState();
     if (!player->stream) return;
-    if (state == TulPlaybackState::playing && std::exchange(m_announces, false)) announceSong();
+    if (state == TulPlaybackState::playing) announceSongWhenKnown();
     if (state == TulPlaybackState::failed) return showFailure();
     if (player->stream->length() != m_shownLength) showLength();
     if (++infoChangeTickCounter == infoChangeTicks) {
@@ -86,16 +87,26 @@ void FenPlayerController::handleSongChange() {
     // The stream can have gone again by now: an emptied list, double-clicked.
     if (!player->stream) return;
     showLength();
-    infoChangeTickCounter = 0;
     m_showsFailure = false;
-    m_announces = false;
+    m_announcementWaits = showSongOrError() ? announcementTicks : 0;
+}
+
+void FenPlayerController::updateSongInfo() {
+    if (!player->stream) return;
+    // A failure is shown again, with what is known now.
+    if (!std::exchange(m_showsFailure, false)) showSongOrError();
+}
+
+bool FenPlayerController::showSongOrError() {
+    infoChangeTickCounter = 0;
     try {
         showSong();
-        m_announces = true;
+        return true;
     } catch (const std::exception&) {
         cocoa::log(QStringLiteral("Faulty info for view"));
         info1View->setStringValue(QStringLiteral("Error"));
         info2View->setStringValue(QStringLiteral("Got faulty song info"));
+        return false;
     }
 }
 
@@ -123,16 +134,29 @@ void FenPlayerController::showFailure() {
     info2View->setStringValue(app::displayText(player->stream->title).value_or(QString()));
 }
 
+/// Once: with its title and picture, unless they are long in coming.
+void FenPlayerController::announceSongWhenKnown() {
+    if (m_announcementWaits == 0) return;
+    if (player->tagReader.isPreparing() && --m_announcementWaits > 0) return;
+    m_announcementWaits = 0;
+    announceSong();
+}
+
 void FenPlayerController::announceSong() {
     if (player->playlist->entryCount() == 0) return;
     const TulPlaylistEntry& entry = *player->playlist->currentEntry();
     cocoa::UserNotification notification;
-    notification.title = app::displayText(entry.title).value_or(QString());
+    notification.title = app::displayText(entry.shownTitle()).value_or(QString());
     notification.informativeText = app::displayText(entry.artist).value_or(QString());
     // The centre shows nothing while the window is active: a picture would be decoded in vain.
-    if (QGuiApplication::applicationState() != Qt::ApplicationActive)
-        notification.contentImage = app::coverPicture(entry);
-    cocoa::UserNotificationCenter::defaultUserNotificationCenter().deliverNotification(notification);
+    if (QGuiApplication::applicationState() == Qt::ApplicationActive) return;
+    app::decodeCover(
+        player->workers, entry, [this, notification, id = entry.id](const QImage& picture) mutable {
+            const TulPlaylist& list = *player->playlist;
+            if (list.entryCount() == 0 || list.currentEntry()->id != id) return; // another has started
+            notification.contentImage = picture;
+            cocoa::UserNotificationCenter::defaultUserNotificationCenter().deliverNotification(notification);
+        });
 }
 
 void FenPlayerController::updatePlayPauseButtonState() {

@@ -42,6 +42,8 @@ public:
     void updatePlayerViewSlow();
     /// A new entry has started: shows its texts, length and the playing look. It is announced when it plays.
     void handleSongChange();
+    /// More is known of the entry that plays.
+    void updateSongInfo();
     void updatePlayPauseButtonState();
 
     void playPause();
@@ -54,13 +56,17 @@ public:
 
 private:
     void showSong();
+    bool showSongOrError();
     void showLength();
     void showFailure();
+    void announceSongWhenKnown();
     void announceSong();
     void showLook(bool playing);
 
     bool m_showsPlaying = false;
     bool m_showsFailure = false;
-    bool m_announces = false; ///< As soon as the new entry plays.
     double m_shownLength = 0.0;
+    /// Slow ticks that the announcement of what plays still waits for its tags and picture; 0 when it is
+    /// made.
+    std::int32_t m_announcementWaits = 0;
 };

@@ -2,8 +2,9 @@
 
 #include "app/DisplayText.h"
 #include "app/FailureText.h"
-#include "app/ReadingDialog.h"
 #include "app/Skin.h"
+#include "app/SourceQueue.h"
+#include "app/StatusLine.h"
 #include "controls/InternalPlaylistComboBoxCell.h"
 #include "controls/PlaylistEntryCell.h"
 #include "core/player/TulPlayer.h"
@@ -11,7 +12,9 @@
 #include "platform/cocoa/TableView.h"
 #include "ui_PlaylistView.h"
 
+#include <QFileInfo>
 #include <QLineEdit>
+#include <QLocale>
 
 #include <algorithm>
 #include <utility>
@@ -20,6 +23,15 @@ namespace {
 
 const QString draggedType = QStringLiteral("tuq.playlistindex");
 constexpr double rowHeight = 55.0;
+
+/// What is done sooner is not worth a line.
+constexpr qint64 quietMs = 250;
+constexpr qint64 tellEveryMs = 50;
+constexpr qint64 outcomeMs = 8000;
+
+QString number(std::size_t count) {
+    return QLocale(QLocale::English).toString(static_cast<qulonglong>(count));
+}
 
 QColor rowColour(bool selected) {
     return selected ? QColor::fromRgbF(0.161F, 0.212F, 0.267F) : QColor::fromRgbF(0.133F, 0.133F, 0.133F);
@@ -30,6 +42,9 @@ QColor rowColour(bool selected) {
 void FenPlaylistController::initialize() {
     lastPlaylistEntry = -1;
     if (playlistView) setUpTable();
+    player->rowChanged = [this](std::int32_t row) {
+        if (playlistView) playlistView->viewport()->update(playlistView->rectOfRow(row).toAlignedRect());
+    };
     player->internalPlaylistManager->load();
     displayName = QStringLiteral("Playlist");
 }
@@ -39,6 +54,7 @@ void FenPlaylistController::loadView(QWidget& view) {
     layout.setupUi(&view);
     playlistView = layout.playlistView;
     playlistSelector = layout.playlistSelector;
+    statusLine = layout.statusLine;
     view.setFocusProxy(playlistView);
     QPalette rows = playlistView->palette();
     rows.setColor(QPalette::Base, rowColour(false));
@@ -47,6 +63,11 @@ void FenPlaylistController::loadView(QWidget& view) {
     setUpTable();
     app::dressInSkin(*playlistView);
     app::dressInSkin(*playlistSelector);
+    app::dressInSkin(*statusLine);
+    QObject::connect(&statusLine->stopButton(), &QPushButton::clicked, statusLine, [this] {
+        player->tagReader.stop();
+        updateStatusLine();
+    });
     playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());
     playlistSelector->setDataSource(this);
     playlistSelector->lineEdit()->setAcceptDrops(false); // files that fall there are the window's to take
@@ -87,6 +108,48 @@ void FenPlaylistController::updatePlaylistViewSlow() {
     lastPlaylistEntry = current;
 }
 
+void FenPlaylistController::updateStatusLine() {
+    if (!statusLine) return;
+    const auto progress = player->tagReader.progress();
+    const bool isBusy = progress.total > 0 || sources->isSearching();
+    if (!isBusy) {
+        m_busy.invalidate();
+        if (std::exchange(m_outcome, outcomeText()) != m_outcome) m_told.start();
+        if (!m_outcome.isEmpty()) statusLine->showText(m_outcome);
+        return showsStatus(!m_outcome.isEmpty() && !m_told.hasExpired(outcomeMs));
+    }
+    m_outcome.clear();
+    if (!m_busy.isValid()) m_busy.start();
+    if (!m_busy.hasExpired(quietMs)) return showsStatus(false);
+    if (!statusLine->isHidden() && !m_told.hasExpired(tellEveryMs)) return;
+    m_told.start();
+    if (progress.total == 0) {
+        statusLine->showText(QStringLiteral("Looking for audio files"));
+    } else {
+        statusLine->showProgress(
+            QStringLiteral("Reading %1 of %2").arg(number(progress.done), number(progress.total)),
+            static_cast<double>(progress.done) / static_cast<double>(progress.total));
+    }
+    showsStatus(true);
+}
+
+/// The table makes room for it.
+void FenPlaylistController::showsStatus(bool shows) {
+    statusLine->setVisible(shows);
+    const QRect line = statusLine->geometry();
+    playlistView->resize(playlistView->width(), shows ? line.top() : line.bottom() + 1);
+}
+
+QString FenPlaylistController::outcomeText() const {
+    if (!sources->rejected().empty()) {
+        const QString name = QFileInfo(QString::fromStdString(sources->rejected())).fileName();
+        return QStringLiteral("%1 is not a playlist").arg(name);
+    }
+    if (sources->skipped() == 0) return {};
+    if (sources->skipped() == 1) return QStringLiteral("1 file is not audio");
+    return QStringLiteral("%1 files are not audio").arg(number(sources->skipped()));
+}
+
 int FenPlaylistController::numberOfRowsInTableView() {
     if (!player || !player->playlist) return 0;
     return static_cast<int>(player->playlist->entryCount());
@@ -99,12 +162,14 @@ QVariant FenPlaylistController::objectValueForTableColumn(int row) {
 void FenPlaylistController::willDisplayCell(cocoa::TextFieldCell& cell, int row) {
     auto& entryCell = static_cast<PlaylistEntryCell&>(cell);
     const TulPlaylistEntry& entry = *player->playlist->entryAt(row);
+    player->tagReader.want(row);
+    const bool isLengthKnown = entry.length > 0 || entry.tags == TulPlaylistEntry::Tags::read;
     entryCell.setTrackNumber(row + 1);
-    entryCell.setInfo1(app::displayText(entry.title));
+    entryCell.setInfo1(app::displayText(entry.shownTitle()));
     const QString failure = failureOf(row);
     entryCell.setFailed(!failure.isEmpty());
     entryCell.setInfo2(failure.isEmpty() ? app::displayText(entry.artistAlbum) : failure);
-    entryCell.setLengthInfo(failure.isEmpty() ? app::timeText(entry.length) : QString());
+    entryCell.setLengthInfo(failure.isEmpty() && isLengthKnown ? app::timeText(entry.length) : QString());
     entryCell.setActive(entry.active);
     entryCell.setPlayIcon(cocoa::Image::named(QStringLiteral("playlist_play_icon")));
     entryCell.setBackgroundColor(rowColour(playlistView->selectedRowIndexes().contains(row)));
@@ -154,13 +219,12 @@ bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int 
 }
 
 void FenPlaylistController::playlistNameChange() {
-    if (player && player->internalPlaylistManager && playlistSelector->indexOfSelectedItem() >= 0) {
-        app::ReadingDialog::whileShown(*player, *playlistSelector, [this] {
-            player->selectInternalPlaylist(playlistSelector->indexOfSelectedItem());
-        });
-        reloadPlaylistData();
-    }
-    if (player && player->playlist) player->playlist->name = playlistSelector->stringValue().toStdString();
+    if (!player || !player->playlist) return;
+    const int chosen = playlistSelector->indexOfSelectedItem();
+    if (chosen >= 0 && player->internalPlaylistManager)
+        sources->selectInternalPlaylist(chosen); // the name comes with it
+    else
+        player->playlist->name = playlistSelector->stringValue().toStdString();
 }
 
 int FenPlaylistController::numberOfItemsInComboBox() {

@@ -5,9 +5,17 @@
 #include "platform/cocoa/TableViewDataSource.h"
 #include "platform/cocoa/TableViewDelegate.h"
 
+#include <QElapsedTimer>
+#include <QString>
+
 #include <cstdint>
 
 enum class TulPlaybackState;
+
+namespace app {
+class SourceQueue;
+class StatusLine;
+} // namespace app
 
 namespace cocoa {
 class ComboBox;
@@ -28,11 +36,16 @@ public:
     /// Null until the page's view is loaded.
     cocoa::TableView* playlistView = nullptr;
     cocoa::ComboBox* playlistSelector = nullptr;
+    app::StatusLine* statusLine = nullptr;
+    /// Set by the delegate before `initialize`.
+    app::SourceQueue* sources = nullptr;
 
     void initialize() override;
     void reInitializeDragAndDrop();
     void reloadPlaylistData();
     void updatePlaylistViewSlow();
+    /// Shows how far the reading of tags has come, and for a while what came of the last command.
+    void updateStatusLine();
 
     int numberOfRowsInTableView() override;
     QVariant objectValueForTableColumn(int row) override;
@@ -56,7 +69,12 @@ protected:
 
 private:
     void setUpTable();
+    void showsStatus(bool shows);
+    QString outcomeText() const;
     QString failureOf(int row) const;
 
+    QElapsedTimer m_busy; ///< Invalid while nothing is being read.
+    QElapsedTimer m_told; ///< Since the line has said what it says.
+    QString m_outcome;
     TulPlaybackState m_shownState{};
 };

@@ -38,30 +38,15 @@ bool isPlaylist(const std::string& source) {
     return !isAddress(source) && hasType(source, playlistTypes());
 }
 
+bool isAudio(const std::string& path) {
+    return hasType(path, audioTypes());
+}
+
 std::string sourceFromAddress(const std::string& address) {
     constexpr std::string_view scheme = "file://";
     if (!address.starts_with(scheme)) return address;
     const std::string path = address.substr(std::min(address.find('/', scheme.size()), address.size()));
     return QByteArray::fromPercentEncoding(QByteArray::fromStdString(path)).toStdString();
-}
-
-std::vector<std::string> audioFilesIn(const std::string& folder, const ReadingProgress& progress) {
-    namespace fs = std::filesystem;
-    std::vector<std::string> files;
-    std::error_code failed;
-    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, failed);
-    for (; !failed && entry != fs::end(entry); entry.increment(failed)) {
-        if (!progress(files.size(), 0)) break;
-        const bool hidden = entry->path().filename().string().starts_with('.');
-        if (hidden) {
-            entry.disable_recursion_pending();
-        } else if (std::error_code unknown;
-                   entry->is_regular_file(unknown) && hasType(entry->path(), audioTypes())) {
-            files.push_back(entry->path().string());
-        }
-    }
-    std::sort(files.begin(), files.end());
-    return files;
 }
 
 } // namespace app

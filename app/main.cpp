@@ -24,5 +24,7 @@ int main(int argc, char** argv) {
         &application, [&] { delegate.openSources(line.sources); }, Qt::QueuedConnection);
     std::optional<app::DemoRun> demo;
     if (!line.demoScreenshot.empty()) demo.emplace(delegate, QString::fromStdString(line.demoScreenshot));
-    app::endProcess(QApplication::exec(), finish);
+    const int status = QApplication::exec();
+    delegate.finishSaving(); // a slow disk may take longer than all else has to end
+    app::endProcess(status, finish);
 }

@@ -53,7 +53,8 @@ MprisPlayer::MprisPlayer(QObject& service, FenAppDelegate& delegate)
 
 void MprisPlayer::announceChanges() {
     const bool sameTrack = handle() == m_handle;
-    if (!sameTrack) takeCover();
+    if (!sameTrack) m_cover.reset();
+    if (!m_cover) takeCover(); // it may come later than the sound
 
     const qlonglong played = m_advanced ? m_since.nsecsElapsed() / 1000 : 0;
     const qlonglong strayed = position() - m_position - played;
@@ -92,9 +93,8 @@ void MprisPlayer::noteTime() {
     m_since.restart();
 }
 
-/// The picture of the entry that has just begun. It is kept as long as it is told of.
+/// The picture of the entry that plays. It is kept as long as it is told of.
 void MprisPlayer::takeCover() {
-    m_cover.reset();
     if (handle() == 0 || player().playlist->entryCount() == 0) return;
     const TulPlaylistEntry& entry = *player().playlist->currentEntry();
     if (entry.coverArtSize == 0) return;

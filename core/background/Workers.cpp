@@ -140,6 +140,12 @@ Workers::~Workers() {
     undelivered.swap(m_state->posted);
     m_state->work.notify_all();
     m_state->ended.wait_for(lock, m_state->settings.endsWithin, [this] { return m_state->threads == 0; });
+    lock.unlock();
+    finishSaving();
+}
+
+void Workers::finishSaving() {
+    State::Lock lock(m_state->mutex);
     m_state->ended.wait_for(lock, m_state->settings.savesWithin, [this] { return !m_state->saves; });
 }
 

@@ -41,7 +41,7 @@ public:
         std::chrono::milliseconds hangsAfter{250};
         /// The destructor waits so long for jobs, …
         std::chrono::milliseconds endsWithin{200};
-        /// … and so long for what is being saved.
+        /// … and as `finishSaving` so long for what is being saved.
         std::chrono::milliseconds savesWithin{2000};
     };
 
@@ -65,6 +65,8 @@ public:
     void run(Lane lane, Job job);
     /// Runs what has been posted. After a few milliseconds it leaves the rest to another wake.
     void deliver();
+    /// Waits until what is being saved is, but not for long.
+    void finishSaving();
 
 private:
     static std::size_t cores();

@@ -21,7 +21,9 @@ TulPlayer::TulPlayer()
     : playlistFileFactory(std::make_unique<TulPlaylistFileFactory>()),
       playlist(std::make_unique<TulPlaylist>()),
       internalPlaylistManager(std::make_unique<TulInternalPlaylistManager>()),
-      networkSharing(std::make_unique<TulNetworkSharing>()) {
+      networkSharing(std::make_unique<TulNetworkSharing>()),
+      tagReader(workers, [this](const auto& entry, auto row) { entryChanged(entry, row); }) {
+    tagReader.follow(*playlist);
     {
         const std::lock_guard lock(handOverMutex);
         instance = this;
@@ -64,9 +66,10 @@ void TulPlayer::startEntry() {
 
     TulPlaylistEntry& entry = *playlist->currentEntry();
     stream = std::make_unique<TulStream>();
-    stream->title = entry.title;
+    stream->title = entry.shownTitle();
     stream->artist = entry.artist;
     stream->album = entry.album;
+    m_playingEntry = entry.id;
     stream->open(entry.source);
     if (m_request == TulPlaybackRequest::pause) stream->holdAtStart();
     stream->setEndSync(&TulPlayer::onStreamEnded);
@@ -74,7 +77,8 @@ void TulPlayer::startEntry() {
     stream->setBalance(balance);
     if (networkSharingEnabled) networkSharing->start(*stream);
     if (!entry.active) playlist->selectEntry(playlist->currentIndex);
-    entry.loadCoverArt();
+    tagReader.prepare(entry, playlist->currentIndex);
+    m_songInfoChanged = false;
     songChanged = true;
     prepareNext();
     // Nothing reports the end of a stream that failed before its end sync was set.
@@ -205,41 +209,94 @@ void TulPlayer::setBalance(float newBalance) {
 }
 
 void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
-    playlist = std::move(newPlaylist);
-    if (playlist->entryCount() > 0) return startCurrentEntry();
-    prepareNext();
+    replacePlaylist(std::move(newPlaylist));
+    playlist->entryCount() > 0 ? startCurrentEntry() : prepareNext();
+    tagReader.readOn();
 }
 
-bool TulPlayer::openPlaylist(const std::string& path) {
-    auto opened = playlistFileFactory->createPlaylistFile(path)->read(path, readingProgress);
-    if (!opened) return false;
-    setPlaylist(std::move(opened));
-    rememberPlaylist(path);
-    return true;
+void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
+    playlist.swap(newPlaylist);
+    tagReader.follow(*playlist);
+    // To destroy a long one takes a while.
+    workers.run(Workers::Lane::bulk,
+                [old = std::shared_ptr<TulPlaylist>(std::move(newPlaylist))](const auto&) {});
+}
+
+void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
+    endOpening(Opening::givenUp);
+    m_opened = std::move(opened);
+    const auto read =
+        [this, path, opening = m_opening,
+         file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path))](const Workers::Reply& reply) {
+            const auto result = std::make_shared<std::unique_ptr<TulPlaylist>>(file->read(path));
+            reply.post([this, path, opening, result] {
+                if (opening != m_opening) return;
+                if (!*result) return endOpening(Opening::rejected);
+                setPlaylist(std::move(*result));
+                rememberPlaylist(path);
+                endOpening(Opening::done);
+            });
+        };
+    workers.run(Workers::Lane::own, read);
+}
+
+void TulPlayer::endOpening(Opening outcome) {
+    ++m_opening;
+    if (const Opened opened = std::exchange(m_opened, {})) opened(outcome);
 }
 
 void TulPlayer::savePlaylist(const std::string& path) {
-    playlistFileFactory->createPlaylistFile(path)->write(*playlist, path);
+    workers.run(Workers::Lane::saving, [file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path)),
+                                        copy = std::shared_ptr(playlist->copyToSave()),
+                                        path](const auto&) { file->write(*copy, path); });
     rememberPlaylist(path);
 }
 
 void TulPlayer::rememberPlaylist(const std::string& path) {
     internalPlaylistManager->addPlaylist(playlist->name, path);
-    internalPlaylistManager->save();
+    workers.run(Workers::Lane::saving, [copy = *internalPlaylistManager](const auto&) { copy.save(); });
 }
 
 void TulPlayer::clearPlaylist() {
-    playlist = std::make_unique<TulPlaylist>();
+    endOpening(Opening::givenUp);
+    replacePlaylist(std::make_unique<TulPlaylist>());
     prepareNext();
 }
 
-void TulPlayer::selectInternalPlaylist(std::int32_t index) {
-    if (index == internalPlaylistManager->currentIndex) return;
-    if (index < 0 || index >= internalPlaylistManager->count()) return;
+void TulPlayer::selectInternalPlaylist(std::int32_t index, Opened opened) {
+    const bool isOther = index != internalPlaylistManager->currentIndex;
+    if (!isOther || index < 0 || index >= internalPlaylistManager->count()) {
+        if (opened) opened(Opening::givenUp);
+        return;
+    }
     const std::string path = internalPlaylistManager->playlistAt(index).first;
-    if (openPlaylist(path)) internalPlaylistManager->currentIndex = index;
+    openPlaylist(path, [this, index, opened = std::move(opened)](Opening outcome) {
+        if (outcome == Opening::done) internalPlaylistManager->currentIndex = index;
+        if (opened) opened(outcome);
+    });
+}
+
+void TulPlayer::appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries) {
+    const auto first = static_cast<std::int32_t>(playlist->entryCount());
+    for (auto& entry : entries)
+        playlist->appendEntry(std::move(entry));
+    tagReader.rowsAppended(first);
+}
+
+void TulPlayer::entryChanged(const TulPlaylistEntry& entry, std::int32_t row) {
+    if (stream && entry.id == m_playingEntry) {
+        stream->title = entry.shownTitle();
+        stream->artist = entry.artist;
+        stream->album = entry.album;
+        m_songInfoChanged = true;
+    }
+    if (rowChanged) rowChanged(row);
 }
 
 bool TulPlayer::takeSongChanged() {
     return std::exchange(songChanged, false);
+}
+
+bool TulPlayer::takeSongInfoChanged() {
+    return std::exchange(m_songInfoChanged, false);
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "core/background/Workers.h"
 #include "core/player/TulPlaybackState.h"
 #include "core/player/TulStream.h"
-#include "core/playlist/ReadingProgress.h"
+#include "core/playlist/TagReader.h"
 #include "core/playlist/TulInternalPlaylistManager.h"
 #include "core/playlist/TulPlaylist.h"
 #include "core/playlist/TulPlaylistFileFactory.h"
@@ -11,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class TulNetworkSharing;
 
@@ -18,7 +20,8 @@ class TulNetworkSharing;
 /// playlist and its stream, and goes on to the next entry when a track ends.
 ///
 /// Threads: one, the main thread, makes all calls and reads all fields. The end of a track is heard on the
-/// audio library's sync thread, which hands the work over through the executor.
+/// audio library's sync thread, which hands the work over through the executor. Files of the playlist are
+/// read by workers; as long as these have no wake, everything is done when a call returns.
 class TulPlayer {
 public:
     /// Runs a task on the main thread, soon. Called from the sync thread.
@@ -45,8 +48,10 @@ public:
     bool songChanged = false;
     bool networkSharingEnabled = false;
 
-    /// Told while a long playlist is opened.
-    ReadingProgress readingProgress;
+    Workers workers;
+    TagReader tagReader;
+    /// Called when a row of the playlist has got its texts.
+    std::function<void(std::int32_t row)> rowChanged;
 
     /// The player that hears the end of tracks. Null when there is none.
     static TulPlayer* instance;
@@ -84,14 +89,19 @@ public:
 
     /// Replaces the playlist and starts it; an empty one leaves the playing stream alone.
     void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
-    /// Opens a playlist file and remembers it as an internal playlist. False, and the playlist as it was,
-    /// when the file is rejected.
-    bool openPlaylist(const std::string& path);
+    /// What became of a playlist file. But for the first the playlist stays as it was.
+    enum class Opening { done, rejected, givenUp /**< for another file, or an empty list */ };
+    using Opened = std::function<void(Opening)>;
+    /// Opens a playlist file and remembers it as an internal playlist. `opened` is called once.
+    void openPlaylist(const std::string& path, Opened opened = {});
+    /// Saves the playlist as it is now.
     void savePlaylist(const std::string& path);
     /// The playing stream plays on.
     void clearPlaylist();
     /// Opens one of the internal playlists, unless it is the current one.
-    void selectInternalPlaylist(std::int32_t index);
+    void selectInternalPlaylist(std::int32_t index, Opened opened = {});
+    /// Appends entries whose tags are to be read.
+    void appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries);
 
     /// Tells the stream which source follows it. To be called when the playlist was changed; `update` does so
     /// as well.
@@ -101,16 +111,26 @@ public:
 
     /// Whether an entry has been started since the last call.
     bool takeSongChanged();
+    /// Whether what is known of the entry that plays, its texts or its picture, has changed since the last
+    /// call and since it started.
+    bool takeSongInfoChanged();
 
 private:
     void startEntry();
     void streamEnded(HSTREAM ended);
     [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
     void markCurrentEntry(const TulFailure& failure);
+    void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
+    void endOpening(Opening outcome);
     void rememberPlaylist(const std::string& path);
+    void entryChanged(const TulPlaylistEntry& entry, std::int32_t row);
 
     Executor m_executor;
     TulPlaybackRequest m_request = TulPlaybackRequest::stop;
     bool m_skipsFailures = false; ///< The entry was started by the end of another.
     std::int64_t m_failedInARow = 0;
+    std::uint64_t m_opening = 0; ///< Counts what has been opened or given up.
+    Opened m_opened;
+    std::uint64_t m_playingEntry = 0; ///< The id of the one that `stream` was opened for.
+    bool m_songInfoChanged = false;
 };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "core/playlist/ReadingProgress.h"
 #include "core/playlist/TulPlaylist.h"
 
 #include <memory>
@@ -11,9 +10,9 @@ class ITulPlaylistFile {
 public:
     virtual ~ITulPlaylistFile() = default;
 
-    /// Null when the file is rejected.
-    virtual std::unique_ptr<TulPlaylist> read(const std::string& path,
-                                              const ReadingProgress& progress = {}) = 0;
+    /// The list as the file gives it: no file is asked for the tags that are missing in it, and no entry has
+    /// a title that is not written there, but for addresses. Null when the file is rejected. Any thread.
+    virtual std::unique_ptr<TulPlaylist> read(const std::string& path) = 0;
     /// Replaces the file. A failure leaves the old one and is not reported.
     virtual void write(const TulPlaylist& playlist, const std::string& path) = 0;
 };

@@ -1,10 +1,15 @@
 #include "core/playlist/TulPlaylist.h"
 
-#include "core/playlist/fillTrackInfo.h"
-
 #include <algorithm>
+#include <atomic>
 #include <stdexcept>
 #include <utility>
+
+/// Lists are made by the readers of playlist files on workers, too.
+std::uint64_t TulPlaylist::nextId() {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
 
 std::int64_t TulPlaylist::entryCount() const {
     return static_cast<std::int64_t>(entries.size());
@@ -51,23 +56,8 @@ void TulPlaylist::addEntry(const std::string& source) {
     appendEntry(std::make_unique<TulPlaylistEntry>(source));
 }
 
-void TulPlaylist::addEntries(const std::vector<std::string>& sources, const ReadingProgress& progress) {
-    std::vector<std::unique_ptr<TulPlaylistEntry>> added;
-    added.reserve(sources.size());
-    for (const auto& source : sources)
-        added.emplace_back(std::make_unique<TulPlaylistEntry>())->source = source;
-    appendEntries(std::move(added), progress);
-}
-
 void TulPlaylist::appendEntry(std::unique_ptr<TulPlaylistEntry> entry) {
     entries.push_back(std::move(entry));
-}
-
-void TulPlaylist::appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> unfilled,
-                                const ReadingProgress& progress) {
-    unfilled.resize(fillTrackInfo(unfilled, progress));
-    for (auto& entry : unfilled)
-        appendEntry(std::move(entry));
 }
 
 void TulPlaylist::moveEntries(std::int32_t from, std::int32_t to) {
@@ -83,4 +73,19 @@ void TulPlaylist::moveEntries(std::int32_t from, std::int32_t to) {
 
     const auto active = std::ranges::find_if(entries, [](const auto& entry) { return entry->active; });
     if (active != entries.end()) currentIndex = static_cast<std::int32_t>(active - entries.begin());
+}
+
+std::unique_ptr<TulPlaylist> TulPlaylist::copyToSave() const {
+    auto copy = std::make_unique<TulPlaylist>();
+    copy->name = name;
+    copy->entries.reserve(entries.size());
+    for (const auto& entry : entries) {
+        auto& saved = copy->entries.emplace_back(std::make_unique<TulPlaylistEntry>());
+        saved->source = entry->source;
+        saved->title = entry->title;
+        saved->artist = entry->artist;
+        saved->album = entry->album;
+        saved->length = entry->length;
+    }
+    return copy;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "core/playlist/ReadingProgress.h"
 #include "core/playlist/TulPlaylistEntry.h"
 
 #include <cstdint>
@@ -15,6 +14,8 @@ public:
     std::vector<std::unique_ptr<TulPlaylistEntry>> entries;
     std::string name;
     std::int32_t currentIndex = 0;
+    /// No other list of this run has it.
+    const std::uint64_t id = nextId();
 
     [[nodiscard]] std::int64_t entryCount() const;
     /// Throws std::out_of_range for an index outside the list.
@@ -31,19 +32,18 @@ public:
     /// What nextEntry would select; null when the list is empty.
     [[nodiscard]] TulPlaylistEntry* followingEntry() const;
 
-    /// Appends an entry for a path or an address, with what its tags say.
+    /// Appends an entry for a path or an address, with what its tags say, which are read at once.
     void addEntry(const std::string& source);
-    /// As addEntry on each, but on all cores.
-    void addEntries(const std::vector<std::string>& sources, const ReadingProgress& progress = {});
     void appendEntry(std::unique_ptr<TulPlaylistEntry> entry);
-    /// Fills what is missing in the entries from their tags, on all cores, and appends them.
-    void appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> unfilled,
-                       const ReadingProgress& progress = {});
 
     /// Moves one entry so that it ends at index `to`; past the end means the last index. The current index
     /// follows the active entry. An index below 0, or a source outside the list, changes nothing.
     void moveEntries(std::int32_t from, std::int32_t to);
 
+    /// A list of what playlist files keep of this one.
+    [[nodiscard]] std::unique_ptr<TulPlaylist> copyToSave() const;
+
 private:
+    static std::uint64_t nextId();
     [[nodiscard]] std::int32_t followingIndex() const;
 };

@@ -1,16 +1,11 @@
 #include "core/playlist/TulPlaylistEntry.h"
 
-#include "core/playlist/TaggedFile.h"
+#include "core/playlist/resolveEntrySource.h"
 
-#include <exception>
-#include <taglib/tag.h>
+#include <atomic>
 #include <utility>
 
 namespace {
-
-std::string utf8(const TagLib::String& text) {
-    return text.toCString(true);
-}
 
 void fill(std::string& field, bool onlyMissing, std::string value) {
     if (!onlyMissing || field.empty()) field = std::move(value);
@@ -22,33 +17,40 @@ TulPlaylistEntry::TulPlaylistEntry(std::string path) : source(std::move(path)) {
     readTrackInfo(false);
 }
 
+/// Entries are made by the readers of playlist files on workers, too.
+std::uint64_t TulPlaylistEntry::nextId() {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
 bool TulPlaylistEntry::hasTrackInfo() const {
     return length > 0 && !title.empty() && !artistAlbum.empty() && !artist.empty() && !album.empty();
 }
 
 void TulPlaylistEntry::readTrackInfo(bool onlyMissing) {
-    if (onlyMissing && hasTrackInfo()) return;
-    try {
-        readTags(onlyMissing);
-    } catch (const std::exception&) {
-        // A damaged file can announce sizes that no memory holds. It then counts as one without tags.
-    }
-    if (title.empty()) title = titleFromSource();
+    const bool isComplete = onlyMissing && hasTrackInfo();
+    takeTrackInfo(isComplete ? std::nullopt : ::readTrackInfo(source), onlyMissing);
 }
 
-void TulPlaylistEntry::readTags(bool onlyMissing) {
-    const TaggedFile tagged(source);
-    const TagLib::AudioProperties* properties = tagged.ref().audioProperties();
-    const TagLib::Tag* tag = tagged.ref().tag();
-    if (!properties || !tag) return;
+void TulPlaylistEntry::takeTrackInfo(const std::optional<TrackInfo>& info, bool onlyMissing) {
+    if (info) {
+        if (!onlyMissing || length <= 0) length = info->length;
+        const std::string by = info->album.empty() ? info->artist : info->artist + " - " + info->album;
+        fill(title, onlyMissing, info->title);
+        fill(artistAlbum, onlyMissing, by);
+        fill(artist, onlyMissing, info->artist);
+        fill(album, onlyMissing, info->album);
+    }
+    if (title.empty()) title = titleFromSource();
+    tags = Tags::read;
+}
 
-    if (!onlyMissing || length <= 0) length = properties->lengthInSeconds();
-    const std::string tagArtist = utf8(tag->artist());
-    const std::string tagAlbum = utf8(tag->album());
-    fill(title, onlyMissing, utf8(tag->title()));
-    fill(artistAlbum, onlyMissing, tagAlbum.empty() ? tagArtist : tagArtist + " - " + tagAlbum);
-    fill(artist, onlyMissing, tagArtist);
-    fill(album, onlyMissing, tagAlbum);
+void TulPlaylistEntry::settleWithoutFile() {
+    if (hasTrackInfo() || isAddress(source)) takeTrackInfo(std::nullopt, true);
+}
+
+std::string TulPlaylistEntry::shownTitle() const {
+    return title.empty() ? titleFromSource() : title;
 }
 
 std::string TulPlaylistEntry::titleFromSource() const {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "core/playlist/TrackInfo.h"
 #include "core/playlist/TulFailure.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace TagLib {
@@ -23,8 +26,18 @@ class File;
 
 /// One track of a playlist: where its sound is, and what to show for it. Texts are UTF-8 as far as the files
 /// they come from are; paths are bytes.
+///
+/// Threads: one at a time. An entry belongs to the main thread as soon as it is in the player's playlist.
 class TulPlaylistEntry {
 public:
+    /// Whether the file has been asked for what is missing.
+    enum class Tags : std::uint8_t {
+        unread,
+        left,    ///< Unread, and to stay so until the row is seen or played.
+        reading, ///< By a worker.
+        read,
+    };
+
     TulPlaylistEntry() = default;
     /// Reads the tags of `source` at once.
     explicit TulPlaylistEntry(std::string source);
@@ -51,12 +64,23 @@ public:
     /// The characters that separate folders in `source`.
     const std::string pathSeparators = "/";
 
+    /// No other entry of this run has it.
+    const std::uint64_t id = nextId();
+    Tags tags = Tags::unread;
+
     /// Reads title, artist, album and length from the file's tags, and takes the title from the file's name
     /// where that gives none. `onlyMissing` keeps what is filled already, and opens no file when nothing is
     /// missing. A file that cannot be read changes nothing else.
     void readTrackInfo(bool onlyMissing);
+    /// The same from what has been read of the file, nothing where it could not be.
+    void takeTrackInfo(const std::optional<TrackInfo>& info, bool onlyMissing);
     /// Nothing is left for readTrackInfo(true) to fill.
     [[nodiscard]] bool hasTrackInfo() const;
+    /// As readTrackInfo(true), if that is possible without a file: when nothing is missing, and for
+    /// addresses.
+    void settleWithoutFile();
+    /// The title, or the name of the file as long as there is none.
+    [[nodiscard]] std::string shownTitle() const;
 
     /// Looks for the embedded picture of MPEG audio, FLAC, MP4 and Monkey's Audio files, unless one has been
     /// found before.
@@ -69,7 +93,7 @@ public:
     bool coverArtFromMP4(TagLib::MP4::File& file);
 
 private:
-    void readTags(bool onlyMissing);
+    static std::uint64_t nextId();
     [[nodiscard]] std::string titleFromSource() const;
     bool storeCoverArt(const char* bytes, std::size_t size);
 };

@@ -54,19 +54,19 @@ std::vector<std::unique_ptr<TulPlaylistEntry>> parseEntries(std::string_view tex
             entry->title = std::exchange(pending.title, {});
             entry->length = pending.seconds;
         }
+        entry->settleWithoutFile();
     }
     return entries;
 }
 
 } // namespace
 
-std::unique_ptr<TulPlaylist> TulPlaylistFileM3U::read(const std::string& path,
-                                                      const ReadingProgress& progress) {
+std::unique_ptr<TulPlaylist> TulPlaylistFileM3U::read(const std::string& path) {
     const std::string folder = playlistFolder(path);
     const std::string fileName = path.substr(folder.size());
     auto playlist = std::make_unique<TulPlaylist>();
     playlist->name = fileName.substr(0, fileName.rfind('.'));
-    if (const auto text = readFile(path)) playlist->appendEntries(parseEntries(*text, folder), progress);
+    if (const auto text = readFile(path)) playlist->entries = parseEntries(*text, folder);
     return playlist;
 }
 

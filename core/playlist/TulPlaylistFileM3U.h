@@ -7,7 +7,7 @@
 class TulPlaylistFileM3U : public ITulPlaylistFile {
 public:
     /// Never null: a file that cannot be read gives an empty playlist of the file's name.
-    std::unique_ptr<TulPlaylist> read(const std::string& path, const ReadingProgress& progress = {}) override;
+    std::unique_ptr<TulPlaylist> read(const std::string& path) override;
     /// Does nothing: the format is only read.
     void write(const TulPlaylist& playlist, const std::string& path) override;
 };

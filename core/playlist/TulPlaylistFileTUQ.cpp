@@ -23,8 +23,7 @@ std::int32_t wholeSeconds(double seconds) {
 
 } // namespace
 
-std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path,
-                                                      const ReadingProgress& progress) {
+std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path) {
     const auto text = readFile(path);
     rapidjson::Document root;
     if (!text || !json::parse(*text, root)) return nullptr;
@@ -35,17 +34,15 @@ std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path,
     if (!name || !elements || !elements->IsArray() || (start && !start->IsInt())) return nullptr;
 
     const std::string folder = playlistFolder(path);
-    std::vector<std::unique_ptr<TulPlaylistEntry>> entries;
-    entries.reserve(elements->Size());
-    for (const auto& element : elements->GetArray()) {
-        if (json::member(element, "smart")) continue;
-        entries.push_back(readEntry(element, root, folder));
-        if (!entries.back()) return nullptr;
-    }
-
     auto playlist = std::make_unique<TulPlaylist>();
     playlist->name = name->GetString();
-    playlist->appendEntries(std::move(entries), progress);
+    playlist->entries.reserve(elements->Size());
+    for (const auto& element : elements->GetArray()) {
+        if (json::member(element, "smart")) continue;
+        auto entry = readEntry(element, root, folder);
+        if (!entry) return nullptr;
+        playlist->appendEntry(std::move(entry));
+    }
     if (start) playlist->selectEntry(start->GetInt());
     return playlist;
 }
@@ -70,6 +67,7 @@ std::unique_ptr<TulPlaylistEntry> TulPlaylistFileTUQ::readEntry(const rapidjson:
     if (length) entry->length = length->GetDouble();
     if (!entry->artist.empty() && !entry->album.empty())
         entry->artistAlbum = entry->artist + " - " + entry->album;
+    entry->settleWithoutFile();
     return entry;
 }
 

@@ -10,12 +10,11 @@ class TulPlaylistFileTUQ : public ITulPlaylistFile {
 public:
     /// Null for what is not such a document: unreadable, invalid JSON, a required member missing, or a known
     /// member of another type.
-    std::unique_ptr<TulPlaylist> read(const std::string& path, const ReadingProgress& progress = {}) override;
+    std::unique_ptr<TulPlaylist> read(const std::string& path) override;
     void write(const TulPlaylist& playlist, const std::string& path) override;
 
 private:
-    /// What the file says of one entry; its tags are read later, for all entries together. Null when the
-    /// element breaks the rules.
+    /// Null when the element breaks the rules.
     static std::unique_ptr<TulPlaylistEntry>
     readEntry(const rapidjson::Value& element, const rapidjson::Value& root, const std::string& folder);
 };

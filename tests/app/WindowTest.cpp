@@ -7,6 +7,7 @@
 #include "app/FenPlaylistController.h"
 #include "app/FenReleaseNotesController.h"
 #include "app/ImageButton.h"
+#include "app/StatusLine.h"
 #include "app/TextField.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
@@ -25,10 +26,15 @@
 #include <QMimeData>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QToolTip>
 #include <QUrl>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
 
 namespace {
 
@@ -167,10 +173,12 @@ TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
     QTest::keyClicks(name, "Road trip");
     QTest::keyClick(name, Qt::Key_Return);
     EXPECT_EQ(delegate.player->playlist->name, "Road trip");
-    const std::string road = (support::scratch() / "road.tuq").string();
-    delegate.player->savePlaylist(road);
-    EXPECT_NE(support::readFile(support::scratch() / "Documents/playlists.json").find("Road trip"),
-              std::string::npos);
+    delegate.player->savePlaylist((support::scratch() / "road.tuq").string());
+    const auto store = support::scratch() / "Documents/playlists.json";
+    ASSERT_TRUE(runUntil([&] {
+        return std::filesystem::exists(store) &&
+               support::readFile(store).find("Road trip") != std::string::npos;
+    }));
 
     delegate.clearPlaylist();
     delegate.player->playlist->name = "Empty";
@@ -179,8 +187,9 @@ TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
     name->selectAll();
     QTest::keyClicks(name, "Road trip");
     QTest::keyClick(name, Qt::Key_Return);
-    EXPECT_EQ(delegate.player->playlist->entryCount(), 3);
+    ASSERT_TRUE(runUntil([&] { return table().numberOfRows() == 3; }));
     EXPECT_EQ(selector().stringValue(), "Road trip");
+    EXPECT_EQ(delegate.player->playlist->name, "Road trip");
     EXPECT_TRUE(isStarted(delegate.player->playbackState()));
 }
 
@@ -194,6 +203,11 @@ TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
     for (const auto& name :
          {odd, first, second, (folder / "cover.png").string(), (folder / ".2.wav").string()})
         support::writeFile(name, "x");
+    support::writeFile(support::scratch() / "list.m3u", odd + "\n");
+    const auto status = [&] { return delegate.playlistController->statusLine; };
+    const auto says = [&](const char* text) {
+        return runUntil([&] { return status()->isVisible() && status()->text() == QLatin1String(text); });
+    };
     QMimeData dropped;
     dropped.setUrls(
         {QUrl::fromEncoded(QByteArray("file://") + QByteArray::fromStdString(odd).toPercentEncoding("/")),
@@ -214,13 +228,28 @@ TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
     EXPECT_EQ(list.entryAt(3)->source, "http://127.0.0.1:1/a%20b?c=d");
     EXPECT_EQ(table().numberOfRows(), 4);
     EXPECT_EQ(delegate.player->stream, nullptr) << "adding plays nothing";
+    EXPECT_TRUE(says("1 file is not audio"));
+    EXPECT_EQ(table().height(), status()->y()) << "it covers no row";
 
     dropped.setUrls({QUrl("http://127.0.0.1:1/live")});
     dropped.setText("http://127.0.0.1:1/live"); // the same, for those who take no more
     EXPECT_TRUE(drop(selector().lineEdit()));
     EXPECT_TRUE(runUntil([&] { return list.entryCount() == 5; }));
+    EXPECT_TRUE(runUntil([&] { return !status()->isVisible(); })) << "there is nothing to say";
     dropped.setUrls({});
     EXPECT_FALSE(drop(table().viewport()));
+
+    const auto listFile =
+        QUrl::fromLocalFile(QString::fromStdString((support::scratch() / "list.m3u").string()));
+    dropped.setUrls({listFile, QUrl::fromLocalFile(QString::fromStdString(folder.string()))});
+    EXPECT_TRUE(drop(table().viewport()));
+    EXPECT_TRUE(says("2 files are not audio"));
+    EXPECT_EQ(list.entryCount(), 7);
+    dropped.setUrls({listFile});
+    EXPECT_TRUE(drop(table().viewport()));
+    ASSERT_TRUE(runUntil([&] { return delegate.player->playlist->name == "list"; })) << "alone it is opened";
+    EXPECT_EQ(delegate.player->playlist->entryCount(), 1);
+    EXPECT_EQ(delegate.player->stream->title, "50% #1?\xff");
 }
 
 TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {
@@ -245,17 +274,84 @@ TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {
     QTest::keyClick(delegate.window.get(), Qt::Key_2, Qt::ControlModifier);
     EXPECT_TRUE(runUntil([&] { return delegate.pageName->text() == "Cover Art"; }));
     const auto pictureSize = [&] { return delegate.coverArtController->coverArtView->image().size(); };
-    EXPECT_EQ(pictureSize(), QSizeF(2, 2)) << "shown when the page is first turned to";
-    for (const char* title : {"Plain", "Faulty"}) {
-        delegate.player->next();
+    const auto isCover = [&] { return pictureSize() == QSizeF(2, 2); };
+    EXPECT_TRUE(runUntil(isCover)) << "shown when the page is first turned to";
+    for (const auto& [row, title] : {std::pair{1, "Plain"}, {2, "Faulty"}}) {
+        delegate.player->playlist->selectEntry(row);
+        delegate.player->startCurrentEntry();
         ASSERT_TRUE(shows(title));
-        EXPECT_GT(pictureSize().width(), 100) << "our own picture";
+        EXPECT_TRUE(runUntil([&] { return !isCover(); })) << "our own picture";
+        delegate.player->playlist->selectEntry(0);
+        delegate.player->startCurrentEntry();
+        EXPECT_TRUE(runUntil(isCover));
     }
     EXPECT_EQ(delegate.releaseNotesController->releaseNotesView, nullptr)
         << "not read before it is turned to";
     QTest::keyClick(delegate.window.get(), Qt::Key_3, Qt::ControlModifier);
     EXPECT_TRUE(runUntil([&] { return delegate.pageName->text() == "Release Notes"; }));
     EXPECT_TRUE(delegate.releaseNotesController->releaseNotesView->toPlainText().contains("Sound"));
+}
+
+/// How long this thread has worked at most between two turns of the event loop.
+class LongestTurn {
+public:
+    LongestTurn() {
+        m_timer.setTimerType(Qt::PreciseTimer);
+        m_timer.callOnTimeout([this] { milliseconds = std::max(milliseconds, sinceLast()); });
+        m_timer.start(1);
+        sinceLast();
+    }
+    double milliseconds = 0;
+
+private:
+    double sinceLast() {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        const double now = static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+        return now - std::exchange(m_last, now);
+    }
+    QTimer m_timer;
+    double m_last = 0;
+};
+
+TEST_F(WindowTest, AListOf100000RowsIsThereAtOnceAndReadWhileTheWindowGoesOn) {
+    constexpr int rows = 100'000;
+    const std::string track = makeTrack("Tagged", 440, 20);
+    std::string lines = "#EXTM3U\n";
+    for (int i = 0; i < rows; ++i)
+        lines += track + "\n";
+    support::writeFile(support::scratch() / "long.m3u", lines);
+    support::picture(*delegate.window); // fonts are loaded
+    const LongestTurn longest;
+    delegate.openSources({(support::scratch() / "long.m3u").string()});
+    delegate.openSources({"/nowhere/after.flac"}); // to the list that is being opened
+    ASSERT_TRUE(runUntil([&] { return table().numberOfRows() == rows + 1; }));
+    ASSERT_TRUE(shows("Tagged"));
+    const auto& list = *delegate.player->playlist;
+    EXPECT_EQ(list.entryAt(rows)->shownTitle(), "after");
+
+    const auto& status = *delegate.playlistController->statusLine;
+    ASSERT_TRUE(runUntil([&] { return status.isVisible(); }));
+    EXPECT_TRUE(status.text().startsWith("Reading "));
+    EXPECT_TRUE(status.text().endsWith(" of 100,001")) << status.text().toStdString();
+    table().scrollRowToVisible(rows);
+    ASSERT_TRUE(runUntil([&] { return list.entryAt(rows - 2)->title == "Tagged"; })) << "seen";
+    EXPECT_TRUE(list.entryAt(rows - 100)->title.empty()) << "not seen";
+
+    EXPECT_LT(longest.milliseconds, 16);
+    delegate.player->savePlaylist((support::scratch() / "unread.tuq").string());
+    QTest::mouseClick(&delegate.playlistController->statusLine->stopButton(), Qt::LeftButton);
+    EXPECT_TRUE(runUntil([&] { return !status.isVisible(); }));
+    EXPECT_TRUE(list.entryAt(rows - 100)->title.empty());
+    delegate.player->playlist->moveEntries(rows - 100, rows);
+    ASSERT_TRUE(runUntil([&] { return list.entryAt(rows)->title == "Tagged"; })) << "left, and seen now";
+    EXPECT_TRUE(delegate.player->isPlaying());
+
+    delegate.openSources({(support::scratch() / "unread.tuq").string()});
+    ASSERT_TRUE(runUntil([&] { return delegate.player->playlist->entryAt(0)->length == 20; }));
+    EXPECT_EQ(delegate.player->playlist->entryAt(rows - 100)->title, "") << "nothing made up is saved";
+    delegate.clearPlaylist();
+    EXPECT_TRUE(runUntil([&] { return !status.isVisible() && table().numberOfRows() == 0; }));
 }
 
 TEST_F(WindowTest, TextsThatCannotBeShownAndSourcesThatCannotBePlayedLeaveItUsable) {

@@ -48,7 +48,8 @@ protected:
 };
 
 TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
-    player->playlist->addEntries({encode("a.flac", 0.2), encode("b.mp3", 0.2), encode("c.flac", 0.2)});
+    for (const char* name : {"a.flac", "b.mp3", "c.flac"})
+        player->playlist->addEntry(encode(name, 0.2));
     player->play();
     ASSERT_TRUE(plays());
     for (const std::int32_t expected : {1, 2, 0, 1}) {
@@ -66,7 +67,9 @@ TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
 }
 
 TEST_F(Playback, ATrackThatEndsInItsFadeLeavesTheNextOnePausedAtItsStart) {
-    player->playlist->addEntries({encode("short.flac", 0.2), "/nowhere/gone.flac", encode("long.mp3", 60)});
+    for (const std::string& source :
+         {encode("short.flac", 0.2), std::string("/nowhere/gone.flac"), encode("long.mp3", 60)})
+        player->playlist->addEntry(source);
     player->play();
     ASSERT_TRUE(plays());
     player->pause(); // for longer than the track lasts

@@ -23,7 +23,19 @@ protected:
         player->setExecutor([this](std::function<void()> task) { tasks.push_back(std::move(task)); });
     }
 
-    void add(const std::vector<std::string>& sources) { player->playlist->addEntries(sources); }
+    void add(const std::vector<std::string>& sources) {
+        for (const auto& source : sources)
+            player->playlist->addEntry(source);
+    }
+    /// In place, or when it has been given up.
+    TulPlayer::Opened note(std::string& outcomes, char letter) {
+        return [&outcomes, letter](TulPlayer::Opening outcome) {
+            outcomes += letter;
+            outcomes += outcome == TulPlayer::Opening::done       ? '+'
+                        : outcome == TulPlayer::Opening::rejected ? '-'
+                                                                  : '0';
+        };
+    }
 
     /// The end sync, on a thread of the library's, without what the main thread does then.
     static void fireEnd(HSTREAM handle) {
@@ -464,14 +476,16 @@ TEST_F(Player, KeepsThePlaylistWhenAFileIsRejected) {
     player->setStorePath(path("playlists.json"));
     auto& manager = *player->internalPlaylistManager;
 
-    EXPECT_TRUE(player->openPlaylist(path("a.tuq")));
+    std::string outcomes;
+    player->openPlaylist(path("a.tuq"), note(outcomes, 'a'));
     EXPECT_TRUE(player->isPlaying());
     const TulPlaylist* opened = player->playlist.get();
-    EXPECT_FALSE(player->openPlaylist(path("bad.tuq")));
+    player->openPlaylist(path("bad.tuq"), note(outcomes, 'x'));
     EXPECT_EQ(player->playlist.get(), opened);
     EXPECT_EQ(manager.count(), 1);
 
-    EXPECT_TRUE(player->openPlaylist(path("b.tuq"))); // an empty one leaves the stream alone
+    player->openPlaylist(path("b.tuq"), note(outcomes, 'b')); // an empty one leaves the stream alone
+    EXPECT_EQ(outcomes, "a+x-b+");
     EXPECT_EQ(player->playlist->name, "B");
     EXPECT_TRUE(player->isPlaying());
     EXPECT_EQ(manager.currentIndex, 1);
@@ -491,6 +505,81 @@ TEST_F(Player, KeepsThePlaylistWhenAFileIsRejected) {
     stored.storePath = path("playlists.json");
     stored.load();
     EXPECT_EQ(stored.playlists, manager.playlists);
+}
+
+TEST_F(Player, OpensInTheBackgroundWhatWasAskedForLast) {
+    const auto path = [](const std::string& name) { return (support::scratch() / name).string(); };
+    for (const std::string name : {"a", "b", "c"}) {
+        const std::string entry = R"({"source":")" + name + R"(.mp3","title":"T"})";
+        support::writeFile(path(name + ".tuq"), R"({"name":")" + name + R"(","entries":[)" + entry + "]}");
+    }
+    player->setStorePath(path("late.json"));
+    player->workers.setWake([] {});
+    const auto deliverUntil = [this](auto condition) {
+        return support::waitFor([&] {
+            player->workers.deliver();
+            return condition();
+        });
+    };
+    std::string outcomes;
+    player->openPlaylist(path("a.tuq"), note(outcomes, 'a'));
+    EXPECT_EQ(player->playlist->entryCount(), 0) << "a call returns at once";
+    player->openPlaylist(path("b.tuq"), note(outcomes, 'b'));
+    ASSERT_TRUE(deliverUntil([&] { return player->playlist->name == "b"; }));
+    EXPECT_EQ(outcomes, "a0b+");
+    EXPECT_TRUE(player->isPlaying());
+
+    player->openPlaylist(path("c.tuq"), note(outcomes, 'c'));
+    player->clearPlaylist();
+    player->playlist->name = "mine";
+    player->savePlaylist(path("mine.tuq"));
+    player->playlist->name = "changed later";
+    player->selectInternalPlaylist(0, note(outcomes, 's'));
+    ASSERT_TRUE(deliverUntil([&] { return outcomes == "a0b+c0s+"; }));
+    EXPECT_EQ(player->playlist->name, "b");
+    EXPECT_EQ(player->internalPlaylistManager->currentIndex, 0);
+    player.reset(); // when what was saved is on the disk
+    EXPECT_EQ(support::readFile(path("mine.tuq")), R"({"name":"mine","entries":[]})");
+    EXPECT_NE(support::readFile(path("late.json")).find("mine.tuq"), std::string::npos);
+}
+
+TEST_F(Player, TellsOfTheEntryThatPlaysWhatIsReadLater) {
+    const auto wav = support::writeWav(support::scratch() / "in.wav", support::sine(440, 4410)).string();
+    const auto picture = support::scratch() / "cover.png";
+    support::run(
+        {"ffmpeg", "-y", "-f", "lavfi", "-i", "color=red:s=8x8", "-frames:v", "1", picture.string()});
+    std::vector<std::unique_ptr<TulPlaylistEntry>> rows;
+    for (const std::string title : {"One", "Two"}) {
+        rows.push_back(std::make_unique<TulPlaylistEntry>());
+        rows.back()->source = (support::scratch() / (title + ".file.flac")).string();
+        support::run({"flac", "-s", "-f", "-T", "TITLE=" + title, "-T", "ARTIST=Band",
+                      "--picture=" + picture.string(), "-o", rows.back()->source, wav});
+    }
+    player->workers.setWake([] {});
+    player->appendEntries(std::move(rows));
+    player->play();
+    EXPECT_EQ(player->stream->title, "One.file") << "at once";
+    EXPECT_TRUE(player->takeSongChanged());
+    EXPECT_FALSE(player->takeSongInfoChanged());
+    EXPECT_TRUE(player->tagReader.isPreparing());
+    const auto isKnown = [this] {
+        player->workers.deliver();
+        return !player->tagReader.isPreparing() && player->tagReader.progress().total == 0;
+    };
+    ASSERT_TRUE(support::waitFor(isKnown));
+    EXPECT_EQ(player->stream->title + player->stream->artist, "OneBand");
+    EXPECT_TRUE(player->takeSongInfoChanged());
+    EXPECT_FALSE(player->takeSongInfoChanged());
+    const TulPlaylistEntry& playing = *player->playlist->entryAt(0);
+    EXPECT_EQ(std::string(playing.coverArt.get(), static_cast<std::size_t>(playing.coverArtSize)),
+              support::readFile(picture));
+    EXPECT_EQ(player->playlist->entryAt(1)->coverArtSize, 0) << "only of what plays";
+
+    player->next();
+    EXPECT_EQ(player->stream->title, "Two") << "read meanwhile";
+    player->clearPlaylist();
+    ASSERT_TRUE(support::waitFor(isKnown));
+    EXPECT_EQ(player->stream->title, "Two");
 }
 
 TEST_F(Player, ShowsArtistAndAlbumInTurn) {

@@ -45,16 +45,17 @@ TEST(M3U, ReadsLinesAsTheyAre) {
     const std::pair<std::string, std::string> cases[] = {
         {"", ""},
         {"\n", "./||||0\n"},
-        {"a.mp3\nb.mp3", "./a.mp3|a|||0\n./b.mp3|b|||0\n"},
-        {"#EXTM3U8 x\n#EXTINF:215,A - B, C\na.mp3\nb.mp3\n", "./a.mp3|A - B, C|||215\n./b.mp3|b|||0\n"},
+        {"a.mp3\nb.mp3", "./a.mp3||||0\n./b.mp3||||0\n"},
+        {"#EXTM3U8 x\n#EXTINF:215,A - B, C\na.mp3\nb.mp3\n", "./a.mp3|A - B, C|||215\n./b.mp3||||0\n"},
+        {"http://h/x.ogg", "http://h/x.ogg|x|||0\n"}, // needs no file
         {"#EXTINF:1,One\n#EXTINF:2,Two\n#EXTINF:-1,No\nhttp://h/x.ogg", "http://h/x.ogg|Two|||2\n"},
         {"#EXTINF:010,T\na\n#EXTINF:08,T\na", "./a|T|||8\n./a|T|||0\n"},
         {"#EXTINF:4294967295,T\na\n#EXTINF:99999999999999999999999,T\na", "./a|T|||-1\n./a|T|||-1\n"},
         {"#EXTINF:5,\na\n#EXTINF:,T\na\n#EXTINF:1.5,T\na\n#EXTINF:5\na\n#EXTINF:",
-         "./a|a|||0\n./a|a|||0\n./a|a|||0\n./a|a|||0\n"},
-        {"#EXTINF:5,T\r\na.mp3\r\n", "./a.mp3\r|a|||0\n"},
-        {"#EXTGRP:Rock\n\\x\\y", "./#EXTGRP:Rock|#EXTGRP:Rock|||0\n\\x\\y|\\x\\y|||0\n"},
-        {"\xff\xfe.mp3", "./\xff\xfe.mp3|\xff\xfe|||0\n"},
+         "./a||||0\n./a||||0\n./a||||0\n./a||||0\n"},
+        {"#EXTINF:5,T\r\na.mp3\r\n", "./a.mp3\r||||0\n"},
+        {"#EXTGRP:Rock\n\\x\\y", "./#EXTGRP:Rock||||0\n\\x\\y||||0\n"},
+        {"\xff\xfe.mp3", "./\xff\xfe.mp3||||0\n"},
     };
     for (const auto& [text, expected] : cases) {
         const auto playlist = readText("a.b.m3u", text);
@@ -74,14 +75,14 @@ TEST(TUQ, ReadsWhatTheFileSaysAndRejectsWhatBreaksTheRules) {
         {R"({"name":"","entries":[]})", ""},
         {"\xef\xbb\xbf"
          R"( {"name":"","entries":[{"source":"a.mp3"}]} )",
-         "./a.mp3|a|||0\n"},
+         "./a.mp3||||0\n"},
         {R"({"name":"","artist":"R","album":"S","entries":[
              {"source":"a","title":"T","length":215.9},
              {"source":"/b.c","artist":"","album":"B","length":-3},
              {"source":"h://x","smart":null}, {"smart":false}]})",
-         "./a|T|R|S|215\n/b.c|b||B|-3\n"},
+         "./a|T|R|S|215\n/b.c|||B|-3\n"},
         {R"({"name":"","name":7,"entries":[{"source":"\u00e4\u0000x","source":1}],"other":{}})",
-         "./ä|ä|||0\n"},
+         "./ä||||0\n"},
         {R"({"name":"","entries":[],"x":)" + std::string(900, '[') + std::string(900, ']') + "}", ""},
         {"", rejected},
         {"{", rejected},

@@ -1,7 +1,6 @@
 #include "core/playlist/TulPlaylist.h"
 #include "tests/support/Media.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -118,30 +117,6 @@ TEST(TrackInfo, FillsOnlyWhatIsMissing) {
     EXPECT_EQ(entry.length, 2.0);
     entry.readTrackInfo(false);
     EXPECT_EQ(entry.title, "Lied ♥");
-}
-
-TEST(TrackInfo, OfManyEntriesIsTheSameAsOneByOneAndCanBeEnded) {
-    std::vector<std::string> sources;
-    sources.reserve(200'000);
-    for (int i = 0; i < 400; ++i)
-        sources.push_back((media() / (i % 3 == 0 ? "a.mp3" : i % 3 == 1 ? "a.flac" : "gone.wv")).string());
-    TulPlaylist together;
-    together.addEntries(sources);
-    ASSERT_EQ(together.entryCount(), 400);
-    for (std::int32_t i = 0; i < 400; ++i)
-        EXPECT_EQ(summary(*together.entryAt(i)), summary(TulPlaylistEntry(sources[static_cast<size_t>(i)])));
-
-    sources.resize(200'000, sources[1]);
-    TulPlaylist ended;
-    std::size_t seen = 0;
-    ended.addEntries(sources, [&](std::size_t done, std::size_t total) {
-        EXPECT_EQ(total, sources.size());
-        seen = done;
-        return false;
-    });
-    EXPECT_GE(ended.entryCount(), static_cast<std::int64_t>(seen));
-    EXPECT_LT(ended.entryCount(), static_cast<std::int64_t>(sources.size()));
-    EXPECT_TRUE(std::ranges::all_of(ended.entries, [](const auto& e) { return !e->title.empty(); }));
 }
 
 /// `bits` to the byte, most significant first, as sizes are stored in boxes (8) and tags (7).

@@ -1,0 +1,109 @@
+#include "app/SourceQueue.h"
+
+#include <utility>
+
+namespace app {
+
+SourceQueue::SourceQueue(TulPlayer& player, std::function<void()> changed)
+    : m_player(player), m_changed(std::move(changed)) {}
+
+SourceQueue::~SourceQueue() {
+    giveUp();
+}
+
+void SourceQueue::append(std::vector<std::string> sources, SourceSearch::Take take, Then then) {
+    m_waiting.push_back({std::move(sources), take, then, m_opens ? 0 : m_player.playlist->id});
+    m_player.tagReader.goOn();
+    startNext();
+}
+
+void SourceQueue::openPlaylist(const std::string& path) {
+    const auto opened = beginOpening(path);
+    m_player.workers.run(Workers::Lane::own, [this, path, opened, opening = m_opening](const auto& reply) {
+        reply.post([this, opened, opening, file = SourceSearch::resolved(path)] {
+            if (opening == m_opening) m_player.openPlaylist(file, opened);
+        });
+    });
+}
+
+void SourceQueue::selectInternalPlaylist(std::int32_t index) {
+    const auto opened = beginOpening(m_player.internalPlaylistManager->playlistAt(index).first);
+    m_player.selectInternalPlaylist(index, opened);
+}
+
+void SourceQueue::clearPlaylist() {
+    ++m_opening;
+    m_player.clearPlaylist();
+    m_rejected.clear();
+    endOpening();
+}
+
+/// What is to be called when it is there. Of several files only the last one counts.
+std::function<void(TulPlayer::Opening)> SourceQueue::beginOpening(const std::string& path) {
+    m_opens = true;
+    m_skipped = 0;
+    m_rejected.clear();
+    return [this, path, opening = ++m_opening](TulPlayer::Opening outcome) {
+        if (opening != m_opening) return;
+        if (outcome == TulPlayer::Opening::rejected) m_rejected = path;
+        endOpening();
+    };
+}
+
+void SourceQueue::endOpening() {
+    m_opens = false;
+    for (Command& command : m_waiting)
+        if (command.list == 0) command.list = m_player.playlist->id;
+    startNext();
+    m_changed();
+}
+
+void SourceQueue::startNext() {
+    if (m_search && m_search->command.list != m_player.playlist->id) giveUp();
+    while (!m_waiting.empty() && m_waiting.front().list != 0 &&
+           m_waiting.front().list != m_player.playlist->id)
+        m_waiting.pop_front();
+    if (m_search || m_opens || m_waiting.empty()) return;
+
+    m_skipped = 0;
+    m_rejected.clear();
+    m_search = std::make_shared<Search>();
+    m_search->command = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    m_player.workers.run(Workers::Lane::own, [this, search = m_search](const Workers::Reply& reply) {
+        const auto report = [&](SourceSearch::Found found) {
+            reply.post([this, search, found = std::make_shared<SourceSearch::Found>(std::move(found))] {
+                takeFound(search, *found);
+            });
+            return search->goesOn.load() && !reply.isAbandoned();
+        };
+        SourceSearch::run(search->command.sources, search->command.take, report);
+        reply.post([this, search] {
+            if (search == m_search) giveUp();
+            startNext();
+            m_changed();
+        });
+    });
+}
+
+void SourceQueue::giveUp() {
+    if (m_search) m_search->goesOn = false;
+    m_search = nullptr;
+}
+
+void SourceQueue::takeFound(const std::shared_ptr<Search>& search, SourceSearch::Found& found) {
+    if (search != m_search) return;
+    if (search->command.list != m_player.playlist->id) return startNext();
+    m_skipped += found.skipped;
+    const auto first = static_cast<std::int32_t>(m_player.playlist->entryCount());
+    const bool any = !found.entries.empty();
+    m_player.appendEntries(std::move(found.entries));
+    if (any && std::exchange(search->command.then, Then::nothing) == Then::play &&
+        !isStarted(m_player.playbackState())) {
+        m_player.playlist->selectEntry(first);
+        m_player.startCurrentEntry();
+    }
+    m_changed();
+}
+
+} // namespace app

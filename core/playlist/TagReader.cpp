@@ -1,0 +1,218 @@
+#include "core/playlist/TagReader.h"
+
+#include "core/playlist/resolveEntrySource.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Tags = TulPlaylistEntry::Tags;
+
+/// Workers must not run dry between two deliveries, but rows that come to be seen must not wait long behind
+/// those that workers have already.
+constexpr std::size_t minAhead = 16;
+constexpr std::size_t maxAhead = 512;
+constexpr auto soon = 10ms;
+constexpr auto late = 40ms;
+
+/// More rows than a window shows are not wanted any more: they have been scrolled past.
+constexpr std::size_t maxWanted = 32;
+constexpr std::size_t maxWantedReading = 8;
+
+bool isUnread(const TulPlaylistEntry& entry) {
+    return entry.tags == Tags::unread || entry.tags == Tags::left;
+}
+
+} // namespace
+
+TagReader::TagReader(Workers& workers, Changed changed)
+    : m_workers(workers), m_changed(std::move(changed)), m_ahead(minAhead) {}
+
+void TagReader::follow(TulPlaylist& playlist) {
+    m_playlist = &playlist;
+    m_reading.clear();
+    m_wanted.clear();
+    m_preparing = {};
+    m_next = 0;
+    m_unread = m_done = m_counting = m_wantedReading = 0;
+    m_stopped = false;
+    m_ahead = minAhead;
+    countRows(0);
+}
+
+void TagReader::rowsAppended(std::int32_t first) {
+    countRows(first);
+    readOn();
+}
+
+void TagReader::countRows(std::int32_t first) {
+    for (auto row = static_cast<std::size_t>(first); row < m_playlist->entries.size(); ++row) {
+        TulPlaylistEntry& entry = *m_playlist->entries[row];
+        if (entry.tags != Tags::unread) continue;
+        if (m_stopped)
+            entry.tags = Tags::left;
+        else
+            ++m_unread;
+    }
+}
+
+void TagReader::want(std::int32_t row) {
+    const TulPlaylistEntry& entry = *m_playlist->entryAt(row);
+    if (!isUnread(entry) || std::ranges::find(m_wanted, entry.id, &Wanted::id) != m_wanted.end()) return;
+    m_wanted.push_front({entry.id, row});
+    if (m_wanted.size() > maxWanted) m_wanted.pop_back();
+    readWanted();
+}
+
+void TagReader::prepare(const TulPlaylistEntry& entry, std::int32_t row) {
+    const std::uint64_t id = entry.id;
+    m_preparing = {.id = id,
+                   .tags = entry.tags != Tags::read,
+                   .picture = entry.coverArtSize == 0 && !isAddress(entry.source)};
+    // Of what is urgent the last is the first.
+    if (m_preparing.picture) {
+        m_workers.run(Workers::Lane::urgent, [this, id, source = entry.source](const auto& reply) {
+            const auto found = std::make_shared<TulPlaylistEntry>();
+            found->source = source;
+            found->loadCoverArt();
+            reply.post([this, id, found] { takePicture(id, *found); });
+        });
+    }
+    if (entry.tags == Tags::reading)
+        start(entry, Workers::Lane::urgent); // a second time: the first may be far
+    if (isUnread(entry)) read(row, Workers::Lane::urgent, false);
+}
+
+void TagReader::stop() {
+    for (const auto& entry : m_playlist->entries)
+        if (entry->tags == Tags::unread) entry->tags = Tags::left;
+    for (auto& [id, reading] : m_reading)
+        reading.counts = false;
+    m_unread = m_done = m_counting = 0;
+    m_stopped = true;
+}
+
+TagReader::Progress TagReader::progress() const {
+    return {m_done, m_done + m_unread + m_counting};
+}
+
+void TagReader::readOn() {
+    while (m_unread > 0 && m_reading.size() < m_ahead)
+        if (const std::int32_t row = nextUnread(); row >= 0) read(row, Workers::Lane::bulk, false);
+    if (m_unread + m_counting == 0) m_done = 0;
+}
+
+/// -1, and nothing left to read, when there is none.
+std::int32_t TagReader::nextUnread() {
+    const auto& entries = m_playlist->entries;
+    const auto isNext = [](const auto& entry) { return entry->tags == Tags::unread; };
+    const auto from = entries.begin() + std::min<std::ptrdiff_t>(m_next, std::ssize(entries));
+    auto found = std::find_if(from, entries.end(), isNext);
+    if (found == entries.end()) found = std::find_if(entries.begin(), from, isNext); // moved up
+    if (found == entries.end() || !isNext(*found)) {
+        m_unread = 0; // they have been removed
+        return -1;
+    }
+    m_next = static_cast<std::int32_t>(found - entries.begin()) + 1;
+    return m_next - 1;
+}
+
+void TagReader::readWanted() {
+    while (!m_wanted.empty() && m_wantedReading < maxWantedReading) {
+        const Wanted wanted = m_wanted.front();
+        m_wanted.pop_front();
+        // One that has moved meanwhile is wanted again, as soon as it is seen there.
+        if (!isAt(wanted.row, wanted.id) || !isUnread(*m_playlist->entryAt(wanted.row))) continue;
+        read(wanted.row, Workers::Lane::urgent, true);
+    }
+}
+
+void TagReader::read(std::int32_t row, Workers::Lane lane, bool wanted) {
+    TulPlaylistEntry& entry = *m_playlist->entryAt(row);
+    const bool counts = entry.tags == Tags::unread && m_unread > 0; // not all are announced
+    if (counts) {
+        --m_unread;
+        ++m_counting;
+    }
+    if (wanted) ++m_wantedReading;
+    m_reading[entry.id] = {.row = row, .counts = counts, .wanted = wanted};
+    entry.tags = Tags::reading;
+    start(entry, lane);
+}
+
+void TagReader::start(const TulPlaylistEntry& entry, Workers::Lane lane) {
+    m_workers.run(lane, [this, id = entry.id, source = entry.source](const auto& reply) {
+        reply.post([this, id, info = readTrackInfo(source)] { take(id, info); });
+    });
+}
+
+void TagReader::take(std::uint64_t id, const std::optional<TrackInfo>& info) {
+    auto reading = m_reading.find(id);
+    if (reading != m_reading.end() && !isAt(reading->second.row, id)) {
+        findRows();
+        reading = m_reading.find(id);
+    }
+    if (reading == m_reading.end()) return; // of another list, removed, or here before
+    const auto [row, counts, wanted] = reading->second;
+    m_reading.erase(reading);
+    if (counts) {
+        --m_counting;
+        ++m_done;
+    }
+    if (wanted) --m_wantedReading;
+    if (id == m_preparing.id) m_preparing.tags = false;
+
+    TulPlaylistEntry& entry = *m_playlist->entryAt(row);
+    entry.takeTrackInfo(info, true);
+    m_changed(entry, row);
+    adaptAhead();
+    readWanted();
+    readOn();
+}
+
+void TagReader::takePicture(std::uint64_t id, TulPlaylistEntry& found) {
+    if (id != m_preparing.id) return; // another plays by now
+    m_preparing.picture = false;
+    if (m_playlist->entryCount() == 0 || !isAt(m_playlist->currentIndex, id)) return;
+    TulPlaylistEntry& entry = *m_playlist->currentEntry();
+    entry.coverArt = std::move(found.coverArt);
+    entry.coverArtSize = found.coverArtSize;
+    m_changed(entry, m_playlist->currentIndex);
+}
+
+bool TagReader::isAt(std::int32_t row, std::uint64_t id) const {
+    return row < m_playlist->entryCount() && m_playlist->entryAt(row)->id == id;
+}
+
+/// After rows have been moved or removed.
+void TagReader::findRows() {
+    for (auto& [id, reading] : m_reading)
+        reading.row = -1;
+    for (std::int32_t row = 0; row < m_playlist->entryCount(); ++row) {
+        const TulPlaylistEntry& entry = *m_playlist->entryAt(row);
+        if (entry.tags != Tags::reading) continue;
+        if (const auto reading = m_reading.find(entry.id); reading != m_reading.end())
+            reading->second.row = row;
+    }
+    std::erase_if(m_reading, [this](const auto& each) {
+        const Reading& reading = each.second;
+        if (reading.row >= 0) return false;
+        if (reading.counts) --m_counting;
+        if (reading.wanted) --m_wantedReading;
+        return true;
+    });
+}
+
+/// Fast files: more at a time. Slow ones: fewer.
+void TagReader::adaptAhead() {
+    if (++m_taken < m_ahead) return;
+    const auto now = std::chrono::steady_clock::now();
+    const auto took = now - std::exchange(m_takenSince, now);
+    m_taken = 0;
+    if (took < soon) m_ahead = std::min(2 * m_ahead, maxAhead);
+    if (took > late) m_ahead = std::max(m_ahead / 2, minAhead);
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// What a file says of the track in it. Texts are UTF-8.
+struct TrackInfo {
+    std::string title;
+    std::string artist;
+    std::string album;
+    double length = 0; ///< Whole seconds.
+};
+
+/// Reads a local file's tags. Nothing for an address, and for a file that cannot be read.
+///
+/// Threads: any.
+std::optional<TrackInfo> readTrackInfo(const std::string& source);
