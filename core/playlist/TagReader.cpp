@@ -151,12 +151,18 @@ void TagReader::start(const TulPlaylistEntry& entry, Workers::Lane lane) {
 }
 
 void TagReader::take(std::uint64_t id, const std::optional<TrackInfo>& info) {
-    auto reading = m_reading.find(id);
-    if (reading != m_reading.end() && !isAt(reading->second.row, id)) {
-        findRows();
-        reading = m_reading.find(id);
-    }
-    if (reading == m_reading.end()) return; // of another list, removed, or here before
+    const auto reading = m_reading.find(id);
+    if (reading != m_reading.end() && !isAt(reading->second.row, id)) findRows();
+    fill(id, info);
+    adaptAhead();
+    readWanted();
+    readOn();
+}
+
+/// Nothing, when the row has been removed, is of another list, or has been filled before.
+void TagReader::fill(std::uint64_t id, const std::optional<TrackInfo>& info) {
+    const auto reading = m_reading.find(id);
+    if (reading == m_reading.end()) return;
     const auto [row, counts, wanted] = reading->second;
     m_reading.erase(reading);
     if (counts) {
@@ -165,13 +171,9 @@ void TagReader::take(std::uint64_t id, const std::optional<TrackInfo>& info) {
     }
     if (wanted) --m_wantedReading;
     if (id == m_preparing.id) m_preparing.tags = false;
-
     TulPlaylistEntry& entry = *m_playlist->entryAt(row);
     entry.takeTrackInfo(info, true);
     m_changed(entry, row);
-    adaptAhead();
-    readWanted();
-    readOn();
 }
 
 void TagReader::takePicture(std::uint64_t id, TulPlaylistEntry& found) {

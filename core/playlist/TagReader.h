@@ -72,6 +72,7 @@ private:
     void read(std::int32_t row, Workers::Lane lane, bool wanted);
     void start(const TulPlaylistEntry& entry, Workers::Lane lane);
     void take(std::uint64_t id, const std::optional<TrackInfo>& info);
+    void fill(std::uint64_t id, const std::optional<TrackInfo>& info);
     void takePicture(std::uint64_t id, TulPlaylistEntry& found);
     [[nodiscard]] bool isAt(std::int32_t row, std::uint64_t id) const;
     void findRows();

@@ -2,8 +2,8 @@
 #include "tests/support/WaitFor.h"
 
 #include <atomic>
-#include <future>
 #include <gtest/gtest.h>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -28,21 +28,29 @@ protected:
             return condition();
         });
     }
-    /// Keeps the worker that takes it until the gate is opened.
-    Workers::Job blocker() {
-        return [this](const auto&) {
-            ++blocked;
-            opened.wait();
-        };
+    /// Keeps the worker that takes it until the gate is opened. What it touches outlives the test, as the
+    /// workers may.
+    Workers::Job blocker() const {
+        return [gate = gate](const auto&) { gate->pass(); };
     }
     void note(Lane lane, char letter) {
         workers->run(lane,
                      [this, letter](const auto& reply) { reply.post([this, letter] { notes += letter; }); });
     }
 
-    std::promise<void> gate;
-    std::shared_future<void> opened = gate.get_future().share();
-    std::atomic<int> blocked = 0;
+    struct Gate {
+        std::atomic<int> blocked = 0;
+        std::atomic<bool> isOpen = false;
+        void pass() {
+            ++blocked;
+            isOpen.wait(false);
+        }
+        void open() {
+            isOpen = true;
+            isOpen.notify_all();
+        }
+    };
+    const std::shared_ptr<Gate> gate = std::make_shared<Gate>();
     std::atomic<int> wakes = 0;
     std::string notes;
     std::optional<Workers> workers;
@@ -51,7 +59,7 @@ protected:
 TEST_F(WorkersTest, UrgentJobsComeFirstOwnOnesAtOnceAndResultsOnTheMainThread) {
     start();
     workers->run(Lane::bulk, blocker());
-    ASSERT_TRUE(waitFor([&] { return blocked == 1; }));
+    ASSERT_TRUE(waitFor([&] { return gate->blocked == 1; }));
     for (const char letter : {'a', 'b', 'c'})
         note(Lane::bulk, letter);
     note(Lane::urgent, 'x');
@@ -60,7 +68,7 @@ TEST_F(WorkersTest, UrgentJobsComeFirstOwnOnesAtOnceAndResultsOnTheMainThread) {
     ASSERT_TRUE(waitFor([&] { return wakes == 1; }));
     EXPECT_EQ(notes, "") << "only a delivery runs them";
     ASSERT_TRUE(deliverUntil([&] { return notes == "o"; }));
-    gate.set_value();
+    gate->open();
     ASSERT_TRUE(deliverUntil([&] { return notes.size() == 6; }));
     EXPECT_EQ(notes, "oyxabc");
     const int before = wakes;
@@ -72,22 +80,21 @@ TEST_F(WorkersTest, OneThatHangsIsReplacedAndAbandoned) {
     start({.threads = 1, .hangsAfter = 1ms, .endsWithin = 1ms});
     workers->run(Lane::bulk, blocker());
     workers->run(Lane::own, blocker());
-    ASSERT_TRUE(waitFor([&] { return blocked == 2; }));
+    ASSERT_TRUE(waitFor([&] { return gate->blocked == 2; }));
     std::this_thread::sleep_for(2ms); // now the first one hangs
     note(Lane::urgent, 'x');
     ASSERT_TRUE(deliverUntil([&] { return notes == "x"; }));
 
     // What they hold and post outlives the workers, and goes nowhere.
     const auto held = std::make_shared<int>(0);
-    workers->run(Lane::own, [this, held](const Workers::Reply& reply) {
-        ++blocked;
-        opened.wait();
+    workers->run(Lane::own, [this, gate = gate, held](const Workers::Reply& reply) {
+        gate->pass();
         reply.post([this] { notes += '!'; });
     });
-    ASSERT_TRUE(waitFor([&] { return blocked == 3; }));
+    ASSERT_TRUE(waitFor([&] { return gate->blocked == 3; }));
     workers.reset();
-    EXPECT_EQ(held.use_count() > 1, true);
-    gate.set_value();
+    EXPECT_GT(held.use_count(), 1);
+    gate->open();
     EXPECT_TRUE(waitFor([&] { return held.use_count() == 1; }));
     EXPECT_EQ(notes, "x");
 }
@@ -97,7 +104,7 @@ TEST_F(WorkersTest, WhatIsBeingSavedIsFinishedInOrderAndTheRestIsDropped) {
     std::string saved; // the destructor's waiting orders it
     std::atomic<int> read = 0;
     workers->run(Lane::bulk, blocker());
-    ASSERT_TRUE(waitFor([&] { return blocked == 1; }));
+    ASSERT_TRUE(waitFor([&] { return gate->blocked == 1; }));
     workers->run(Lane::bulk, [&](const auto&) { ++read; });
     for (const char letter : {'a', 'b', 'c'}) {
         workers->run(Lane::saving, [&saved, letter](const auto&) {
@@ -105,7 +112,7 @@ TEST_F(WorkersTest, WhatIsBeingSavedIsFinishedInOrderAndTheRestIsDropped) {
             saved += letter;
         });
     }
-    std::thread opener([&] { gate.set_value(); });
+    std::thread opener([&] { gate->open(); });
     workers.reset();
     opener.join();
     EXPECT_EQ(saved, "abc");
