@@ -84,6 +84,9 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     m_pageDots->setCurrentPage(0);
     window->show();
     playlistController->playlistView->setFocus();
+    // While the display server and the window manager bring the window up.
+    QMetaObject::invokeMethod(
+        window.get(), [this] { finishMainLayout(); }, Qt::QueuedConnection);
 
     m_mpris = std::make_unique<app::Mpris>(*this);
     m_slowTimer = std::make_unique<cocoa::Timer>(slowInterval, [this] { performSlowUpdate(); });

@@ -96,6 +96,7 @@ public:
 private:
     void loadMainLayout();
     void connectControls(Ui::MainWindow& layout);
+    void finishMainLayout(); ///< What the window does not show.
     void makeMenu();
     void showMenuAt(const QPoint& place);
     QString sharingTitle() const;

@@ -42,7 +42,6 @@ void FenAppDelegate::loadMainLayout() {
     Ui::MainWindow layout;
     layout.setupUi(window.get());
     cocoa::awakeFromNib(*window);
-    window->setWindowIcon(QIcon(QStringLiteral(":/images/tulplayer.svg")));
 
     pageName = layout.pageName;
     m_pageDots = layout.pageDots;
@@ -61,9 +60,13 @@ void FenAppDelegate::loadMainLayout() {
     playerController->controlsBackground = layout.controlsBackground;
     playerController->balanceSlider = layout.balanceSlider;
     connectControls(layout);
-    makeMenu();
     m_fileDrop =
         std::make_unique<app::FileDrop>(*window, [this](const auto& sources) { addSources(sources, false); });
+}
+
+void FenAppDelegate::finishMainLayout() {
+    window->setWindowIcon(QIcon(QStringLiteral(":/images/tulplayer.svg")));
+    makeMenu();
 }
 
 void FenAppDelegate::connectControls(Ui::MainWindow& layout) {

@@ -50,6 +50,10 @@ void FenPlaylistController::initialize() {
 }
 
 void FenPlaylistController::loadView(QWidget& view) {
+    // What the selector is made with; its style has the same.
+    QFont font(QStringLiteral("Roboto"));
+    font.setPixelSize(12);
+    view.setFont(font);
     Ui::PlaylistView layout;
     layout.setupUi(&view);
     playlistView = layout.playlistView;

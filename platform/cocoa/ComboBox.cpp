@@ -35,7 +35,7 @@ ComboBox::ComboBox(QWidget* parent)
     : QComboBox(parent), m_cell(std::make_unique<ComboBoxCell>()), m_items(std::make_unique<Items>()) {
     m_cell->setControlView(this);
     setModel(m_items.get());
-    setEditable(true);
+    makeEditable();
     setInsertPolicy(NoInsert);
     setCompleter(nullptr);
     setFocusPolicy(Qt::StrongFocus); // a passing wheel must not take the keyboard
@@ -47,6 +47,15 @@ ComboBox::ComboBox(QWidget* parent)
 }
 
 ComboBox::~ComboBox() = default;
+
+/// A new line edit lays its empty text out in the application's font before it takes the box's own. Loading a
+/// font that may never be seen takes a tenth of the time until the window shows.
+void ComboBox::makeEditable() {
+    const QFont applicationFont = QGuiApplication::font();
+    QGuiApplication::setFont(font());
+    setEditable(true);
+    QGuiApplication::setFont(applicationFont);
+}
 
 void ComboBox::setDataSource(ComboBoxDataSource* source) {
     m_dataSource = source;

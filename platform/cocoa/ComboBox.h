@@ -47,6 +47,7 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    void makeEditable();
     class Items;
     void chooseItem(int index);
     void commitTyping();
