@@ -36,8 +36,9 @@ void SoundServer::start() {
     const auto socket = [&](const char* name) {
         return "socket=" + (m_folder / name).string() + " auth-anonymous=1";
     };
+    // With the priority that desktops give it, where this process may: its own underruns are not the subject.
     m_server = Child({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-                      "--realtime=no", "--high-priority=no", "-L",
+                      "--realtime=yes", "--high-priority=yes", "-L",
                       "module-native-protocol-unix " + socket("control.sock"), "-L",
                       "module-null-sink sink_name=null rate=44100 norewinds=1"},
                      m_folder / "server.log");
