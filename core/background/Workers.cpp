@@ -6,6 +6,7 @@
 #include <list>
 #include <mutex>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -16,6 +17,8 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr std::size_t maxPool = 16;
+/// As many threads as cores would otherwise keep the sound, the window and the screen waiting.
+constexpr int poolNice = 10;
 constexpr auto idlesFor = 1s;
 constexpr auto deliversFor = 4ms;
 
@@ -75,6 +78,7 @@ struct Workers::State {
     }
 
     static void workInPool(const std::shared_ptr<State>& state) {
+        ::setpriority(PRIO_PROCESS, 0, poolNice); // of this thread alone
         Lock lock(state->mutex);
         for (;;) {
             ++state->idle;
