@@ -1,23 +1,31 @@
 #include "core/playlist/Json.h"
 
+#include <algorithm>
+
 namespace json {
 namespace {
 
 constexpr int maxDepth = 1000;
 
+/// Where the string ends whose quotation mark is at `start`: at its second one, which no odd number of
+/// backslashes precedes, or with the text.
+std::size_t endOfString(const std::string& text, std::size_t start) {
+    std::size_t end = text.find('"', start + 1);
+    while (end != std::string::npos && (end - 1 - text.find_last_not_of('\\', end - 1)) % 2 != 0)
+        end = text.find('"', end + 1);
+    return std::min(end, text.size());
+}
+
 /// The parser recurses once a level.
 bool isTooDeep(const std::string& text) {
     int depth = 0;
-    bool inString = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
         if (c == '"')
-            inString = !inString;
-        else if (inString && c == '\\')
-            ++i;
-        else if (!inString && (c == '[' || c == '{') && ++depth > maxDepth)
+            i = endOfString(text, i);
+        else if ((c == '[' || c == '{') && ++depth > maxDepth)
             return true;
-        else if (!inString && (c == ']' || c == '}'))
+        else if (c == ']' || c == '}')
             --depth;
     }
     return false;

@@ -84,6 +84,10 @@ TEST(TUQ, ReadsWhatTheFileSaysAndRejectsWhatBreaksTheRules) {
         {R"({"name":"","name":7,"entries":[{"source":"\u00e4\u0000x","source":1}],"other":{}})",
          "./ä||||0\n"},
         {R"({"name":"","entries":[],"x":)" + std::string(900, '[') + std::string(900, ']') + "}", ""},
+        {R"({"name":"\\","entries":[],"x":"\"\\\")" + std::string(5000, '[') + R"("})",
+         ""}, // brackets in a string
+        {R"({"name":"\\","entries":[],"x":)" + std::string(1100, '[') + std::string(1100, ']') + "}",
+         rejected},
         {"", rejected},
         {"{", rejected},
         {"[]", rejected},
