@@ -284,10 +284,11 @@ TEST_F(DeviceJoin, APauseDiscardsWhatWasMixedAhead) {
 }
 
 TEST_F(DeviceJoin, AnotherTrackReplacesTheQueuedOne) {
+    const Samples other = support::noise(rate, 2, 3);
+    const auto otherFile = support::encode("other.flac", other);
     playFirst();
     waitForQueuedJoin();
-    const Samples other = support::noise(rate, 2, 3);
-    nextFile = support::encode("other.flac", other);
+    nextFile = otherFile;
     ASSERT_TRUE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, nextFile.c_str()));
     ASSERT_TRUE(waitFor([] { return ends == 1; }, limit));
     startNext();

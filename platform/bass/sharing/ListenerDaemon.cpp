@@ -1,6 +1,7 @@
 #include "platform/bass/sharing/ListenerDaemon.h"
 
-#include <microhttpd.h>
+#include "platform/bass/sharing/HttpLibrary.h"
+
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
@@ -34,8 +35,13 @@ constexpr char streamType[] = "audio/ogg";
 constexpr char serverName[] = "Tulplayer";
 constexpr char cacheControl[] = "no-cache, no-store";
 
+/// Only where a daemon was started, which needs it.
+const HttpLibrary& http() {
+    return *HttpLibrary::load();
+}
+
 struct ResponseDeleter {
-    void operator()(MHD_Response* response) const { MHD_destroy_response(response); }
+    void operator()(MHD_Response* response) const { http().destroyResponse(response); }
 };
 using ResponsePtr = std::unique_ptr<MHD_Response, ResponseDeleter>;
 
@@ -46,7 +52,7 @@ unsigned mostDescriptors() {
 }
 
 void addHeader(const ResponsePtr& response, const char* name, const std::string& value) {
-    MHD_add_response_header(response.get(), name, value.c_str());
+    http().addResponseHeader(response.get(), name, value.c_str());
 }
 
 void addCommonHeaders(const ResponsePtr& response) {
@@ -56,11 +62,11 @@ void addCommonHeaders(const ResponsePtr& response) {
 }
 
 int refuse(MHD_Connection* handle, unsigned status) {
-    const ResponsePtr response(MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT));
+    const ResponsePtr response(http().createResponse(0, nullptr, MHD_RESPMEM_PERSISTENT));
     if (!response) return MHD_NO;
     addCommonHeaders(response);
     if (status == MHD_HTTP_METHOD_NOT_ALLOWED) addHeader(response, MHD_HTTP_HEADER_ALLOW, "GET, HEAD");
-    return MHD_queue_response(handle, status, response.get());
+    return http().queueResponse(handle, status, response.get());
 }
 
 /// Now, in English whatever the locale: RFC 9110, 5.6.7.
@@ -75,7 +81,7 @@ std::string httpDate() {
 }
 
 std::size_t headBytes(MHD_Connection* handle) {
-    const auto* info = MHD_get_connection_info(handle, MHD_CONNECTION_INFO_REQUEST_HEADER_SIZE);
+    const auto* info = http().connectionInfo(handle, MHD_CONNECTION_INFO_REQUEST_HEADER_SIZE);
     return info ? info->header_size : 0;
 }
 
@@ -95,11 +101,12 @@ struct ListenerDaemon::Callbacks {
 };
 
 std::unique_ptr<ListenerDaemon> ListenerDaemon::start(FileDescriptor socket, PageQueue& pages) {
+    if (!HttpLibrary::load()) return nullptr;
     std::unique_ptr<ListenerDaemon> made(new ListenerDaemon(pages));
     const unsigned descriptors = mostDescriptors();
     made->m_mostConnections =
         descriptors > 2 * reservedDescriptors ? descriptors - reservedDescriptors : descriptors / 2;
-    made->m_daemon = MHD_start_daemon(
+    made->m_daemon = http().startDaemon(
         MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Callbacks::answer, made.get(),
         MHD_OPTION_LISTEN_SOCKET, socket.get(), MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::notify, made.get(),
         MHD_OPTION_CONNECTION_LIMIT, made->m_mostConnections + refusedAtOnce,
@@ -115,18 +122,18 @@ ListenerDaemon::~ListenerDaemon() {
     if (!m_daemon) return;
     for (auto& [handle, connection] : m_connections)
         if (connection.listens) close(connection);
-    MHD_stop_daemon(m_daemon);
+    http().stopDaemon(m_daemon);
 }
 
 int ListenerDaemon::descriptor() const {
-    const auto* info = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_EPOLL_FD);
+    const auto* info = http().daemonInfo(m_daemon, MHD_DAEMON_INFO_EPOLL_FD);
     return info ? info->epoll_fd : -1;
 }
 
 int ListenerDaemon::timeoutMs() const {
     MHD_UNSIGNED_LONG_LONG wanted = 0;
     const auto most = std::chrono::milliseconds(lookEvery).count();
-    if (MHD_get_timeout(m_daemon, &wanted) != MHD_YES) return static_cast<int>(most);
+    if (http().getTimeout(m_daemon, &wanted) != MHD_YES) return static_cast<int>(most);
     return static_cast<int>(std::min<MHD_UNSIGNED_LONG_LONG>(wanted, static_cast<unsigned>(most)));
 }
 
@@ -135,7 +142,7 @@ void ListenerDaemon::turn() {
         m_lastLook = now;
         dropSilentOnes();
     }
-    MHD_run(m_daemon);
+    http().run(m_daemon);
 }
 
 bool ListenerDaemon::handOut() {
@@ -156,7 +163,7 @@ void ListenerDaemon::opened(MHD_Connection* handle) {
     Connection connection;
     connection.handle = handle;
     connection.since = Clock::now();
-    if (const auto* info = MHD_get_connection_info(handle, MHD_CONNECTION_INFO_CONNECTION_FD))
+    if (const auto* info = http().connectionInfo(handle, MHD_CONNECTION_INFO_CONNECTION_FD))
         connection.socket = info->connect_fd;
     m_connections.emplace(handle, connection);
 }
@@ -181,7 +188,7 @@ int ListenerDaemon::answer(MHD_Connection* handle, const Request& request) {
 
     sendHead(connection);
     if (connection.leaves || method == MHD_HTTP_METHOD_HEAD) return MHD_NO;
-    MHD_suspend_connection(handle);
+    http().suspendConnection(handle);
     connection.listens = true;
     sendPages(connection);
     return MHD_YES;
@@ -255,7 +262,7 @@ void ListenerDaemon::close(Connection& connection) {
     connection.listens = false;
     connection.leaves = true;
     shutdown(connection.socket, SHUT_RDWR);
-    MHD_resume_connection(connection.handle);
+    http().resumeConnection(connection.handle);
 }
 
 } // namespace bass
