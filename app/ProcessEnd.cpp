@@ -36,11 +36,7 @@ int openSignalPipe() {
     return signalPipe[0];
 }
 
-std::function<void()> finishAtExit;
-
-void endAtExit(int status, void* /*unused*/) {
-    endProcess(status, finishAtExit);
-}
+std::function<void(int)> atExit;
 
 } // namespace
 
@@ -54,9 +50,9 @@ void endProcess(int status, const std::function<void()>& finish) {
     std::_Exit(status);
 }
 
-void endProcessAtExit(std::function<void()> finish) {
-    finishAtExit = std::move(finish);
-    on_exit(&endAtExit, nullptr);
+void callAtExit(std::function<void(int)> end) {
+    atExit = std::move(end);
+    on_exit([](int status, void*) { atExit(status); }, nullptr);
 }
 
 QuitSignals::QuitSignals(std::function<void()> quit) : m_notifier(openSignalPipe(), QSocketNotifier::Read) {

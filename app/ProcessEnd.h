@@ -11,9 +11,9 @@ namespace app {
 /// it.
 [[noreturn]] void endProcess(int status, const std::function<void()>& finish);
 
-/// As above, where the toolkit calls exit() from inside: the display is gone. `finish` is called with what
-/// was in the middle of its work still on the stack.
-void endProcessAtExit(std::function<void()> finish);
+/// Calls `end` with the exit status when something calls exit(), as the toolkit does when the display is
+/// gone: from inside, with what was in the middle of its work still on the stack.
+void callAtExit(std::function<void(int status)> end);
 
 /// Calls `quit` on the event loop when SIGTERM, SIGINT or SIGHUP asks the process to end. The second such
 /// signal ends it at once.

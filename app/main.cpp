@@ -15,8 +15,11 @@ int main(int argc, char** argv) {
 
     FenAppDelegate delegate;
     const app::QuitSignals quitSignals([&] { delegate.quit(); });
-    const auto finish = [&] { delegate.shutDown(); };
-    app::endProcessAtExit(finish);
+    const auto end = [&](int status) {
+        delegate.finishSaving(); // a slow disk may take longer than all else has to end
+        app::endProcess(status, [&] { delegate.shutDown(); });
+    };
+    app::callAtExit(end);
     delegate.applicationDidFinishLaunching();
     const auto line = app::CommandLine::parse({argv + 1, argv + argc});
     // By the event loop: a request to quit that comes meanwhile is to find it running.
@@ -24,7 +27,5 @@ int main(int argc, char** argv) {
         &application, [&] { delegate.openSources(line.sources); }, Qt::QueuedConnection);
     std::optional<app::DemoRun> demo;
     if (!line.demoScreenshot.empty()) demo.emplace(delegate, QString::fromStdString(line.demoScreenshot));
-    const int status = QApplication::exec();
-    delegate.finishSaving(); // a slow disk may take longer than all else has to end
-    app::endProcess(status, finish);
+    end(QApplication::exec());
 }

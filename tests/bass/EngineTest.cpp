@@ -391,6 +391,19 @@ TEST(EngineTest, HandlesMayBeFreedFromEverywhereAtAnyTime) {
     EXPECT_EQ(BASS_ChannelIsActive(shared), BASS_ACTIVE_STOPPED);
 }
 
+TEST(EngineTest, TheEndOfTheLibraryCompletesTheFileInHand) {
+    open("wav:" + heardFile().string());
+    const HSTREAM stream = streamOf(support::sine(440, 60 * 44100));
+    ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
+    ASSERT_TRUE(waitFor([] { return std::filesystem::file_size(heardFile()) > 100000; }));
+    EXPECT_TRUE(BASS_Free());
+    const std::string bytes = support::readFile(heardFile());
+    std::uint32_t data = 0;
+    std::memcpy(&data, bytes.data() + 40, sizeof(data));
+    EXPECT_EQ(44 + data, bytes.size());
+    EXPECT_FALSE(BASS_Free()) << "twice";
+}
+
 TEST(EngineTest, CallsOnNothingAreHarmless) {
     EXPECT_EQ(BASS_StreamCreateFile(0, "/dev/null", 0, 0, 0), 0U) << "no output yet";
     open("fast");

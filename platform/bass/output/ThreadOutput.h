@@ -11,7 +11,7 @@
 namespace bass {
 
 /// An output without a device, on a thread of its own: silence in real time, silence as fast as it decodes,
-/// or a WAV file of what would be heard (32-bit float, as fast as it decodes).
+/// or a WAV file of what would be played (32-bit float, as fast as it decodes).
 class ThreadOutput : public Output {
 public:
     enum class Pace { realTime, decoding };
