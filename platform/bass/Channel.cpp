@@ -152,7 +152,9 @@ void Channel::attach(const Lock& /*lock*/) {
 }
 
 Channel* Channel::joined(const Lock& /*lock*/) const {
-    return m_state == StreamState::playing && m_voice.hasJoined() ? m_next.get() : nullptr;
+    if (m_state != StreamState::playing || !m_next) return nullptr;
+    m_engine.mixer.settle(); // it may be joining right now
+    return m_voice.hasJoined() ? m_next.get() : nullptr;
 }
 
 /// Takes the voice from the mixer, at the frame that was played last. The one it has continued with goes back
@@ -194,7 +196,6 @@ bool Channel::seek(const Lock& lock, std::int64_t frame) {
     if (isFadingOut()) {
         // It waits for the fade, and the stream that follows does not begin meanwhile.
         m_voice.setNext(nullptr);
-        m_engine.mixer.settle();
         if (!joined(lock)) return true;
     }
     beginSeek(lock);
@@ -304,7 +305,6 @@ std::shared_ptr<Channel> Channel::takeNext(const Lock& lock) {
     m_nextName = {};
     m_voice.setNext(nullptr);
     m_voice.setNextPending(false);
-    m_engine.mixer.settle();
     if (joined(lock)) {
         discardMixed(lock, m_engine.output.playedFrame());
         m_engine.output.dropQueued();
