@@ -264,7 +264,7 @@ std::vector<Sync> Channel::takeSyncs(const Lock& lock, const MixEvent& event) {
     if (event.kind == MixEvent::Kind::slide) {
         if (!slot(event.attribute).slidePlayed(event.slide)) return {};
         type = BASS_SYNC_SLIDE;
-        if (m_seek && !m_seekBegun) beginSeek(lock);
+        if (m_seek && !m_seekBegun && !isFadingOut()) beginSeek(lock);
     } else {
         if (!isCurrent(lock, event)) return {};
         if (m_state == StreamState::playing && m_seek) {
