@@ -210,9 +210,13 @@ void Channel::beginSeek(const Lock& lock) {
     m_work.release();
 }
 
-/// Nothing is mixed while a stream seeks or connects, so a slide would last until there are frames again.
-void Channel::finishSlides(const Lock& /*lock*/) {
-    if (m_state != StreamState::starting) return;
+/// Nothing is mixed while a stream seeks or connects, or while there is no device, so a slide would last
+/// until that is over.
+void Channel::finishSlides(const Lock& lock) {
+    const bool waitsForDevice =
+        m_state == StreamState::playing && !m_engine.output.isRunning() && !joined(lock);
+    if (m_state != StreamState::starting && !waitsForDevice) return;
+    if (waitsForDevice) m_engine.mixer.detach(m_voice); // the device may start right now
     for (const DWORD which : {BASS_ATTRIB_VOL, BASS_ATTRIB_PAN}) {
         if (!slot(which).isSliding()) continue;
         m_engine.syncs.post({.kind = MixEvent::Kind::slide,
@@ -221,6 +225,7 @@ void Channel::finishSlides(const Lock& /*lock*/) {
                              .attribute = which,
                              .slide = slot(which).finishSlide()});
     }
+    if (waitsForDevice) attach(lock);
 }
 
 // ---- attributes ----

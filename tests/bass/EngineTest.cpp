@@ -357,6 +357,19 @@ TEST(EngineTest, ASeekRepeatedWhileItIsUnderWayIsNotLost) {
     EXPECT_EQ(SlowlySoughtSource::seeks, 2);
 }
 
+TEST(EngineTest, AFadeEndsThoughThereIsNoDevice) {
+    unsetenv("TUL_AUDIO");
+    setenv("PULSE_SERVER", ("unix:" + (support::scratch() / "no-server").string()).c_str(), 1);
+    ASSERT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
+    const HSTREAM stream = streamOf(Samples(2 * 44100));
+    BASS_ChannelSetSync(stream, BASS_SYNC_SLIDE, 0, &countSlideAndPause, nullptr);
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([&] { return BASS_StreamGetStatus(stream, nullptr) == BASS_STREAM_OPEN; }));
+    BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, 300);
+    EXPECT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_PAUSED; }));
+    EXPECT_EQ(slides, 1);
+}
+
 class CollectingTap : public bass::SampleTap {
 public:
     void tapped(std::span<const bass::Frame> frames) noexcept override {
