@@ -152,7 +152,9 @@ void Channel::attach(const Lock& /*lock*/) {
 }
 
 Channel* Channel::joined(const Lock& /*lock*/) const {
-    return m_state == StreamState::playing && m_voice.hasJoined() ? m_next.get() : nullptr;
+    if (m_state != StreamState::playing || !m_next) return nullptr;
+    m_engine.mixer.settle(); // it may be joining right now
+    return m_voice.hasJoined() ? m_next.get() : nullptr;
 }
 
 /// Takes the voice from the mixer, at the frame that was played last. The one it has continued with goes back
@@ -194,7 +196,6 @@ bool Channel::seek(const Lock& lock, std::int64_t frame) {
     if (isFadingOut()) {
         // It waits for the fade, and the stream that follows does not begin meanwhile.
         m_voice.setNext(nullptr);
-        m_engine.mixer.settle();
         if (!joined(lock)) return true;
     }
     beginSeek(lock);
@@ -209,9 +210,13 @@ void Channel::beginSeek(const Lock& lock) {
     m_work.release();
 }
 
-/// Nothing is mixed while a stream seeks or connects, so a slide would last until there are frames again.
-void Channel::finishSlides(const Lock& /*lock*/) {
-    if (m_state != StreamState::starting) return;
+/// Nothing is mixed while a stream seeks or connects, or while there is no device, so a slide would last
+/// until that is over.
+void Channel::finishSlides(const Lock& lock) {
+    const bool waitsForDevice =
+        m_state == StreamState::playing && !m_engine.output.isRunning() && !joined(lock);
+    if (m_state != StreamState::starting && !waitsForDevice) return;
+    if (waitsForDevice) m_engine.mixer.detach(m_voice); // the device may start right now
     for (const DWORD which : {BASS_ATTRIB_VOL, BASS_ATTRIB_PAN}) {
         if (!slot(which).isSliding()) continue;
         m_engine.syncs.post({.kind = MixEvent::Kind::slide,
@@ -220,6 +225,7 @@ void Channel::finishSlides(const Lock& /*lock*/) {
                              .attribute = which,
                              .slide = slot(which).finishSlide()});
     }
+    if (waitsForDevice) attach(lock);
 }
 
 // ---- attributes ----
@@ -263,7 +269,7 @@ std::vector<Sync> Channel::takeSyncs(const Lock& lock, const MixEvent& event) {
     if (event.kind == MixEvent::Kind::slide) {
         if (!slot(event.attribute).slidePlayed(event.slide)) return {};
         type = BASS_SYNC_SLIDE;
-        if (m_seek && !m_seekBegun) beginSeek(lock);
+        if (m_seek && !m_seekBegun && !isFadingOut()) beginSeek(lock);
     } else {
         if (!isCurrent(lock, event)) return {};
         if (m_state == StreamState::playing && m_seek) {
@@ -304,7 +310,6 @@ std::shared_ptr<Channel> Channel::takeNext(const Lock& lock) {
     m_nextName = {};
     m_voice.setNext(nullptr);
     m_voice.setNextPending(false);
-    m_engine.mixer.settle();
     if (joined(lock)) {
         discardMixed(lock, m_engine.output.playedFrame());
         m_engine.output.dropQueued();

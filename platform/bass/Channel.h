@@ -75,7 +75,8 @@ private:
     bool isFadingOut() const {
         return m_state == StreamState::playing && m_voice.gain().isSlidingToSilence();
     }
-    /// The stream that the mixer has continued with while this one is still being played.
+    /// The stream that the mixer has continued with while this one is still being played. An order that was
+    /// given to this one before the call has reached the mixer in time, or is to be given to that one, too.
     Channel* joined(const Lock& lock) const;
 
     bool apply(const Lock& lock, StreamEvent event);

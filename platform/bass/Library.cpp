@@ -133,9 +133,11 @@ bool Library::setTap(std::uint32_t handle, SampleTap& tap) {
 
 void Library::removeTap(const SampleTap& tap) {
     const Lock lock(m_engine.mutex);
-    for (const auto& [handle, channel] : m_channels)
-        if (channel->tap(lock) == &tap) channel->setTap(lock, nullptr);
-    m_engine.mixer.settle();
+    for (int pass = 0; pass < 2; ++pass) { // a join that is under way in the first may hand the tap on
+        for (const auto& [handle, channel] : m_channels)
+            if (channel->tap(lock) == &tap) channel->setTap(lock, nullptr);
+        m_engine.mixer.settle();
+    }
 }
 
 // ---- the sync thread's ----

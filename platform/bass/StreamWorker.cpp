@@ -83,17 +83,23 @@ void StreamWorker::seek(Lock& lock) {
     lock.unlock();
     const bool reached = m_source->seek(target);
     lock.lock();
+    if (!reached && m_channel->m_cancel->requested()) return; // not refused: another seek ended it early
+    if (reached) m_unwritten.reset();
     m_channel->sought(lock, target, reached);
 }
 
 void StreamWorker::read(Lock& lock) {
     Channel& channel = *m_channel;
-    lock.unlock();
-    const ReadResult result = m_source->read(samplesOf(m_chunk));
-    lock.lock();
+    if (!m_unwritten) {
+        lock.unlock();
+        m_unwritten = m_source->read(samplesOf(m_chunk));
+        lock.lock();
+    }
+    // A seek that has begun may be refused, and then reading goes on here; a rewind may have taken the room.
+    if ((channel.m_seek && channel.m_seekBegun) || channel.voice().writable() < m_unwritten->frames) return;
+    const ReadResult result = *std::exchange(m_unwritten, std::nullopt);
     const bool ended = result.status == ReadResult::Status::end;
     const bool broken = result.status == ReadResult::Status::failed;
-    if (channel.m_seek && channel.m_seekBegun) return; // what was read is of the old place
     channel.voice().write(std::span(m_chunk).first(result.frames));
     ended || broken ? channel.readAll(lock, broken) : channel.wrote(lock);
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 
 namespace bass {
 
@@ -30,6 +31,7 @@ private:
     std::shared_ptr<Channel> m_channel;
     std::unique_ptr<Source> m_source;
     std::array<Frame, chunkFrames> m_chunk{};
+    std::optional<ReadResult> m_unwritten; ///< What m_chunk holds and the ring has not got yet.
 };
 
 } // namespace bass

@@ -19,8 +19,9 @@ std::int64_t Timeline::playedFrame(std::uint64_t devicePlayed) {
         m_segments.consume(1);
     }
     if (!m_current) return m_startFrame;
+    const std::int64_t mixed = m_mixed.load(); // before the next segment, which may begin right now
     const Segment* next = m_segments.front();
-    const std::int64_t end = next ? next->sourceFrame : m_mixed.load();
+    const std::int64_t end = next ? next->sourceFrame : mixed;
     const auto played =
         static_cast<std::int64_t>(devicePlayed - std::min(m_current->deviceFrame, devicePlayed));
     return std::min(end, m_current->sourceFrame + played);

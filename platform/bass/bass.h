@@ -135,7 +135,7 @@ BOOL BASS_ChannelPause(DWORD handle);
 
 /// Moves an attribute to `value` linearly over `ms`; a slide under way is replaced and goes on from where it
 /// is. The attribute changes while the channel plays; the slide of a stopped or paused channel waits, and
-/// that of one that connects or seeks, and so is silent, is done at once.
+/// that of one that is silent, because it connects or seeks or there is no device, is done at once.
 BOOL BASS_ChannelSlideAttribute(DWORD handle, DWORD attrib, float value, DWORD ms);
 BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib);
 /// Sets an attribute and ends a slide of it. The sound follows within milliseconds, without a click.

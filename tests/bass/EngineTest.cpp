@@ -321,6 +321,55 @@ TEST(EngineTest, ASeekWaitsForAFadeToSilence) {
     EXPECT_TRUE(waitFor([&] { return position(stream) > 1000000; }));
 }
 
+/// Endless silence, of which the first seek lasts until it is cancelled.
+class SlowlySoughtSource : public bass::Source {
+public:
+    static inline std::atomic<int> seeks{0};
+
+    explicit SlowlySoughtSource(std::shared_ptr<bass::Cancel> cancel) : m_cancel(std::move(cancel)) {}
+    bass::ReadResult read(std::span<float> out) override {
+        std::ranges::fill(out, 0.0F);
+        return {out.size() / 2, bass::ReadResult::Status::more};
+    }
+    bool seek(std::int64_t) override {
+        if (++seeks > 1) return true;
+        EXPECT_TRUE(waitFor([this] { return m_cancel->requested(); }));
+        return false;
+    }
+    std::optional<std::int64_t> lengthFrames() const override { return bass::sampleRate * 600; }
+
+private:
+    std::shared_ptr<bass::Cancel> m_cancel;
+};
+
+TEST(EngineTest, ASeekRepeatedWhileItIsUnderWayIsNotLost) {
+    open("null");
+    bass::Library::instance().openWith([](const auto&, const auto& cancel) {
+        return bass::OpenedSource{std::make_unique<SlowlySoughtSource>(cancel)};
+    });
+    const HSTREAM stream = BASS_StreamCreateFile(0, "slow", 0, 0, 0);
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([&] { return position(stream) > 0; }));
+    ASSERT_TRUE(seek(stream, 1000000));
+    ASSERT_TRUE(waitFor([] { return SlowlySoughtSource::seeks == 1; }));
+    ASSERT_TRUE(seek(stream, 1000000));
+    EXPECT_TRUE(waitFor([&] { return position(stream) > 1000000; }));
+    EXPECT_EQ(SlowlySoughtSource::seeks, 2);
+}
+
+TEST(EngineTest, AFadeEndsThoughThereIsNoDevice) {
+    unsetenv("TUL_AUDIO");
+    setenv("PULSE_SERVER", ("unix:" + (support::scratch() / "no-server").string()).c_str(), 1);
+    ASSERT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
+    const HSTREAM stream = streamOf(Samples(2 * 44100));
+    BASS_ChannelSetSync(stream, BASS_SYNC_SLIDE, 0, &countSlideAndPause, nullptr);
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([&] { return BASS_StreamGetStatus(stream, nullptr) == BASS_STREAM_OPEN; }));
+    BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, 300);
+    EXPECT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_PAUSED; }));
+    EXPECT_EQ(slides, 1);
+}
+
 class CollectingTap : public bass::SampleTap {
 public:
     void tapped(std::span<const bass::Frame> frames) noexcept override {
@@ -336,6 +385,75 @@ private:
     std::vector<bass::Frame> m_frames = std::vector<bass::Frame>(2 * bass::sampleRate);
     std::atomic<std::size_t> m_count{0};
 };
+
+/// Frames that count up. One of its reads is held, and brings its frames afterwards. Refuses to seek.
+class CountingSource : public bass::Source {
+public:
+    static constexpr std::int64_t length = 60000;
+    static inline int heldRead = 0;
+    static inline std::atomic<int> reads{0};
+    static inline std::atomic<bool> holds{false};
+    static inline std::atomic<bool> released{false};
+
+    static float valueOf(std::int64_t frame) { return static_cast<float>(frame) / (1 << 20); }
+    bass::ReadResult read(std::span<float> out) override {
+        if (++reads == heldRead) {
+            holds = true;
+            EXPECT_TRUE(waitFor([] { return released.load(); }));
+        }
+        // The first read is short: after 33 chunks of the output the ring is half full to the frame.
+        const std::int64_t room = reads == 1 ? 217 : static_cast<std::int64_t>(out.size() / 2);
+        const auto frames = static_cast<std::size_t>(std::min(length - m_next, room));
+        for (std::size_t i = 0; i < 2 * frames; i += 2)
+            out[i] = out[i + 1] = valueOf(m_next++);
+        return {frames, m_next < length ? bass::ReadResult::Status::more : bass::ReadResult::Status::end};
+    }
+    bool seek(std::int64_t) override { return false; }
+    std::optional<std::int64_t> lengthFrames() const override { return length; }
+
+private:
+    std::int64_t m_next = 0;
+};
+
+HSTREAM playCountingSource(int heldRead) {
+    CountingSource::heldRead = heldRead;
+    bass::Library::instance().openWith(
+        [](const auto&, const auto&) { return bass::OpenedSource{std::make_unique<CountingSource>()}; });
+    const HSTREAM stream = BASS_StreamCreateFile(0, "counting", 0, 0, 0);
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    EXPECT_TRUE(waitFor([] { return CountingSource::reads == 16; })) << "the ring is full";
+    BASS_ChannelPlay(stream, 0);
+    while (!CountingSource::holds)
+        std::this_thread::yield();
+    return stream;
+}
+
+TEST(EngineTest, ARefusedSeekLosesNoFrames) {
+    open("wav:" + heardFile().string());
+    const HSTREAM stream = playCountingSource(20);
+    ASSERT_TRUE(seek(stream, 0));
+    CountingSource::released = true;
+    ASSERT_TRUE(waitFor([] { return ends == 1; }));
+    const auto out = heard(2 * CountingSource::length);
+    for (const std::int64_t frame : {std::int64_t{1000}, CountingSource::length - 1})
+        EXPECT_EQ(out[static_cast<std::size_t>(2 * frame)], CountingSource::valueOf(frame)) << frame;
+}
+
+TEST(EngineTest, APauseWhileTheRingIsFilledUpLosesNoFrames) {
+    open("null");
+    static CollectingTap tap; // the stream's until the process ends
+    // The ring has room for this read and no more, and the output has just asked for a chunk.
+    const HSTREAM stream = playCountingSource(24);
+    ASSERT_TRUE(BASS_ChannelPause(stream));
+    CountingSource::released = true;
+    ASSERT_TRUE(bass::setTap(stream, tap));
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([] { return ends == 1; }));
+    const auto first = static_cast<std::int64_t>(tap.frames()[0][0] * (1 << 20));
+    ASSERT_GT(tap.count(), 20000U);
+    for (std::size_t i = 0; i < tap.count(); ++i)
+        ASSERT_EQ(tap.frames()[i][0], CountingSource::valueOf(first + static_cast<std::int64_t>(i))) << i;
+}
 
 TEST(EngineTest, ATapGetsEachFrameOnceOverPausesAndJoins) {
     open("null");

@@ -1,6 +1,8 @@
 // Streams that follow one another, on outputs that are no device. Each case needs a process of its own, as
 // CTest gives it: the library opens its output once.
 
+#include "platform/bass/Library.h"
+#include "platform/bass/Taps.h"
 #include "platform/bass/bass.h"
 #include "tests/bass/LibraryEnd.h"
 #include "tests/bass/Sounds.h"
@@ -216,6 +218,91 @@ TEST(JoinTest, ASlideGoesOnInTheStreamThatFollows) {
     for (std::size_t i = 2; i < 2 * 44100; ++i)
         ASSERT_NEAR(out[i], out[i - 2], steepest) << i;
     EXPECT_EQ(out[2 * 60000], 0.0F);
+}
+
+/// Holds up the audio thread at one frame: until a control call has returned, or has clearly waited for it.
+class HoldingTap : public bass::SampleTap {
+public:
+    explicit HoldingTap(std::size_t frame) : m_frame(frame) {}
+    void tapped(std::span<const bass::Frame> frames) noexcept override {
+        m_count += frames.size();
+        if (m_count < m_frame || m_held.exchange(true)) return;
+        static_cast<void>(waitFor([this] { return m_released.load(); }, std::chrono::milliseconds(200)));
+    }
+    bool holds() const { return m_held; }
+    void release() { m_released = true; }
+    std::size_t count() const { return m_count; }
+
+private:
+    const std::size_t m_frame;
+    std::atomic<std::size_t> m_count{0};
+    std::atomic<bool> m_held{false};
+    std::atomic<bool> m_released{false};
+};
+
+TEST(JoinTest, AVolumeSetWhileTheMixerJoinsHoldsForBoth) {
+    constexpr std::size_t frames = 22050;
+    const auto first = support::writeWav(support::scratch() / "first.wav", Samples(2 * frames, 16384));
+    const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * frames, 16384));
+    open("wav:" + recording().string());
+    static HoldingTap tap(frames); // within the callback that joins, at the last frames of the first
+    Player player({first, second});
+    player.start();
+    const HSTREAM stream = player.stream();
+    ASSERT_TRUE(bass::setTap(stream, tap));
+    ASSERT_TRUE(waitFor([] { return tap.holds(); }));
+    BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 0.5F);
+    tap.release();
+    ASSERT_TRUE(waitFor([&] { return player.isDone(); }));
+    const auto out = recorded(4 * frames);
+    EXPECT_EQ(out[2 * frames - 2], 0.5F);
+    EXPECT_EQ(out[4 * frames - 2], 0.25F);
+}
+
+/// Silence that tells its end late: when all of it has been mixed.
+class LateEndSource : public bass::Source {
+public:
+    static constexpr std::size_t length = 22050;
+    static inline std::atomic<bool> mayEnd{false};
+
+    bass::ReadResult read(std::span<float> out) override {
+        const std::size_t frames = std::min(out.size() / 2, m_left);
+        if (frames == 0) {
+            EXPECT_TRUE(waitFor([] { return mayEnd.load(); }));
+        }
+        std::fill_n(out.begin(), 2 * frames, 0.0F);
+        m_left -= frames;
+        return {frames, frames > 0 ? bass::ReadResult::Status::more : bass::ReadResult::Status::end};
+    }
+    bool seek(std::int64_t) override { return false; }
+    std::optional<std::int64_t> lengthFrames() const override { return length; }
+
+private:
+    std::size_t m_left = length;
+};
+
+TEST(JoinTest, AnEndThatIsDueWhileTheMixerJoinsKeepsTheStreamThatFollows) {
+    const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * 44100, 16384));
+    open("null");
+    bass::Library::instance().openWith([](const auto& name, const auto& cancel) {
+        if (name.text != "late") return bass::openByName(name, cancel);
+        return bass::OpenedSource{std::make_unique<LateEndSource>()};
+    });
+    static HoldingTap tap(LateEndSource::length + 1);
+    const HSTREAM stream = BASS_StreamCreateFile(0, "late", 0, 0, 0);
+    ASSERT_TRUE(bass::setTap(stream, tap));
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, second.c_str());
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(
+        waitFor([&] { return BASS_ChannelGetPosition(stream, BASS_POS_BYTE) == LateEndSource::length * 8; }));
+    LateEndSource::mayEnd = true;
+    ASSERT_TRUE(waitFor([] { return tap.holds(); }));
+    BASS_StreamCreateFile(0, (support::scratch() / "missing.wav").c_str(), 0, 0, 0); // wakes the sync thread
+    ASSERT_TRUE(waitFor([] { return ends == 1; }));
+    tap.release();
+    EXPECT_TRUE(waitFor([] { return tap.count() > LateEndSource::length + 22050; }))
+        << "without a further call";
 }
 
 std::atomic<HSTREAM> current{0};

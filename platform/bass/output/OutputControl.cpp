@@ -91,6 +91,11 @@ std::uint64_t OutputControl::playedFrame() {
     return m_lastPlayed;
 }
 
+bool OutputControl::isRunning() {
+    const std::lock_guard lock(m_mutex);
+    return m_running;
+}
+
 void OutputControl::notePlayed() {
     const std::uint64_t played = m_startedAt + m_output->playedFrames();
     m_lastPlayed = std::max(m_lastPlayed, std::min(played, m_mixer.mixedFrames()));

@@ -51,6 +51,8 @@ public:
 
     /// The frame of the device's timeline that is being played. Never goes back.
     std::uint64_t playedFrame();
+    /// The device has been started and asks for frames.
+    bool isRunning();
 
 private:
     using Clock = std::chrono::steady_clock;
