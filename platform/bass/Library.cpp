@@ -30,7 +30,7 @@ bool Library::close(std::chrono::milliseconds limit) {
         const Lock lock(m_engine.mutex);
         if (!std::exchange(m_open, false)) return false;
         while (!m_channels.empty())
-            release(lock, m_channels.begin()->second);
+            release(lock, *m_channels.begin()->second);
         m_orphan.reset();
     }
     m_engine.syncs.stop();
@@ -70,7 +70,7 @@ std::shared_ptr<Channel> Library::claim(const Lock& lock, const SourceName& name
         waiting->claim(lock);
         return waiting;
     }
-    release(lock, waiting);
+    release(lock, *waiting);
     return nullptr;
 }
 
@@ -89,10 +89,10 @@ bool Library::free(std::uint32_t handle) {
         const Lock lock(m_engine.mutex);
         const auto channel = findAny(lock, handle);
         if (!channel) return false;
-        release(lock, channel);
+        release(lock, *channel);
         auto next = channel->takeNext(lock);
         if (next) {
-            if (m_orphan) release(lock, m_orphan);
+            if (m_orphan) release(lock, *m_orphan);
             m_orphan = std::move(next);
         }
     }
@@ -100,10 +100,9 @@ bool Library::free(std::uint32_t handle) {
     return true;
 }
 
-void Library::release(const Lock& lock, const std::shared_ptr<Channel>& channel) {
-    const std::shared_ptr<Channel> kept = channel; // the map's may be the argument
-    kept->release(lock);
-    m_channels.erase(kept->handle());
+void Library::release(const Lock& lock, Channel& channel) {
+    channel.release(lock);
+    m_channels.erase(channel.handle());
 }
 
 bool Library::setNext(std::uint32_t handle, const SourceName& next) {
@@ -111,7 +110,7 @@ bool Library::setNext(std::uint32_t handle, const SourceName& next) {
     const auto channel = find(lock, handle);
     if (!channel) return false;
     if (channel->isFollowedBy(lock, next)) return true;
-    if (const auto former = channel->takeNext(lock)) release(lock, former);
+    if (const auto former = channel->takeNext(lock)) release(lock, *former);
     channel->setNext(lock, next);
     return true;
 }

@@ -49,7 +49,7 @@ private:
     Library();
     std::shared_ptr<Channel> add(const Lock& lock, const SourceName& name);
     std::shared_ptr<Channel> claim(const Lock& lock, const SourceName& name);
-    void release(const Lock& lock, const std::shared_ptr<Channel>& channel);
+    void release(const Lock& lock, Channel& channel);
     void rewindAll(std::uint64_t played);
 
     void setBusy(bool busy) override;

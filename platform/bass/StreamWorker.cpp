@@ -34,7 +34,7 @@ void StreamWorker::start(const Lock& lock, const std::shared_ptr<Channel>& chann
     Engine& engine = channel->m_engine;
     ++engine.workers;
     try {
-        std::thread([channel, &engine]() mutable {
+        std::thread([channel = channel, &engine]() mutable {
             StreamWorker(std::move(channel)).run();
             --engine.workers;
             engine.workers.notify_all();
