@@ -87,7 +87,7 @@ bool Channel::apply(const Lock& lock, StreamEvent event) {
     if (next.detach && ends)
         m_engine.mixer.detach(m_voice); // all of it has been played: nothing to discard
     else if (next.detach)
-        discardMixed(lock, m_engine.output.playedFrame());
+        discardMixed(lock);
     m_state = next.state;
     if (next.detach) ends ? m_engine.output.changed() : m_engine.output.flush();
     if (next.attach) attach(lock);
@@ -159,6 +159,11 @@ Channel* Channel::joined(const Lock& /*lock*/) const {
 
 /// Takes the voice from the mixer, at the frame that was played last. The one it has continued with goes back
 /// to its start.
+void Channel::discardMixed(const Lock& lock) {
+    m_engine.mixer.detach(m_voice);
+    discardMixed(lock, m_engine.output.playedFrame()); // not before: an output without a queue plays at once
+}
+
 void Channel::discardMixed(const Lock& lock, std::uint64_t played) {
     m_engine.mixer.detach(m_voice);
     if (Channel* next = joined(lock)) {
@@ -311,7 +316,7 @@ std::shared_ptr<Channel> Channel::takeNext(const Lock& lock) {
     m_voice.setNext(nullptr);
     m_voice.setNextPending(false);
     if (joined(lock)) {
-        discardMixed(lock, m_engine.output.playedFrame());
+        discardMixed(lock);
         m_engine.output.dropQueued();
         attach(lock);
     }

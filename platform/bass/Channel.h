@@ -81,6 +81,7 @@ private:
 
     bool apply(const Lock& lock, StreamEvent event);
     void attach(const Lock& lock);
+    void discardMixed(const Lock& lock);
     void discardMixed(const Lock& lock, std::uint64_t played);
     void startIfFilled(const Lock& lock);
     void beginSeek(const Lock& lock);
