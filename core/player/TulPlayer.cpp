@@ -81,7 +81,8 @@ void TulPlayer::startEntry() {
     m_songInfoChanged = false;
     songChanged = true;
     prepareNext();
-    // Nothing reports the end of a stream that failed before its end sync was set.
+    // Nothing else reports the end of a source that the audio library did not take. That of a stream which
+    // was opened ahead and failed is reported again: to no effect.
     if (stream->failure()) onStreamEnded(0, stream->handle, 0, nullptr);
 }
 

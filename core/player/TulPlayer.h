@@ -27,7 +27,8 @@ public:
     /// Runs a task on the main thread, soon. Called from the sync thread.
     using Executor = std::function<void(std::function<void()>)>;
 
-    /// Opens the default output device. Without one everything works, but no source opens.
+    /// Starts the audio library, which opens the default output device in the background and waits for it.
+    /// Where none could ever be opened everything works, but no source opens.
     TulPlayer();
     TulPlayer(const TulPlayer&) = delete;
     TulPlayer& operator=(const TulPlayer&) = delete;

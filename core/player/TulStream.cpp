@@ -116,7 +116,8 @@ void TulStream::setNext(const std::string& next) {
     if (handle == 0 || m_next == next) return;
     m_next = next;
     const DWORD kind = kindOfSource(next);
-    BASS_ChannelSetNext(handle, kind, kind == BASS_SOURCE_NONE ? nullptr : next.c_str());
+    if (kind != BASS_SOURCE_NONE && BASS_ChannelSetNext(handle, kind, next.c_str())) return;
+    BASS_ChannelSetNext(handle, BASS_SOURCE_NONE, nullptr); // what was named before does not follow either
 }
 
 void TulStream::play() {

@@ -30,7 +30,8 @@ using OpenSource = std::function<OpenedSource(const SourceName&, std::shared_ptr
 /// What all streams share. One lock guards the control side of every stream: a join concerns two of them, and
 /// no call under it waits for a disk, a server or a device.
 ///
-/// Lock order: `mutex`, then those of OutputControl and SyncThread.
+/// Lock order: the one that SyncThread holds around `exists`, `mutex`, then those of OutputControl and of
+/// what was posted to SyncThread.
 struct Engine {
     using Lock = std::unique_lock<std::mutex>;
 

@@ -37,7 +37,6 @@ void StreamWorker::start(const Lock& lock, const std::shared_ptr<Channel>& chann
         std::thread([channel = channel, &engine]() mutable {
             StreamWorker(std::move(channel)).run();
             --engine.workers;
-            engine.workers.notify_all();
         }).detach();
     } catch (const std::system_error&) {
         --engine.workers;

@@ -60,7 +60,7 @@ private:
     SyncEvents& m_events;
     std::deque<MixEvent> m_pending; ///< The sync thread's.
     std::counting_semaphore<> m_wake{0};
-    std::mutex m_mutex;
+    std::mutex m_mutex; ///< Taken before the engine's lock, so `finish` is called without that.
     std::condition_variable m_finished;
     std::uint32_t m_calling = 0;   ///< The stream whose sync is running; guarded by m_mutex.
     std::mutex m_postedMutex;      ///< Taken last: `post` is called under other locks.

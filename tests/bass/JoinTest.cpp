@@ -57,26 +57,27 @@ public:
     /// Everything up to the first end happens here, the rest on the sync thread.
     void start() {
         create();
-        BASS_ChannelPlay(m_stream, 0);
+        play();
     }
-    HSTREAM stream() const { return m_stream; }
-    std::size_t ended() const { return m_ended; }
-    bool isDone() const { return m_ended == m_files.size(); }
-
-private:
     void create() {
         m_stream = BASS_StreamCreateFile(0, m_files[m_ended].c_str(), 0, 0, 0);
         BASS_ChannelSetSync(m_stream, BASS_SYNC_END | BASS_SYNC_ONETIME, 0, &Player::onEnd, nullptr);
         if (m_ended + 1 < m_files.size())
             BASS_ChannelSetNext(m_stream, BASS_SOURCE_FILE, m_files[m_ended + 1].c_str());
     }
+    void play() { BASS_ChannelPlay(m_stream, 0); }
+    HSTREAM stream() const { return m_stream; }
+    std::size_t ended() const { return m_ended; }
+    bool isDone() const { return m_ended == m_files.size(); }
+
+private:
     static void onEnd(HSYNC, DWORD stream, DWORD, void*) {
         BASS_StreamFree(stream);
         if (s_player->m_ended + 1 < s_player->m_files.size()) {
             const std::size_t next = s_player->m_ended + 1;
             s_player->m_ended = next;
             s_player->create();
-            BASS_ChannelPlay(s_player->m_stream, 0);
+            s_player->play();
         } else {
             ++s_player->m_ended;
         }
@@ -210,11 +211,13 @@ TEST(JoinTest, ASlideGoesOnInTheStreamThatFollows) {
     const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * 44100, 16384));
     open("wav:" + recording().string());
     Player player({first, second});
-    player.start();
-    BASS_ChannelSlideAttribute(player.stream(), BASS_ATTRIB_VOL, 0.0F, 1000);
+    player.create();
+    BASS_ChannelSlideAttribute(player.stream(), BASS_ATTRIB_VOL, 0.0F, 1000); // of a stopped one: waits
+    player.play();
     ASSERT_TRUE(waitFor([&] { return player.isDone(); }));
     const auto out = recorded(2 * 66150);
     const float steepest = 0.5F / 44100 * 1.5F;
+    EXPECT_NEAR(out[0], 0.5F, steepest);
     for (std::size_t i = 2; i < 2 * 44100; ++i)
         ASSERT_NEAR(out[i], out[i - 2], steepest) << i;
     EXPECT_EQ(out[2 * 60000], 0.0F);

@@ -83,6 +83,18 @@ TEST_F(Playback, ATrackThatEndsInItsFadeLeavesTheNextOnePausedAtItsStart) {
     EXPECT_EQ(player->stream->volume(), 0.5F);
 }
 
+TEST_F(Playback, NothingFollowsInPlaceOfWhatCannotBeOpened) {
+    const std::string former = encode("former.flac", 5);
+    TulStream stream;
+    stream.open(encode("first.flac", 0.5));
+    stream.setNext(former);
+    ASSERT_TRUE(waitFor([&] { return stream.position() > 0.1; }));
+    stream.setNext("/https/no-address.mp3");
+    ASSERT_TRUE(waitFor([&] { return stream.active() == BASS_ACTIVE_STOPPED; }));
+    stream.open(former);
+    EXPECT_EQ(stream.position(), 0.0) << "it plays already";
+}
+
 TEST_F(Playback, PausesAfterTheFadeAndResumesThereAtFullVolume) {
     player->playlist->addEntry(encode("long.flac", 60));
     player->setVolume(0.75F);

@@ -19,8 +19,8 @@ namespace bass {
 ///
 /// Threads: its own, "tul-control", makes every call of the device; one that a sound server leaves without an
 /// answer keeps only this thread waiting. All public calls may come from any thread but the audio thread,
-/// `deviceLost` from any at all; none of them waits for the device but `close`. Lock order: a channel's lock
-/// before `m_mutex`.
+/// `deviceLost` from any at all; none of them waits for the device but `close`. Lock order: the engine's
+/// lock before `m_mutex`.
 class OutputControl {
 public:
     /// `rewind` is called on the control thread, with the device stopped, when mixed frames past the given
