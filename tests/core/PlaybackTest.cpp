@@ -68,10 +68,10 @@ TEST_F(Playback, GoesRoundThePlaylistEntryByEntry) {
 
 TEST_F(Playback, ATrackThatEndsInItsFadeLeavesTheNextOnePausedAtItsStart) {
     for (const std::string& source :
-         {encode("short.flac", 0.2), std::string("/nowhere/gone.flac"), encode("long.mp3", 60)})
+         {encode("short.flac", 0.29), std::string("/nowhere/gone.flac"), encode("long.mp3", 60)})
         player->playlist->addEntry(source);
     player->play();
-    ASSERT_TRUE(plays());
+    ASSERT_TRUE(waitFor([this] { return player->stream->position() > 0; }));
     player->pause(); // for longer than the track lasts
     ASSERT_TRUE(waitFor([this] { return runTasks(), player->playlist->currentIndex == 2; }));
     EXPECT_EQ(player->playbackState(), TulPlaybackState::paused);
