@@ -84,10 +84,10 @@ bool Channel::apply(const Lock& lock, StreamEvent event) {
     const StreamTransition next = transition(m_state, event);
     if (!next.accepted) return false;
     const bool ends = next.state == StreamState::ended;
-    if (next.detach && ends)
-        m_engine.mixer.detach(m_voice); // all of it has been played: nothing to discard
-    else if (next.detach)
-        discardMixed(lock, m_engine.output.playedFrame());
+    if (next.detach) m_engine.mixer.detach(m_voice);
+    // Asked only now: what is played until the voice is detached is not to be played again. At the end there
+    // is nothing to discard.
+    if (next.detach && !ends) discardMixed(lock, m_engine.output.playedFrame());
     m_state = next.state;
     if (next.detach) ends ? m_engine.output.changed() : m_engine.output.flush();
     if (next.attach) attach(lock);

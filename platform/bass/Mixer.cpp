@@ -43,8 +43,8 @@ void Mixer::render(std::span<float> out) noexcept {
         // Unless it was detached meanwhile: then the one that follows is not to be mixed either.
         if (last != voice) slot.compare_exchange_strong(voice, last);
     }
+    m_mixed.store(first + frames.size()); // part of what `settle` waits for
     m_turn.fetch_add(1);
-    m_mixed.store(first + frames.size());
     if (m_events.readable() > 0) m_onEvent();
 }
 

@@ -93,9 +93,9 @@ void ThreadOutput::run(Renderer& renderer, const std::stop_token& stop) {
     pthread_setname_np(pthread_self(), "tul-output");
     std::array<float, chunkFrames * channelCount> chunk;
     while (waitForTurn(renderer, stop)) {
+        m_rendered += chunkFrames; // before: what is mixed counts as played from the same moment on
         renderer.render(chunk);
         if (m_wav.is_open()) append(chunk);
-        m_rendered += chunkFrames;
     }
 }
 
