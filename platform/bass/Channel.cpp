@@ -103,6 +103,7 @@ bool Channel::play(const Lock& lock, bool restart) {
         m_seek = 0;
         beginSeek(lock);
     }
+    if (m_endUnclaimed) return true; // played as a follower, to its end: that is still to be reported
     if (!apply(lock, StreamEvent::play)) return false;
     startIfFilled(lock);
     return true;
@@ -257,7 +258,9 @@ const Attribute& Channel::attribute(const Lock& /*lock*/, DWORD attribute) const
 void Channel::addSync(const Lock& lock, const Sync& sync) {
     m_syncs.push_back(sync);
     const bool over = m_state == StreamState::ended || m_state == StreamState::failed;
-    if (sync.type == BASS_SYNC_END && over && !m_endReported) postEnd(lock);
+    if (sync.type != BASS_SYNC_END || !over || m_endReported) return;
+    m_endUnclaimed = false;
+    postEnd(lock);
 }
 
 void Channel::postEnd(const Lock& /*lock*/) {
@@ -289,7 +292,9 @@ std::vector<Sync> Channel::takeSyncs(const Lock& lock, const MixEvent& event) {
     std::vector<Sync> due;
     std::ranges::copy_if(m_syncs, std::back_inserter(due), [type](const Sync& s) { return s.type == type; });
     std::erase_if(m_syncs, [type](const Sync& sync) { return sync.type == type && sync.once; });
-    if (type == BASS_SYNC_END && !due.empty()) m_endReported = true;
+    if (type != BASS_SYNC_END) return due;
+    if (!due.empty()) m_endReported = true;
+    m_endUnclaimed = due.empty() && !m_voice.isClaimed();
     return due;
 }
 

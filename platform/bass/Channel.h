@@ -111,6 +111,7 @@ private:
     bool m_open = false;
     bool m_wasFilled = false;
     bool m_endReported = false;
+    bool m_endUnclaimed = false; ///< Ended as a follower before it had an owner.
     std::optional<std::int64_t> m_length;
     std::optional<std::int64_t> m_seek; ///< Asked for, not done.
     bool m_seekBegun = false;           ///< False while it waits for the end of a fade.

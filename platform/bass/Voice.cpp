@@ -45,8 +45,10 @@ void Voice::rewind(std::uint64_t devicePlayed) {
 }
 
 void Voice::rewindToStart() {
-    m_tappedAhead += m_ring.rewind(static_cast<std::uint64_t>(m_timeline.mixedFrame()));
-    startOver(0);
+    const std::int64_t mixed = m_timeline.mixedFrame();
+    const std::size_t back = m_ring.rewind(static_cast<std::uint64_t>(mixed));
+    m_tappedAhead += back;
+    startOver(mixed - static_cast<std::int64_t>(back));
 }
 
 void Voice::restartAt(std::int64_t frame) {

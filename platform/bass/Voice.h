@@ -69,6 +69,7 @@ public:
     /// Made to follow another voice, and not yet known to the one that controls it. An output without a clock
     /// waits for that, too.
     void setClaimed(bool claimed) { m_claimed = claimed; }
+    bool isClaimed() const { return m_claimed; }
     /// Whether the mixer has continued with the next voice.
     bool hasJoined() const { return m_joined; }
     /// The tap must outlive its time here: until another is set and the mixer has settled.
@@ -77,7 +78,7 @@ public:
 
     /// At rest: what was mixed and will not be played is mixed again.
     void rewind(std::uint64_t devicePlayed);
-    /// At rest: back to the first frame, which must still be there.
+    /// At rest: back to the first frame, as far as the history goes.
     void rewindToStart();
     /// At rest: an empty ring, whose next frame will be `frame` of the source.
     void restartAt(std::int64_t frame);

@@ -206,6 +206,29 @@ TEST(JoinTest, AStreamMadeToFollowServesAStartByHandToo) {
     EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 30000U * 8);
 }
 
+TEST(JoinTest, AFollowerThatHasEndedBeforeItIsCreatedIsNotPlayedAgain) {
+    const auto first = support::writeWav(support::scratch() / "first.wav", support::noise(20000));
+    const auto second = support::writeWav(support::scratch() / "second.wav", support::noise(300, 2, 2));
+    const auto silence = support::writeWav(support::scratch() / "silence.wav", Samples(2 * 44100 * 30));
+    open("null");
+    const HSTREAM clock = BASS_StreamCreateFile(0, silence.c_str(), 0, 0, 0);
+    BASS_ChannelPlay(clock, 0);
+    HSTREAM stream = BASS_StreamCreateFile(0, first.c_str(), 0, 0, 0);
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, second.c_str());
+    BASS_ChannelPlay(stream, 0);
+    ASSERT_TRUE(waitFor([] { return ends == 1; }));
+    const QWORD end = BASS_ChannelGetPosition(clock, BASS_POS_BYTE);
+    ASSERT_TRUE(waitFor([&] { return BASS_ChannelGetPosition(clock, BASS_POS_BYTE) > end + 8 * 8820; }));
+    BASS_StreamFree(stream);
+    stream = BASS_StreamCreateFile(0, second.c_str(), 0, 0, 0);
+    EXPECT_TRUE(BASS_ChannelPlay(stream, 0));
+    EXPECT_EQ(BASS_ChannelIsActive(stream), BASS_ACTIVE_STOPPED);
+    BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
+    EXPECT_TRUE(waitFor([] { return ends == 2; })) << "its end is reported all the same";
+    EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 300U * 8);
+}
+
 TEST(JoinTest, ASlideGoesOnInTheStreamThatFollows) {
     const auto first = support::writeWav(support::scratch() / "first.wav", Samples(2 * 22050, 16384));
     const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * 44100, 16384));
