@@ -1,11 +1,9 @@
-// A person's road through the window: real media, the audio library on silence in real time, events as a hand
-// makes them.
+// The window with real media, the audio library without a device in real time, and input events.
 
 #include "app/CoverArtView.h"
 #include "app/FenAppDelegate.h"
 #include "app/FenCoverArtController.h"
 #include "app/FenPlaylistController.h"
-#include "app/FenReleaseNotesController.h"
 #include "app/ImageButton.h"
 #include "app/StatusLine.h"
 #include "app/TextField.h"
@@ -25,7 +23,6 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
-#include <QTextBrowser>
 #include <QTimer>
 #include <QToolTip>
 #include <QUrl>
@@ -40,14 +37,11 @@ namespace {
 
 using support::runUntil;
 
-std::string makeTrack(const std::string& title, double hertz, double seconds,
-                      const std::string& artist = "Band") {
-    const auto wav = support::writeWav(support::scratch() / "raw.wav",
-                                       support::sine(hertz, static_cast<std::size_t>(seconds * 44100)));
-    const auto flac = support::scratch() / (std::to_string(static_cast<int>(hertz)) + ".flac");
-    support::run({"flac", "-s", "-f", "-T", "TITLE=" + title, "-T", "ARTIST=" + artist, "-T", "ALBUM=Record",
-                  "-o", flac.string(), wav.string()});
-    return flac.string();
+std::string makeTrack(const std::string& title, double hertz, double seconds) {
+    return support::encode(std::to_string(static_cast<int>(hertz)) + ".flac",
+                           support::sine(hertz, static_cast<std::size_t>(seconds * 44100)), 44100, 2,
+                           {"flac", "-s", "-f", "-T", "TITLE=" + title, "-T", "ARTIST=Band", "-T",
+                            "ALBUM=Record", "-o", "OUT", "IN"});
 }
 
 /// Counts how often what it filters is drawn.
@@ -95,13 +89,11 @@ protected:
     FenPlayerController* controls = nullptr;
 };
 
-TEST_F(WindowTest, StartsSilentWithTheVersionAndAnIdleLook) {
+TEST_F(WindowTest, StartsSilentWithAnIdleLook) {
     EXPECT_TRUE(delegate.window->isVisible());
     EXPECT_FALSE(delegate.player->isPlaying());
-    EXPECT_EQ(controls->info2View->text(), "0.1.0");
     EXPECT_FALSE(controls->timeView->isVisible() || controls->lengthView->isVisible());
     EXPECT_FALSE(controls->spectrumAnalyzerView->isVisible());
-    EXPECT_FALSE(controls->playPauseButton->image().isNull());
     QTest::mouseClick(controls->statusSlider, Qt::LeftButton);
     EXPECT_EQ(delegate.player->stream, nullptr);
 }
@@ -112,27 +104,13 @@ TEST_F(WindowTest, ADoubleClickPlaysAndTheControlsFollow) {
     ASSERT_TRUE(shows("Two"));
     EXPECT_EQ(controls->info2View->text(), "Band");
     EXPECT_TRUE(runUntil([&] { return controls->lengthView->text() == "00:20"; }));
-    EXPECT_TRUE(controls->timeView->isVisible());
     EXPECT_TRUE(controls->playPauseButton->image().isNull()) << "the background carries the pause mark";
-    EXPECT_TRUE(delegate.player->playlist->entryAt(1)->active);
     EXPECT_TRUE(runUntil([&] { return controls->statusSlider->doubleValue() > 0.2; }));
-    EXPECT_TRUE(runUntil([&] {
-        const auto& bars = controls->spectrumAnalyzerView->spectrumValues();
-        return bars && bars->at(4) > 15; // 880 Hz
-    }));
-
     click(controls->playPauseButton);
-    EXPECT_FALSE(controls->timeView->isVisible()) << "while the fade can still be heard";
-    EXPECT_TRUE(runUntil([&] { return delegate.player->stream->volume() == 0.0F; }));
+    EXPECT_FALSE(controls->timeView->isVisible()) << "while the fade is still played";
+    EXPECT_FALSE(controls->playPauseButton->image().isNull());
     QTest::keyClick(delegate.window.get(), Qt::Key_Space);
     EXPECT_TRUE(isStarted(delegate.player->playbackState()));
-    EXPECT_EQ(delegate.player->stream->volume(), 0.5F);
-
-    controls->statusSlider->moveTo(15.0);
-    EXPECT_NEAR(delegate.player->stream->position(), 15.0, 0.5);
-    QTest::keyClick(delegate.window.get(), Qt::Key_Right, Qt::ControlModifier);
-    QTest::keyClick(delegate.window.get(), Qt::Key_Right, Qt::ControlModifier);
-    ASSERT_TRUE(shows("One")) << "past the last entry the list begins again";
     controls->volumeSlider->moveTo(0.25);
     controls->balanceSlider->moveTo(-1.0);
     EXPECT_EQ(delegate.player->stream->volume(), 0.25F);
@@ -161,36 +139,13 @@ TEST_F(WindowTest, TheNextEntryStartsByItselfAndAnEmptiedListEndsRewound) {
     EXPECT_TRUE(runUntil([&] { return paintings.count > 0; })) << "its row shows that it plays";
 }
 
-TEST_F(WindowTest, ListsAreSavedRenamedAndSwitchedBetween) {
+TEST_F(WindowTest, AnEntryThatWasDraggedStaysMarked) {
     addTracks();
     cocoa::Pasteboard dragged;
     dragged.setString("0", "tuq.playlistindex");
     delegate.playlistController->acceptDrop(dragged, 3, cocoa::DropOperation::above);
     EXPECT_EQ(delegate.player->playlist->entryAt(2)->title, "One");
-    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{2}) << "marked where it went";
-    QLineEdit* name = selector().lineEdit();
-    name->selectAll();
-    QTest::keyClicks(name, "Road trip");
-    QTest::keyClick(name, Qt::Key_Return);
-    EXPECT_EQ(delegate.player->playlist->name, "Road trip");
-    delegate.player->savePlaylist((support::scratch() / "road.tuq").string());
-    const auto store = support::scratch() / "Documents/playlists.json";
-    ASSERT_TRUE(runUntil([&] {
-        return std::filesystem::exists(store) &&
-               support::readFile(store).find("Road trip") != std::string::npos;
-    }));
-
-    delegate.clearPlaylist();
-    delegate.player->playlist->name = "Empty";
-    delegate.player->savePlaylist((support::scratch() / "empty.tuq").string());
-    delegate.playlistController->reloadPlaylistData();
-    name->selectAll();
-    QTest::keyClicks(name, "Road trip");
-    QTest::keyClick(name, Qt::Key_Return);
-    ASSERT_TRUE(runUntil([&] { return table().numberOfRows() == 3; }));
-    EXPECT_EQ(selector().stringValue(), "Road trip");
-    EXPECT_EQ(delegate.player->playlist->name, "Road trip");
-    EXPECT_TRUE(isStarted(delegate.player->playbackState()));
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{2});
 }
 
 TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
@@ -252,10 +207,8 @@ TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
     EXPECT_EQ(delegate.player->stream->title, "50% #1?\xff");
 }
 
-TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {
-    support::writeFile(support::scratch() / "red.ppm", "P6\n2 2\n255\n" + std::string(2 * 2 * 3, '\x60'));
-    support::run({"ffmpeg", "-y", "-i", (support::scratch() / "red.ppm").string(),
-                  (support::scratch() / "cover.png").string()});
+TEST_F(WindowTest, TheCoverIsTheOneThatPlays) {
+    QImage(2, 2, QImage::Format_RGB32).save(QString::fromStdString(support::scratch() / "cover.png"));
     const std::string plain = makeTrack("Plain", 700, 20);
     const std::string covered = makeTrack("Covered", 710, 20);
     support::run(
@@ -272,7 +225,6 @@ TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {
     ASSERT_TRUE(shows("Covered"));
 
     QTest::keyClick(delegate.window.get(), Qt::Key_2, Qt::ControlModifier);
-    EXPECT_TRUE(runUntil([&] { return delegate.pageName->text() == "Cover Art"; }));
     const auto pictureSize = [&] { return delegate.coverArtController->coverArtView->image().size(); };
     const auto isCover = [&] { return pictureSize() == QSizeF(2, 2); };
     EXPECT_TRUE(runUntil(isCover)) << "shown when the page is first turned to";
@@ -285,11 +237,6 @@ TEST_F(WindowTest, PagesTurnAndTheCoverIsTheOneThatPlays) {
         delegate.player->startCurrentEntry();
         EXPECT_TRUE(runUntil(isCover));
     }
-    EXPECT_EQ(delegate.releaseNotesController->releaseNotesView, nullptr)
-        << "not read before it is turned to";
-    QTest::keyClick(delegate.window.get(), Qt::Key_3, Qt::ControlModifier);
-    EXPECT_TRUE(runUntil([&] { return delegate.pageName->text() == "Release Notes"; }));
-    EXPECT_TRUE(delegate.releaseNotesController->releaseNotesView->toPlainText().contains("Sound"));
 }
 
 /// How long this thread has worked at most between two turns of the event loop.
@@ -339,7 +286,6 @@ TEST_F(WindowTest, AListOf100000RowsIsThereAtOnceAndReadWhileTheWindowGoesOn) {
     EXPECT_TRUE(list.entryAt(rows - 100)->title.empty()) << "not seen";
 
     EXPECT_LT(longest.milliseconds, 16);
-    delegate.player->savePlaylist((support::scratch() / "unread.tuq").string());
     QTest::mouseClick(&delegate.playlistController->statusLine->stopButton(), Qt::LeftButton);
     EXPECT_TRUE(runUntil([&] { return !status.isVisible(); }));
     EXPECT_TRUE(list.entryAt(rows - 100)->title.empty());
@@ -347,30 +293,20 @@ TEST_F(WindowTest, AListOf100000RowsIsThereAtOnceAndReadWhileTheWindowGoesOn) {
     ASSERT_TRUE(runUntil([&] { return list.entryAt(rows)->title == "Tagged"; })) << "left, and seen now";
     EXPECT_TRUE(delegate.player->isPlaying());
 
-    delegate.openSources({(support::scratch() / "unread.tuq").string()});
-    ASSERT_TRUE(runUntil([&] { return delegate.player->playlist->entryAt(0)->length == 20; }));
-    EXPECT_EQ(delegate.player->playlist->entryAt(rows - 100)->title, "") << "nothing made up is saved";
     delegate.clearPlaylist();
     EXPECT_TRUE(runUntil([&] { return !status.isVisible() && table().numberOfRows() == 0; }));
 }
 
-TEST_F(WindowTest, TextsThatCannotBeShownAndSourcesThatCannotBePlayedLeaveItUsable) {
+TEST_F(WindowTest, ATitleThatCannotBeShownLeavesItUsable) {
     auto entry = std::make_unique<TulPlaylistEntry>();
     entry->source = makeTrack("x", 800, 20);
     entry->title = "Caf\xe9";
     delegate.player->playlist->appendEntry(std::move(entry));
-    delegate.player->playlist->addEntry("/nowhere/gone.flac");
     delegate.playlistController->reloadPlaylistData();
     support::picture(*delegate.window);
     doubleClickRow(0);
     ASSERT_TRUE(shows("Error"));
     EXPECT_EQ(controls->info2View->text(), "Got faulty song info");
-    doubleClickRow(1);
-    ASSERT_TRUE(shows("File not found"));
-    EXPECT_EQ(controls->info2View->text(), "gone");
-    EXPECT_FALSE(controls->timeView->isVisible());
-    EXPECT_EQ(controls->lengthView->text(), "00:00");
-    EXPECT_FALSE(controls->statusSlider->isEnabled());
 }
 
 TEST_F(WindowTest, AFailedEntryShowsWhyAndPlaysWhenItIsThereAgain) {
@@ -395,6 +331,9 @@ TEST_F(WindowTest, AFailedEntryShowsWhyAndPlaysWhenItIsThereAgain) {
     ASSERT_TRUE(shows("File not found"));
     EXPECT_EQ(controls->info2View->text(), "<b>late") << "what the user selected stays";
     EXPECT_FALSE(controls->playPauseButton->image().isNull());
+    EXPECT_FALSE(controls->timeView->isVisible());
+    EXPECT_EQ(controls->lengthView->text(), "00:00");
+    EXPECT_FALSE(controls->statusSlider->isEnabled());
     const auto hover = [&](int index) {
         const QPoint place = table().rectOfRow(index).center().toPoint();
         QHelpEvent rest(QEvent::ToolTip, place, table().viewport()->mapToGlobal(place));

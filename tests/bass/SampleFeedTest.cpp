@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -83,22 +82,6 @@ TEST_F(SampleFeedTest, CountsWhatAStalledEncoderMissesAndIsNotLateAfterwards) {
     EXPECT_EQ(take(milliseconds(10000)).size(), 131072U * 2);
     EXPECT_EQ(feed->lostFrames(), 441000U - 131072U);
     EXPECT_EQ(take(milliseconds(10600)).size(), 26460U * 2) << "the silence of 600 ms, no more";
-}
-
-TEST_F(SampleFeedTest, LosesAndSwapsNothingBetweenTwoThreads) {
-    constexpr int frames = 100000;
-    std::thread audio([this] {
-        for (int i = 0; i < frames; i += 100)
-            tap(100, static_cast<float>(i / 100 % 1000) / 1024);
-    });
-    std::vector<std::int16_t> heard;
-    while (heard.size() < frames * 2U) {
-        const auto more = take(milliseconds(0));
-        heard.insert(heard.end(), more.begin(), more.end());
-    }
-    audio.join();
-    for (std::size_t i = 0; i < heard.size(); ++i)
-        ASSERT_NEAR(heard[i], static_cast<int>(i / 200 % 1000) * 32, 2) << i;
 }
 
 } // namespace

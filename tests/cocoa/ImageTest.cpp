@@ -79,12 +79,4 @@ TEST(Image, IsDrawnAtItsOwnSizeOnWholePixelsWherever) {
     }
 }
 
-TEST(Image, WhatIsMissingDrawsNothing) {
-    EXPECT_TRUE(Image::named("no such picture.png").isNull());
-    EXPECT_TRUE(Image(QImage()).isNull());
-    EXPECT_EQ(Image().size(), QSizeF(0, 0));
-    const auto draw = [](QPainter& painter) { Image().drawInRect(painter, {0, 0, 40, 10}); };
-    EXPECT_EQ(middleLine(1, draw), "40. ");
-}
-
 } // namespace

@@ -3,19 +3,10 @@
 #include "platform/bass/bassenc.h"
 
 #include <algorithm>
-#include <sstream>
-#include <utility>
 
 namespace recording {
 
 Bass bass;
-
-std::string Bass::takeCalls() {
-    std::string lines;
-    for (const auto& call : std::exchange(calls, {}))
-        lines += call + "\n";
-    return lines;
-}
 
 void Bass::endFade() {
     last().sliding = false;
@@ -30,17 +21,18 @@ void Bass::fail(DWORD failure, DWORD httpStatus) {
 
 namespace {
 
-template <typename... Arguments> void record(const char* name, const Arguments&... arguments) {
-    std::ostringstream line;
-    line << name;
-    ((line << ' ' << arguments), ...);
-    bass.calls.push_back(line.str());
+constexpr HENCODE encoderHandle = 7;
+
+/// One of the BASS_SOURCE_ kinds and its source, as one text.
+std::string textOf(DWORD kind, const void* source) {
+    return std::to_string(kind) + " " + (source ? static_cast<const char*>(source) : "-");
 }
 
-HSTREAM createFile(const char* name, BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags) {
-    record(name, mem, static_cast<const char*>(file), offset, length, flags);
+HSTREAM create(DWORD kind, const void* source) {
     if (bass.status == BASS_STREAM_NONE) return 0;
-    bass.channels[++bass.lastHandle].status = bass.status;
+    Channel& made = bass.channels[++bass.lastHandle];
+    made.status = bass.status;
+    made.source = textOf(kind, source);
     return bass.lastHandle;
 }
 
@@ -60,32 +52,29 @@ Channel* findWorking(DWORD handle) {
 
 using namespace recording;
 
-BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId) {
-    record("Init", device, freq, flags, window, classId);
+BOOL BASS_Init(int /*device*/, DWORD /*freq*/, DWORD /*flags*/, void* /*window*/, void* /*classId*/) {
     return 1;
 }
 
 BOOL BASS_Free() {
-    record("Free");
     return 1;
 }
 
-#define RECORD_CREATION(call)                                                                                \
-    HSTREAM BASS_##call(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags) {               \
-        return createFile(#call, mem, file, offset, length, flags);                                          \
+#define CREATION(call, kind)                                                                                 \
+    HSTREAM BASS_##call(BOOL /*mem*/, const void* file, QWORD, QWORD, DWORD) {                               \
+        return create(kind, file);                                                                           \
     }
-RECORD_CREATION(StreamCreateFile)
-RECORD_CREATION(FLAC_StreamCreateFile)
-RECORD_CREATION(APE_StreamCreateFile)
-RECORD_CREATION(OPUS_StreamCreateFile)
-RECORD_CREATION(WV_StreamCreateFile)
+CREATION(StreamCreateFile, BASS_SOURCE_FILE)
+CREATION(FLAC_StreamCreateFile, BASS_SOURCE_FLAC)
+CREATION(APE_StreamCreateFile, BASS_SOURCE_APE)
+CREATION(OPUS_StreamCreateFile, BASS_SOURCE_OPUS)
+CREATION(WV_StreamCreateFile, BASS_SOURCE_WV)
 
-HSTREAM BASS_StreamCreateURL(const char* url, DWORD offset, DWORD flags, DOWNLOADPROC* proc, void* user) {
-    return createFile("StreamCreateURL", proc != nullptr, url, offset, user != nullptr, flags);
+HSTREAM BASS_StreamCreateURL(const char* url, DWORD, DWORD, DOWNLOADPROC* /*proc*/, void* /*user*/) {
+    return create(BASS_SOURCE_URL, url);
 }
 
 BOOL BASS_StreamFree(HSTREAM handle) {
-    record("StreamFree", handle);
     return bass.channels.erase(handle) > 0;
 }
 
@@ -96,10 +85,11 @@ DWORD BASS_StreamGetStatus(HSTREAM handle, DWORD* httpStatus) {
 }
 
 BOOL BASS_ChannelSetNext(DWORD handle, DWORD kind, const char* source) {
-    record("SetNext", handle, kind, source ? source : "-");
     Channel* channel = findWorking(handle);
-    if (channel) channel->next = std::to_string(kind) + " " + (source ? source : "-");
-    return channel != nullptr;
+    if (!channel) return 0;
+    channel->next = textOf(kind, source);
+    ++channel->nextChanges;
+    return 1;
 }
 
 DWORD BASS_ChannelIsActive(DWORD handle) {
@@ -107,8 +97,7 @@ DWORD BASS_ChannelIsActive(DWORD handle) {
     return channel ? channel->state : BASS_ACTIVE_STOPPED;
 }
 
-BOOL BASS_ChannelPlay(DWORD handle, BOOL restart) {
-    record("Play", handle, restart);
+BOOL BASS_ChannelPlay(DWORD handle, BOOL /*restart*/) {
     Channel* channel = findWorking(handle);
     if (channel)
         channel->state = channel->status == BASS_STREAM_OPEN ? BASS_ACTIVE_PLAYING : BASS_ACTIVE_STALLED;
@@ -116,15 +105,13 @@ BOOL BASS_ChannelPlay(DWORD handle, BOOL restart) {
 }
 
 BOOL BASS_ChannelPause(DWORD handle) {
-    record("Pause", handle);
     Channel* channel = findWorking(handle);
     if (!channel || channel->state == BASS_ACTIVE_STOPPED) return 0;
     channel->state = BASS_ACTIVE_PAUSED;
     return 1;
 }
 
-BOOL BASS_ChannelSlideAttribute(DWORD handle, DWORD attrib, float value, DWORD ms) {
-    record("Slide", handle, attrib, value, ms);
+BOOL BASS_ChannelSlideAttribute(DWORD handle, DWORD /*attrib*/, float value, DWORD /*ms*/) {
     Channel* channel = findWorking(handle);
     if (!channel) return 0;
     channel->sliding = true;
@@ -138,11 +125,10 @@ BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib) {
 }
 
 BOOL BASS_ChannelSetAttribute(DWORD handle, DWORD attrib, float value) {
-    record("SetAttribute", handle, attrib, value);
     Channel* channel = findWorking(handle);
-    if (!channel || attrib != BASS_ATTRIB_VOL) return channel != nullptr;
-    channel->sliding = false;
-    channel->volume = value;
+    if (!channel) return 0;
+    if (attrib == BASS_ATTRIB_VOL) channel->sliding = false;
+    (attrib == BASS_ATTRIB_VOL ? channel->volume : channel->balance) = value;
     return 1;
 }
 
@@ -150,8 +136,7 @@ BOOL BASS_ChannelGetAttribute(DWORD /*handle*/, DWORD /*attrib*/, float* /*value
     return 0;
 }
 
-HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user) {
-    record("SetSync", handle, type, parameter, user);
+HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD /*parameter*/, SYNCPROC* proc, void* /*user*/) {
     Channel* channel = findWorking(handle);
     if (!channel) return 0;
     (type == BASS_SYNC_SLIDE ? channel->slideSync : channel->endSync) = proc;
@@ -163,8 +148,7 @@ QWORD BASS_ChannelGetPosition(DWORD handle, DWORD mode) {
     return channel && mode == BASS_POS_BYTE ? channel->position : BASS_QWORD_ERROR;
 }
 
-BOOL BASS_ChannelSetPosition(DWORD handle, QWORD pos, DWORD mode) {
-    record("SetPosition", handle, pos, mode);
+BOOL BASS_ChannelSetPosition(DWORD handle, QWORD pos, DWORD /*mode*/) {
     Channel* channel = findWorking(handle);
     if (channel) channel->position = pos;
     return channel != nullptr;
@@ -182,8 +166,7 @@ QWORD BASS_ChannelSeconds2Bytes(DWORD /*handle*/, double seconds) {
     return static_cast<QWORD>(seconds * 8);
 }
 
-DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request) {
-    record("GetData", handle, request);
+DWORD BASS_ChannelGetData(DWORD /*handle*/, void* buffer, DWORD /*request*/) {
     if (bass.dataFails) {
         *static_cast<float*>(buffer) = 1; // half written
         static_cast<float*>(buffer)[1] = 1;
@@ -193,28 +176,27 @@ DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request) {
     return 2048;
 }
 
-HENCODE BASS_Encode_Start(DWORD channel, const char* cmdline, DWORD flags, ENCODEPROC* proc, void* user) {
-    record("Encode_Start", channel, cmdline, flags, proc != nullptr, user);
-    return bass.encoder = bass.encodes ? 7 : 0;
+HENCODE BASS_Encode_Start(DWORD channel, const char*, DWORD, ENCODEPROC* /*proc*/, void* /*user*/) {
+    if (!bass.hasEncoder) return 0;
+    bass.encoder = {.runs = true, .channel = channel, .starts = bass.encoder.starts + 1};
+    return encoderHandle;
 }
 
-DWORD BASS_Encode_ServerInit(HENCODE handle, const char* port, DWORD buffer, DWORD burst, DWORD flags,
-                             ENCODECLIENTPROC* proc, void* user) {
-    record("Encode_ServerInit", handle, port, buffer, burst, flags, proc != nullptr, user);
-    return handle != 0 && bass.serves ? 9090 : 0;
+DWORD BASS_Encode_ServerInit(HENCODE handle, const char* port, DWORD, DWORD, DWORD,
+                             ENCODECLIENTPROC* /*proc*/, void* /*user*/) {
+    return handle != 0 && bass.portIsFree ? static_cast<DWORD>(std::stoul(port)) : 0;
 }
 
-BOOL BASS_Encode_SetChannel(HENCODE handle, DWORD channel) {
-    record("Encode_SetChannel", handle, channel);
+BOOL BASS_Encode_SetChannel(HENCODE /*handle*/, DWORD channel) {
+    bass.encoder.channel = channel;
     return 1;
 }
 
-BOOL BASS_Encode_Stop(HENCODE handle) {
-    record("Encode_Stop", handle);
-    bass.encoder = 0;
+BOOL BASS_Encode_Stop(HENCODE /*handle*/) {
+    bass.encoder.runs = false;
     return 1;
 }
 
 DWORD BASS_Encode_IsActive(HENCODE handle) {
-    return handle != 0 && handle == bass.encoder ? BASS_ACTIVE_PLAYING : BASS_ACTIVE_STOPPED;
+    return handle != 0 && bass.encoder.runs ? BASS_ACTIVE_PLAYING : BASS_ACTIVE_STOPPED;
 }

@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-/// Stands in for the audio library: writes down every call in order, and answers as the channels here say.
-/// Each entry point of the library does to its channel what the real one does at once; what takes time there
-/// happens here when a test says so.
+/// Stands in for the audio library. Each entry point does to its channel at once what the real one does;
+/// what takes time there happens here when a test says so.
 namespace recording {
 
 struct Channel {
@@ -17,22 +16,30 @@ struct Channel {
     DWORD httpStatus = 0;
     bool sliding = false;
     float volume = 1;
+    float balance = 0;
     QWORD position = 0;
-    std::string next = "(untold)"; ///< The kind and source that BASS_ChannelSetNext was told last.
+    std::string source; ///< Its kind (BASS_SOURCE_) and source, like "1 /a.mp3".
+    std::string next;   ///< The same of what was last set to follow.
+    int nextChanges = 0;
     SYNCPROC* endSync = nullptr;
     SYNCPROC* slideSync = nullptr;
 };
 
+struct Encoder {
+    bool runs = false;
+    DWORD channel = 0;
+    int starts = 0;
+};
+
 struct Bass {
-    std::vector<std::string> calls;
     std::map<DWORD, Channel> channels;
     DWORD lastHandle = 0;
     /// Of the streams created from now on; BASS_STREAM_NONE: the creation fails.
     DWORD status = BASS_STREAM_OPEN;
     bool dataFails = false;
-    bool encodes = true;
-    bool serves = true;
-    DWORD encoder = 0;
+    bool hasEncoder = true;
+    bool portIsFree = true;
+    Encoder encoder;
     std::vector<float> magnitudes = std::vector<float>(512, 0.0F);
 
     Channel& last() { return channels.at(lastHandle); }
@@ -40,9 +47,6 @@ struct Bass {
     void endFade();
     /// The last stream has failed; its end sync is for the test to fire.
     void fail(DWORD status, DWORD httpStatus = 0);
-
-    /// The calls since the last time, one a line.
-    std::string takeCalls();
 };
 
 /// Afresh for each test.

@@ -116,37 +116,27 @@ TEST(ReplaceFile, GoesRoundWhatACrashHasLeft) {
     EXPECT_EQ(filesIn(folder), 33U);
 }
 
-TEST(ReplaceFile, WritesInPlaceWhereTheFolderAllowsNoNewFile) {
+TEST(ReplaceFile, LeavesTheOldFileWhenItIsProtectedOrThereIsNoRoom) {
     const fs::path folder = freshFolder();
-    writeFile(folder / "writable", "a longer old text");
-    writeFile(folder / "protected", "old");
-    fs::permissions(folder / "writable", fs::perms(0666));
-    fs::permissions(folder / "protected", fs::perms(0444));
-    fs::permissions(folder, fs::perms(0555));
-    EXPECT_TRUE(asOrdinaryUser([&] { return replaceFile(folder / "writable", "new"); }));
-    EXPECT_EQ(readFile(folder / "writable"), "new");
-    EXPECT_TRUE(asOrdinaryUser([&] { return !replaceFile(folder / "protected", "new"); }));
-    fs::permissions(folder, fs::perms(0777));
-    EXPECT_TRUE(asOrdinaryUser([&] { return !replaceFile(folder / "protected", "new"); }));
-    EXPECT_EQ(readFile(folder / "protected"), "old");
-}
-
-TEST(ReplaceFile, LeavesTheOldFileWhenThereIsNoRoom) {
-    const fs::path folder = freshFolder();
-    for (const bool inPlace : {false, true}) {
-        writeFile(folder / "list", "old");
-        fs::permissions(folder / "list", fs::perms(0666));
+    for (const bool inPlace : {false, true}) { // where the folder allows no new file
+        fs::permissions(folder, fs::perms(0777));
+        writeFile(folder / "list", "a longer old text");
         fs::permissions(folder, fs::perms(inPlace ? 0555 : 0777));
-        const auto replaceWithRoomFor = [&](rlim_t room) {
+        const auto replaceWithRoomFor = [&](rlim_t room, const std::string& text) {
             return asOrdinaryUser([&] {
                 const rlimit limit{room, room};
                 return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
-                       replaceFile(folder / "list", std::string(8192, 'x'));
+                       replaceFile(folder / "list", text);
             });
         };
-        EXPECT_FALSE(replaceWithRoomFor(4096));
-        EXPECT_EQ(readFile(folder / "list"), "old");
-        EXPECT_TRUE(replaceWithRoomFor(8192));
+        fs::permissions(folder / "list", fs::perms(0444));
+        EXPECT_FALSE(replaceWithRoomFor(8192, "new"));
+        fs::permissions(folder / "list", fs::perms(0666));
+        EXPECT_FALSE(replaceWithRoomFor(4096, std::string(8192, 'x')));
+        EXPECT_EQ(readFile(folder / "list"), "a longer old text");
+        EXPECT_TRUE(replaceWithRoomFor(8192, std::string(8192, 'x')));
+        EXPECT_TRUE(replaceWithRoomFor(8192, "new"));
+        EXPECT_EQ(readFile(folder / "list"), "new");
         EXPECT_EQ(filesIn(folder), 1U);
     }
     fs::permissions(folder, fs::perms(0777));

@@ -119,16 +119,4 @@ TEST_F(WorkersTest, WhatIsBeingSavedIsFinishedInOrderAndTheRestIsDropped) {
     EXPECT_LE(read, 1);
 }
 
-TEST_F(WorkersTest, WithoutAWakeEverythingIsDoneInPlaceAndInOrder) {
-    workers.emplace();
-    workers->run(Lane::own, [&](const Workers::Reply& reply) {
-        reply.post([&] {
-            notes += 'a';
-            note(Lane::urgent, 'c'); // after what goes on here
-            notes += 'b';
-        });
-    });
-    EXPECT_EQ(notes, "abc");
-}
-
 } // namespace

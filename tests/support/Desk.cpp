@@ -33,15 +33,11 @@ void startChild(QProcess& child, const QString& program, const QStringList& argu
     if (!child.waitForStarted()) throw std::runtime_error("cannot start " + program.toStdString());
 }
 
-QString output(const QString& program, const QStringList& arguments) {
+QString xdotool(const QStringList& arguments) {
     QProcess tool;
-    tool.start(program, arguments);
+    tool.start(QStringLiteral("xdotool"), arguments);
     tool.waitForFinished();
     return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
-}
-
-QString xdotool(const QStringList& arguments) {
-    return output("xdotool", arguments);
 }
 
 /// The amplitude of one tone, by Goertzel's algorithm.
@@ -117,14 +113,12 @@ void Desk::start(const QString& program, const QStringList& arguments) {
 }
 
 bool Desk::ended() {
-    return until([&] { return m_program.state() == QProcess::NotRunning; }) &&
-           m_program.exitStatus() == QProcess::NormalExit && m_program.exitCode() == 0;
+    return endsWithin(patience);
 }
 
 bool Desk::endsWithin(std::chrono::milliseconds limit) {
-    m_program.waitForFinished(static_cast<int>(limit.count()));
-    return m_program.state() == QProcess::NotRunning && m_program.exitStatus() == QProcess::NormalExit &&
-           m_program.exitCode() == 0;
+    return runUntil([&] { return m_program.state() == QProcess::NotRunning; }, limit) &&
+           m_program.exitStatus() == QProcess::NormalExit && m_program.exitCode() == 0;
 }
 
 void Desk::signal(int number) const {

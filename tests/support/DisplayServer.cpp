@@ -18,11 +18,11 @@ bool windowManagerRuns() {
 
 } // namespace
 
-DisplayServer::DisplayServer(const std::string& size) {
+DisplayServer::DisplayServer() {
     const auto number = scratch() / "display";
-    m_server = Child(
-        {"sh", "-c", "exec Xvfb -displayfd 1 -screen 0 " + size + "x24 -nolisten tcp -noreset 2>/dev/null"},
-        number);
+    m_server =
+        Child({"sh", "-c", "exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -noreset 2>/dev/null"},
+              number);
     std::string line;
     if (!waitFor([&] { return (line = readFile(number)).ends_with('\n'); }, limit))
         throw std::runtime_error("Xvfb did not start");

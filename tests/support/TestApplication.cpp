@@ -18,18 +18,11 @@ namespace {
 /// Ends the application while the toolkit's own statics are still alive.
 class ApplicationEnvironment : public testing::Environment {
 public:
-    QApplication& offscreen() {
-        if (m_application == nullptr) {
-            setenv("QT_QPA_PLATFORM", "offscreen", 1);
-            m_application = std::make_unique<QApplication>(m_count, m_arguments);
-        }
-        return *m_application;
-    }
-    QApplication& onScreen() {
-        if (m_application == nullptr) {
-            m_display = std::make_unique<DisplayServer>();
-            m_application = std::make_unique<QApplication>(m_count, m_arguments);
-        }
+    QApplication& application(bool onScreen) {
+        if (m_application != nullptr) return *m_application;
+        if (onScreen) m_display = std::make_unique<DisplayServer>();
+        if (!onScreen) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        m_application = std::make_unique<QApplication>(m_count, m_arguments);
         return *m_application;
     }
     void TearDown() override {
@@ -56,11 +49,11 @@ ApplicationEnvironment* const environment = [] {
 } // namespace
 
 QApplication& offscreenApplication() {
-    return environment->offscreen();
+    return environment->application(false);
 }
 
 QApplication& onScreenApplication() {
-    return environment->onScreen();
+    return environment->application(true);
 }
 
 bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
