@@ -8,7 +8,7 @@
 
 namespace app {
 
-/// One sentence without a full stop that tells why `source` does not play; empty where nothing failed. Of an
+/// One sentence without a full stop that says why `source` does not play; empty where nothing failed. Of an
 /// address it names the host alone.
 QString failureText(const TulFailure& failure, const std::string& source);
 

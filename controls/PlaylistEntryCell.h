@@ -22,7 +22,7 @@ public:
     bool active() const { return m_active; }
     void setActive(bool active) { m_active = active; }
 
-    /// True for a row that does not play: it shows a mark, and its second line, which tells why, is red.
+    /// True for a row that does not play: it shows a mark, and its second line, which says why, is red.
     bool failed() const { return m_failed; }
     void setFailed(bool failed) { m_failed = failed; }
 

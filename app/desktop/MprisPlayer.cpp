@@ -93,7 +93,7 @@ void MprisPlayer::noteTime() {
     m_since.restart();
 }
 
-/// The picture of the entry that plays. It is kept as long as it is told of.
+/// The picture of the entry that plays. It is kept as long as its address is announced.
 void MprisPlayer::takeCover() {
     if (handle() == 0 || player().playlist->entryCount() == 0) return;
     const TulPlaylistEntry& entry = *player().playlist->currentEntry();

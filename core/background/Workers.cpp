@@ -65,11 +65,11 @@ struct Workers::State {
             std::thread([state, name, body = std::move(body)]() mutable {
                 pthread_setname_np(pthread_self(), name);
                 body(state);
-                body = nullptr; // what it holds goes before anyone is told
+                body = nullptr; // release what it holds before the end is reported
                 const std::lock_guard end(state->mutex);
                 --state->threads;
                 state->ended.notify_all();
-            }).detach(); // see the class: nobody could join one that hangs
+            }).detach(); // see the class: one that hangs could not be joined
         } catch (const std::system_error&) {
             return false;
         }

@@ -23,7 +23,7 @@ public:
     public:
         /// `deliver` runs the task, after those that were posted before; never, once the workers are gone.
         void post(Task task) const;
-        /// Nobody waits for the job any more: the workers are gone.
+        /// Nothing waits for the job any more: the workers are gone.
         [[nodiscard]] bool isAbandoned() const;
 
     private:

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// The state of a channel that neither plays nor is paused: it has ended and the player has not been told
+/// The state of a channel that neither plays nor is paused: it has ended and the player has not been notified
 /// yet, or it was rewound after its end.
 TulPlaybackState endedState(TulPlaybackRequest request) {
     switch (request) {

@@ -10,9 +10,9 @@ enum class TulPlaybackState {
     connecting, ///< started, not played yet: the source is being opened
     playing,
     waiting,   ///< started, but out of data for now
-    fadingOut, ///< on the way to paused or stopped: TulPlayer::request tells which
+    fadingOut, ///< on the way to paused or stopped: TulPlayer::request says which
     paused,
-    failed, ///< the source cannot be played: TulPlayer::failure tells why
+    failed, ///< the source cannot be played: TulPlayer::failure says why
 };
 
 /// What the player was asked to do last.

@@ -104,7 +104,7 @@ public:
     /// Appends entries whose tags are to be read.
     void appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries);
 
-    /// Tells the stream which source follows it. To be called when the playlist was changed; `update` does so
+    /// Names the source that follows the stream. To be called when the playlist was changed; `update` does so
     /// as well.
     void prepareNext();
     /// Follows what happens by itself. To be called now and then, as by the slow timer.

@@ -80,6 +80,6 @@ public:
 private:
     [[nodiscard]] bool isActive() const;
 
-    std::optional<std::string> m_next; ///< What setNext was told last.
+    std::optional<std::string> m_next; ///< What setNext named last.
     bool m_startsOver = false;
 };

@@ -147,8 +147,7 @@ void Channel::attach(const Lock& /*lock*/) {
     if (m_engine.mixer.attachedCount() == 0) m_engine.output.dropQueued();
     m_voice.gain().settle();
     m_voice.pan().settle();
-    // More streams than the mixer takes at once: this one stays silent.
-    static_cast<void>(m_engine.mixer.attach(m_voice));
+    m_engine.mixer.attach(m_voice);
     m_engine.output.changed();
 }
 
@@ -182,11 +181,11 @@ void Channel::rewind(const Lock& lock, std::uint64_t played) {
         // The join has been played, and the end of this stream is about to be reported.
         m_engine.mixer.detach(next->m_voice);
         next->m_voice.rewind(played);
-        static_cast<void>(m_engine.mixer.attach(next->m_voice));
+        m_engine.mixer.attach(next->m_voice);
         return;
     }
     discardMixed(lock, played);
-    static_cast<void>(m_engine.mixer.attach(m_voice));
+    m_engine.mixer.attach(m_voice);
 }
 
 void Channel::lastPlayed(const Lock& /*lock*/, std::span<Frame> out) {

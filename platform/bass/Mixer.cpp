@@ -5,14 +5,13 @@
 
 namespace bass {
 
-bool Mixer::attach(Voice& voice) {
+void Mixer::attach(Voice& voice) {
     for (auto& slot : m_voices) {
         Voice* none = nullptr;
         if (!slot.compare_exchange_strong(none, &voice)) continue;
         ++m_attached;
-        return true;
+        return;
     }
-    return false;
 }
 
 void Mixer::detach(const Voice& voice) {

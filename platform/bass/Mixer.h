@@ -21,8 +21,8 @@ public:
     /// `onEvent` wakes the sync thread; it must be safe on the audio thread.
     explicit Mixer(std::function<void()> onEvent) : m_onEvent(std::move(onEvent)) {}
 
-    /// False when too many voices play.
-    [[nodiscard]] bool attach(Voice& voice);
+    /// With maxVoices attached already, another one stays silent.
+    void attach(Voice& voice);
     /// When this returns, the audio thread is done with the voice. It may have continued with the one that
     /// follows (Voice::hasJoined), which then stays.
     void detach(const Voice& voice);

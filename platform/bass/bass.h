@@ -70,9 +70,9 @@ BOOL BASS_Free();
 
 /// Opens a local file whatever its name holds; the bytes of `file` are a path. The content decides the
 /// format, never the extension. `mem` must be FALSE, `offset` and `length` 0 (the whole file). The stream is
-/// created at once, stopped at its first frame, and opened by a worker of its own: BASS_StreamGetStatus tells
-/// what has become of it. A file that cannot be opened ends its stream (BASS_SYNC_END); every other call then
-/// answers as for handle 0. 0 when the library is not initialised.
+/// created at once, stopped at its first frame, and opened by a worker of its own: BASS_StreamGetStatus
+/// reports what has become of it. A file that cannot be opened ends its stream (BASS_SYNC_END); every other
+/// call then answers as for handle 0. 0 when the library is not initialised.
 HSTREAM BASS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
 /// As BASS_StreamCreateFile, for one format each: native or Ogg FLAC, Monkey's Audio, Opus, WavPack.
 HSTREAM BASS_FLAC_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);

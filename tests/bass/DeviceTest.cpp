@@ -80,7 +80,7 @@ protected:
         ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
     }
 
-    /// Hardware that is there all the time; nobody hears what goes there.
+    /// Hardware that is there all the time; what goes there is not recorded.
     static void leaveAWayPastTheServer() {
         support::writeFile(std::filesystem::path(std::getenv("HOME")) / ".asoundrc",
                            "pcm.!default { type null }\n");

@@ -66,7 +66,7 @@ private:
     int m_port = 0;
 };
 
-/// An HTTPS server whose certificate nobody trusts.
+/// An HTTPS server whose certificate is not trusted.
 class SelfSignedServer {
 public:
     SelfSignedServer() {

@@ -285,7 +285,7 @@ TEST(JoinTest, AVolumeSetWhileTheMixerJoinsHoldsForBoth) {
     EXPECT_EQ(out[4 * frames - 2], 0.25F);
 }
 
-/// Silence that tells its end late: when all of it has been mixed.
+/// Silence that reports its end late: when all of it has been mixed.
 class LateEndSource : public bass::Source {
 public:
     static constexpr std::size_t length = 22050;

@@ -4,7 +4,7 @@
 
 namespace bass {
 
-/// What FFmpeg's network protocols tell nobody but their log.
+/// What FFmpeg's network protocols report only in their log.
 struct ProtocolLog {
     int httpStatus = 0;          ///< of the last response; 0 before one
     std::size_t headerBytes = 0; ///< of all responses
