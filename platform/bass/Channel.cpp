@@ -215,9 +215,8 @@ void Channel::beginSeek(const Lock& lock) {
     m_work.release();
 }
 
-/// Nothing is mixed while a stream seeks or connects, or while there is no device, so a slide would last
-/// until that is over.
 void Channel::finishSlides(const Lock& lock) {
+    if (!m_voice.gain().isSliding() && !m_voice.pan().isSliding()) return;
     const bool waitsForDevice =
         m_state == StreamState::playing && !m_engine.output.isRunning() && !joined(lock);
     if (m_state != StreamState::starting && !waitsForDevice) return;

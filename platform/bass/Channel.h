@@ -57,6 +57,9 @@ public:
 
     /// Mixed frames past `played` on the device's timeline will not be played: they are mixed again.
     void rewind(const Lock& lock, std::uint64_t played);
+    /// Nothing is mixed while a stream seeks or connects, or while there is no device, so a slide would last
+    /// until that is over: it is finished at once.
+    void finishSlides(const Lock& lock);
 
     bool isFollowedBy(const Lock& /*lock*/, const SourceName& name) const { return m_nextName == name; }
     /// Names the source that follows. The stream made for the former one is to be taken away before.
@@ -85,7 +88,6 @@ private:
     void discardMixed(const Lock& lock, std::uint64_t played);
     void startIfFilled(const Lock& lock);
     void beginSeek(const Lock& lock);
-    void finishSlides(const Lock& lock);
     void postEnd(const Lock& lock);
     void playJoined(const Lock& lock);
     void prepareNextIfDue(const Lock& lock);

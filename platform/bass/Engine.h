@@ -35,8 +35,8 @@ using OpenSource = std::function<OpenedSource(const SourceName&, std::shared_ptr
 struct Engine {
     using Lock = std::unique_lock<std::mutex>;
 
-    Engine(SyncEvents& events, std::function<void(std::uint64_t)> rewind)
-        : mixer([this] { syncs.wake(); }), output(mixer, std::move(rewind)), syncs(events) {}
+    Engine(SyncEvents& syncEvents, OutputEvents& outputEvents)
+        : mixer([this] { syncs.wake(); }), output(mixer, outputEvents), syncs(syncEvents) {}
 
     std::mutex mutex;
     Mixer mixer;

@@ -7,7 +7,7 @@
 
 namespace bass {
 
-Library::Library() : m_engine(*this, [this](std::uint64_t played) { rewindAll(played); }) {
+Library::Library() : m_engine(*this, *this) {
     m_engine.createStream = [this](const Lock& lock, const SourceName& name) { return add(lock, name); };
 }
 
@@ -115,12 +115,6 @@ bool Library::setNext(std::uint32_t handle, const SourceName& next) {
     return true;
 }
 
-void Library::rewindAll(std::uint64_t played) {
-    const Lock lock(m_engine.mutex);
-    for (const auto& [handle, channel] : m_channels)
-        channel->rewind(lock, played);
-}
-
 // ---- taps ----
 
 bool Library::setTap(std::uint32_t handle, SampleTap& tap) {
@@ -162,6 +156,20 @@ std::vector<Sync> Library::takeSyncs(const MixEvent& event) {
 bool Library::exists(std::uint32_t stream) {
     const Lock lock(m_engine.mutex);
     return findAny(lock, stream) != nullptr;
+}
+
+// ---- the control thread's ----
+
+void Library::rewind(std::uint64_t played) {
+    const Lock lock(m_engine.mutex);
+    for (const auto& [handle, channel] : m_channels)
+        channel->rewind(lock, played);
+}
+
+void Library::deviceMissing() {
+    const Lock lock(m_engine.mutex);
+    for (const auto& [handle, channel] : m_channels)
+        channel->finishSlides(lock);
 }
 
 } // namespace bass

@@ -14,7 +14,7 @@ namespace bass {
 /// process, which is never destroyed: a thread that nothing can end may still use it while the process exits.
 ///
 /// Threads: every call from any thread but the audio thread.
-class Library : private SyncEvents {
+class Library : private SyncEvents, private OutputEvents {
 public:
     using Lock = Engine::Lock;
 
@@ -50,7 +50,6 @@ private:
     std::shared_ptr<Channel> add(const Lock& lock, const SourceName& name);
     std::shared_ptr<Channel> claim(const Lock& lock, const SourceName& name);
     void release(const Lock& lock, Channel& channel);
-    void rewindAll(std::uint64_t played);
 
     void setBusy(bool busy) override;
     std::optional<MixEvent> takeMixedEvent() override { return m_engine.mixer.takeEvent(); }
@@ -58,6 +57,9 @@ private:
     bool isCurrent(const MixEvent& event) override;
     std::vector<Sync> takeSyncs(const MixEvent& event) override;
     bool exists(std::uint32_t stream) override;
+
+    void rewind(std::uint64_t played) override;
+    void deviceMissing() override;
 
     Engine m_engine;
     bool m_open = false; ///< Guarded by the engine's lock, as all below.

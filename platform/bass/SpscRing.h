@@ -82,12 +82,13 @@ public:
     }
 
     /// Copies the elements up to `behind` elements before the reader into `out`; what lies before the first
-    /// element ever written is T{}.
+    /// element written, or the last `clear`, is T{}.
     void copyHistory(std::uint64_t behind, std::span<T> out) const {
         const std::uint64_t read = m_read.load(std::memory_order_acquire);
-        const std::uint64_t end = read - std::min(behind, read);
+        const std::uint64_t end = read - std::min(behind, read - m_start);
         const std::uint64_t kept = m_history - std::min<std::uint64_t>(behind, m_history);
-        const auto there = static_cast<std::size_t>(std::min<std::uint64_t>({out.size(), kept, end}));
+        const auto there =
+            static_cast<std::size_t>(std::min<std::uint64_t>({out.size(), kept, end - m_start}));
         auto to = std::fill_n(out.begin(), out.size() - there, T{});
         for (const auto& run : runs(end - there, there))
             to = std::copy(run.begin(), run.end(), to);

@@ -152,6 +152,16 @@ TEST_F(Device, GoesOnWhenTheServerComesBack) {
     expectGoesOn(recorded, soundFrom(recorded), lost, rate * 0.5);
 }
 
+TEST_F(Device, AFadeEndsWhenTheServerGoesDuringIt) {
+    leaveAWayPastTheServer();
+    play(8);
+    ASSERT_TRUE(waitFor([&] { return position() > rate; }, limit));
+    ASSERT_TRUE(BASS_ChannelSlideAttribute(stream, BASS_ATTRIB_VOL, 0.0F, 60'000));
+    server.crash();
+    EXPECT_TRUE(
+        waitFor([&] { return !BASS_ChannelIsSliding(stream, BASS_ATTRIB_VOL); }, std::chrono::seconds(20)));
+}
+
 /// Ways in which a sound server is not there yet.
 struct LateServer {
     const char* name;

@@ -56,6 +56,8 @@ TEST(SpscRingTest, WhatWasReadCanBeReadAgainAndLookedAt) {
     EXPECT_EQ(take(ring, 99), (std::vector<int>{4, 5, 6, 7, 8, 9, 10, 11, 12}));
     ring.clear();
     EXPECT_EQ(ring.rewind(1), 0U);
+    ring.copyHistory(0, history);
+    EXPECT_EQ(history, (std::array<int, 6>{})) << "from before it was cleared";
 }
 
 } // namespace

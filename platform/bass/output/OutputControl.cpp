@@ -13,7 +13,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto firstRetry = 50ms;
 constexpr auto maxRetry = 1000ms;
 /// A device that is lost so soon after its start is retried with back-off, as one that does not open.
 constexpr auto unstableTime = 2000ms;
@@ -31,9 +30,6 @@ std::unique_ptr<Output> makeOutput(std::function<void()> onFailure) {
 }
 
 } // namespace
-
-OutputControl::OutputControl(Mixer& mixer, std::function<void(std::uint64_t)> rewind)
-    : m_mixer(mixer), m_rewind(std::move(rewind)), m_retry(firstRetry) {}
 
 OutputControl::~OutputControl() {
     if (!m_thread.joinable()) return;
@@ -134,6 +130,7 @@ void OutputControl::keepRunning(bool lost) {
     m_emptySince.reset();
     const bool unstable = lost && Clock::now() < m_lastStart + unstableTime;
     if (!unstable && startOutput()) return;
+    m_events.deviceMissing();
     m_wakeAt = Clock::now() + m_retry;
     m_retry = std::min<std::chrono::milliseconds>(m_retry * 2, maxRetry);
 }
@@ -170,7 +167,11 @@ bool OutputControl::startOutput() {
     // Both unlocked: who asks for the position does not wait for a device that is slow to open.
     if (!m_output->prepare(m_mixer)) return false;
     const std::uint64_t mixed = m_mixer.mixedFrames();
-    if (!m_output->start()) return false;
+    if (!m_output->start()) {
+        m_output->release();
+        m_events.rewind(playedFrame()); // it may have asked for frames before it failed
+        return false;
+    }
     const auto now = Clock::now();
     if (now > m_lastStart + unstableTime) m_retry = firstRetry;
     m_lastStart = now;
@@ -195,7 +196,7 @@ void OutputControl::stopOutput() {
         notePlayed(); // an output without a queue has played as far as it was filled
         played = m_lastPlayed;
     }
-    m_rewind(played);
+    m_events.rewind(played);
 }
 
 } // namespace bass

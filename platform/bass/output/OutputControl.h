@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -13,6 +12,16 @@
 #include <thread>
 
 namespace bass {
+
+/// What the device does to what is mixed. Both are called on the control thread, without a lock.
+class OutputEvents {
+public:
+    virtual ~OutputEvents() = default;
+    /// The device has stopped: mixed frames past `played` on its timeline will not be played.
+    virtual void rewind(std::uint64_t played) = 0;
+    /// A channel is attached, and no device can be started now.
+    virtual void deviceMissing() = 0;
+};
 
 /// Runs the device while a channel is attached, restarts it where what is queued must not be played, and
 /// opens it, with back-off, until there is one, and again when it is lost.
@@ -23,9 +32,7 @@ namespace bass {
 /// lock before `m_mutex`.
 class OutputControl {
 public:
-    /// `rewind` is called on the control thread, with the device stopped, when mixed frames past the given
-    /// frame of the device's timeline will not be played.
-    OutputControl(Mixer& mixer, std::function<void(std::uint64_t played)> rewind);
+    OutputControl(Mixer& mixer, OutputEvents& events) : m_mixer(mixer), m_events(events) {}
     /// Waits for the control thread, for as long as that may take: see `close`.
     ~OutputControl();
 
@@ -40,8 +47,9 @@ public:
     /// What is queued in the device is not to be waited for at the next change. To be called before a channel
     /// is attached.
     void dropQueued();
-    /// Stops the device at once (a seek, a pause, a channel freed while it plays), calls `rewind`, and
-    /// prepares the next start. The device starts again when a channel is attached, which may still be so.
+    /// Stops the device at once (a seek, a pause, a channel freed while it plays), reports a
+    /// rewind, and prepares the next start. The device starts again when a channel is attached, which may
+    /// still be so.
     void flush();
     /// Attached channels came or went. After the last one has gone, what is queued is played to its end.
     void changed();
@@ -56,6 +64,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds firstRetry{50};
 
     void run(const std::stop_token& stop);
     void update();
@@ -67,7 +76,7 @@ private:
     void notePlayed(); ///< With m_mutex held.
 
     Mixer& m_mixer;
-    std::function<void(std::uint64_t)> m_rewind;
+    OutputEvents& m_events;
     std::unique_ptr<Output> m_output;
 
     std::mutex m_mutex;
@@ -86,7 +95,7 @@ private:
     std::optional<Clock::time_point> m_wakeAt; ///< None: only a change wakes it.
     std::optional<Clock::time_point> m_emptySince;
     Clock::time_point m_lastStart;
-    std::chrono::milliseconds m_retry;
+    std::chrono::milliseconds m_retry = firstRetry;
 
     std::jthread m_thread;
 };
