@@ -45,7 +45,7 @@ void FenPlaylistController::initialize() {
     player->rowChanged = [this](std::int32_t row) {
         if (playlistView) playlistView->viewport()->update(playlistView->rectOfRow(row).toAlignedRect());
     };
-    player->internalPlaylistManager->load();
+    player->loadInternalPlaylists();
     displayName = QStringLiteral("Playlist");
 }
 

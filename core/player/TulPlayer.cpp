@@ -53,6 +53,10 @@ void TulPlayer::setStorePath(const std::string& path) {
     internalPlaylistManager->storePath = path;
 }
 
+void TulPlayer::loadInternalPlaylists() {
+    runOnStore(&TulInternalPlaylistManager::load);
+}
+
 void TulPlayer::startCurrentEntry() {
     m_request = TulPlaybackRequest::play;
     m_skipsFailures = false;
@@ -247,15 +251,55 @@ void TulPlayer::endOpening(Opening outcome) {
 }
 
 void TulPlayer::savePlaylist(const std::string& path) {
-    workers.run(Workers::Lane::saving, [file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path)),
-                                        copy = std::shared_ptr(playlist->copyToSave()),
-                                        path](const auto&) { file->write(*copy, path); });
-    rememberPlaylist(path);
+    const auto save = [this, path, list = playlist->id, name = playlist->name,
+                       file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path)),
+                       copy = std::shared_ptr(playlist->copyToSave()),
+                       store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager)](
+                          const Workers::Reply& reply) {
+        const FileStatus written = file->write(*copy, path);
+        const bool isThere = written == FileStatus::done || written == FileStatus::postponed;
+        if (isThere) store->addPlaylist(name, path);
+        const FileStatus remembered = isThere ? store->save() : FileStatus::done;
+        reply.post([=, this] {
+            report(path, written);
+            if (!isThere) return;
+            const std::int32_t before = internalPlaylistManager->currentIndex;
+            internalPlaylistManager->addPlaylist(name, path);
+            if (list != playlist->id) internalPlaylistManager->currentIndex = before; // another was opened
+            takeStored(*store, remembered);
+        });
+    };
+    workers.run(Workers::Lane::saving, save);
 }
 
 void TulPlayer::rememberPlaylist(const std::string& path) {
     internalPlaylistManager->addPlaylist(playlist->name, path);
-    workers.run(Workers::Lane::saving, [copy = *internalPlaylistManager](const auto&) { copy.save(); });
+    runOnStore(&TulInternalPlaylistManager::save);
+}
+
+void TulPlayer::renameInternalPlaylist(const std::string& path, const std::string& name) {
+    internalPlaylistManager->renamePlaylist(path, name);
+    runOnStore(&TulInternalPlaylistManager::save);
+}
+
+/// In the lane for saving, so that what comes back is never older than what came before.
+void TulPlayer::runOnStore(FileStatus (TulInternalPlaylistManager::*operation)()) {
+    const auto run = [this, operation,
+                      store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager)](
+                         const Workers::Reply& reply) {
+        const FileStatus status = (*store.*operation)();
+        reply.post([this, store, status] { takeStored(*store, status); });
+    };
+    workers.run(Workers::Lane::saving, run);
+}
+
+void TulPlayer::takeStored(const TulInternalPlaylistManager& copy, FileStatus status) {
+    if (status == FileStatus::done || status == FileStatus::cut) internalPlaylistManager->takeStored(copy);
+    report(internalPlaylistManager->storePath, status);
+}
+
+void TulPlayer::report(const std::string& path, FileStatus status) const {
+    if (status != FileStatus::done && reportFile) reportFile(path, status);
 }
 
 void TulPlayer::clearPlaylist() {

@@ -53,6 +53,8 @@ public:
     TagReader tagReader;
     /// Called when a row of the playlist has got its texts.
     std::function<void(std::int32_t row)> rowChanged;
+    /// Called when a playlist file or the store of internal playlists could not be read or written whole.
+    std::function<void(const std::string& path, FileStatus status)> reportFile;
 
     /// The player that hears the end of tracks. Null when there is none.
     static TulPlayer* instance;
@@ -60,6 +62,10 @@ public:
     /// To be set before anything plays. Without one the work is done where the end was heard.
     void setExecutor(Executor executor);
     void setStorePath(const std::string& path);
+    /// Reads the store of internal playlists.
+    void loadInternalPlaylists();
+    /// Gives the internal playlist of this path another name, here and in the store.
+    void renameInternalPlaylist(const std::string& path, const std::string& name);
     /// The last call before the process ends: ends sharing and every sound. Waits for threads of the audio
     /// library for 200 ms at most.
     void shutDown();
@@ -95,7 +101,7 @@ public:
     using Opened = std::function<void(Opening)>;
     /// Opens a playlist file and remembers it as an internal playlist. `opened` is called once.
     void openPlaylist(const std::string& path, Opened opened = {});
-    /// Saves the playlist as it is now.
+    /// Saves the playlist as it is now, and remembers it as an internal playlist when that has worked.
     void savePlaylist(const std::string& path);
     /// The playing stream plays on.
     void clearPlaylist();
@@ -124,6 +130,9 @@ private:
     void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
     void endOpening(Opening outcome);
     void rememberPlaylist(const std::string& path);
+    void runOnStore(FileStatus (TulInternalPlaylistManager::*operation)());
+    void takeStored(const TulInternalPlaylistManager& copy, FileStatus status);
+    void report(const std::string& path, FileStatus status) const;
     void entryChanged(const TulPlaylistEntry& entry, std::int32_t row);
 
     Executor m_executor;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/files/FileStatus.h"
 #include "core/playlist/TulPlaylist.h"
 
 #include <memory>
@@ -13,6 +14,7 @@ public:
     /// The list as the file gives it: no file is asked for the tags that are missing in it, and no entry has
     /// a title that is not written there, but for addresses. Null when the file is rejected. Any thread.
     virtual std::unique_ptr<TulPlaylist> read(const std::string& path) = 0;
-    /// Replaces the file. A failure leaves the old one and is not reported.
-    virtual void write(const TulPlaylist& playlist, const std::string& path) = 0;
+    /// Replaces the file. Anything but FileStatus::done and FileStatus::postponed leaves the old one. Any
+    /// thread.
+    virtual FileStatus write(const TulPlaylist& playlist, const std::string& path) = 0;
 };

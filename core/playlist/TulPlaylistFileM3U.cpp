@@ -1,6 +1,6 @@
 #include "core/playlist/TulPlaylistFileM3U.h"
 
-#include "core/playlist/readFile.h"
+#include "core/files/readFile.h"
 #include "core/playlist/resolveEntrySource.h"
 
 #include <cstdlib>
@@ -66,8 +66,11 @@ std::unique_ptr<TulPlaylist> TulPlaylistFileM3U::read(const std::string& path) {
     const std::string fileName = path.substr(folder.size());
     auto playlist = std::make_unique<TulPlaylist>();
     playlist->name = fileName.substr(0, fileName.rfind('.'));
-    if (const auto text = readFile(path)) playlist->entries = parseEntries(*text, folder);
+    FileStatus status{};
+    if (const auto text = readFile(path, status)) playlist->entries = parseEntries(*text, folder);
     return playlist;
 }
 
-void TulPlaylistFileM3U::write(const TulPlaylist& /*playlist*/, const std::string& /*path*/) {}
+FileStatus TulPlaylistFileM3U::write(const TulPlaylist& /*playlist*/, const std::string& /*path*/) {
+    return FileStatus::done;
+}

@@ -9,5 +9,5 @@ public:
     /// Never null: a file that cannot be read gives an empty playlist of the file's name.
     std::unique_ptr<TulPlaylist> read(const std::string& path) override;
     /// Does nothing: the format is only read.
-    void write(const TulPlaylist& playlist, const std::string& path) override;
+    FileStatus write(const TulPlaylist& playlist, const std::string& path) override;
 };

@@ -1,8 +1,8 @@
 #include "core/playlist/TulPlaylistFileTUQ.h"
 
+#include "core/files/readFile.h"
+#include "core/files/replaceFile.h"
 #include "core/playlist/Json.h"
-#include "core/playlist/readFile.h"
-#include "core/playlist/replaceFile.h"
 #include "core/playlist/resolveEntrySource.h"
 
 #include <algorithm>
@@ -24,7 +24,8 @@ std::int32_t wholeSeconds(double seconds) {
 } // namespace
 
 std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path) {
-    const auto text = readFile(path);
+    FileStatus status{};
+    const auto text = readFile(path, status);
     rapidjson::Document root;
     if (!text || !json::parse(*text, root)) return nullptr;
 
@@ -71,7 +72,7 @@ std::unique_ptr<TulPlaylistEntry> TulPlaylistFileTUQ::readEntry(const rapidjson:
     return entry;
 }
 
-void TulPlaylistFileTUQ::write(const TulPlaylist& playlist, const std::string& path) {
+FileStatus TulPlaylistFileTUQ::write(const TulPlaylist& playlist, const std::string& path) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
@@ -95,5 +96,5 @@ void TulPlaylistFileTUQ::write(const TulPlaylist& playlist, const std::string& p
     }
     writer.EndArray();
     writer.EndObject();
-    [[maybe_unused]] const bool written = replaceFile(path, {buffer.GetString(), buffer.GetSize()});
+    return replaceFile(path, {buffer.GetString(), buffer.GetSize()});
 }

@@ -11,7 +11,7 @@ public:
     /// Null for what is not such a document: unreadable, invalid JSON, a required member missing, or a known
     /// member of another type.
     std::unique_ptr<TulPlaylist> read(const std::string& path) override;
-    void write(const TulPlaylist& playlist, const std::string& path) override;
+    FileStatus write(const TulPlaylist& playlist, const std::string& path) override;
 
 private:
     /// Null when the element breaks the rules.

@@ -1,6 +1,7 @@
-#include "core/playlist/replaceFile.h"
+#include "core/files/replaceFile.h"
 
-#include "core/playlist/FileDescriptor.h"
+#include "core/files/FileDescriptor.h"
+#include "core/files/folders.h"
 
 #include <atomic>
 #include <cerrno>
@@ -13,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool writeAll(int fd, const std::string& bytes) {
+bool writeAll(int fd, std::string_view bytes) {
     std::size_t written = 0;
     while (written < bytes.size()) {
         const ssize_t count = ::write(fd, bytes.data() + written, bytes.size() - written);
@@ -49,63 +50,59 @@ int createTemporary(const fs::path& target, fs::path& temporary) {
 
 /// Keeps the new name on the disk. Some file systems cannot; the file itself is safe by then.
 void syncFolder(const fs::path& target) {
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor directory(::open(folderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) ::fsync(directory.get());
 }
 
-enum class Outcome { replaced, failed, notAllowed };
+struct Outcome {
+    FileStatus status;
+    bool mayBeInPlace = false; ///< It is the folder that does not allow it.
+};
 
 Outcome replaceByRename(const fs::path& target, const std::optional<struct stat>& old,
-                        const std::string& bytes) {
+                        std::string_view bytes) {
     fs::path temporary;
     const FileDescriptor file(createTemporary(target, temporary));
-    if (!file.isOpen()) return errno == ENOSPC ? Outcome::failed : Outcome::notAllowed;
+    if (!file.isOpen()) return {fileStatusOf(errno), errno != ENOSPC};
 
     const bool takenOver = !old || takeOver(file.get(), *old);
     const bool written = takenOver && writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
     if (written && std::rename(temporary.c_str(), target.c_str()) == 0) {
         syncFolder(target);
-        return Outcome::replaced;
+        return {FileStatus::done};
     }
+    const Outcome outcome{fileStatusOf(errno), !takenOver || written};
     ::unlink(temporary.c_str());
-    return takenOver && !written ? Outcome::failed : Outcome::notAllowed;
+    return outcome;
 }
 
-bool overwriteInPlace(const fs::path& target, const struct stat& old, const std::string& bytes) {
+FileStatus overwriteInPlace(const fs::path& target, const struct stat& old, std::string_view bytes) {
     const FileDescriptor file(::open(target.c_str(), O_WRONLY | O_CLOEXEC));
-    if (!file.isOpen()) return false;
+    if (!file.isOpen()) return fileStatusOf(errno);
     const auto size = static_cast<off_t>(bytes.size());
-    if (size > old.st_size && ::posix_fallocate(file.get(), 0, size) != 0) {
-        [[maybe_unused]] const int undone = ::ftruncate(file.get(), old.st_size);
-        return false;
+    if (size > old.st_size) {
+        if (const int error = ::posix_fallocate(file.get(), 0, size); error != 0) {
+            [[maybe_unused]] const int undone = ::ftruncate(file.get(), old.st_size);
+            return fileStatusOf(error);
+        }
     }
-    return writeAll(file.get(), bytes) && ::ftruncate(file.get(), size) == 0 && ::fsync(file.get()) == 0;
+    const bool written =
+        writeAll(file.get(), bytes) && ::ftruncate(file.get(), size) == 0 && ::fsync(file.get()) == 0;
+    return written ? FileStatus::done : fileStatusOf(errno);
 }
 
 } // namespace
 
-fs::path followLinks(const fs::path& path) {
-    constexpr int maxLinks = 40; // as the kernel does
-    fs::path target = path;
-    std::error_code failed;
-    for (int i = 0; i < maxLinks && fs::is_symlink(target, failed); ++i) {
-        const fs::path link = fs::read_symlink(target, failed);
-        target = target.parent_path() / link;
-    }
-    return target;
-}
-
-bool replaceFile(const std::string& path, const std::string& bytes) {
+FileStatus replaceFile(const std::string& path, std::string_view bytes) {
     const fs::path target = followLinks(path);
     std::optional<struct stat> old;
     struct stat status {};
     if (::lstat(target.c_str(), &status) == 0) {
-        if (!S_ISREG(status.st_mode) || ::access(target.c_str(), W_OK) != 0) return false;
+        if (!S_ISREG(status.st_mode) || ::access(target.c_str(), W_OK) != 0) return FileStatus::notAllowed;
         old = status;
     }
 
     const Outcome outcome = replaceByRename(target, old, bytes);
-    if (outcome == Outcome::notAllowed && old) return overwriteInPlace(target, *old, bytes);
-    return outcome == Outcome::replaced;
+    if (outcome.mayBeInPlace && old) return overwriteInPlace(target, *old, bytes);
+    return outcome.status;
 }
