@@ -10,6 +10,7 @@ enum class FileStatus {
     notAllowed, ///< No permission, a read-only disk, or no regular file.
     noSpace,    ///< The disk is full, or the user's share of it.
     failed,     ///< Any other error of the disk.
+    tooLarge,   ///< Larger than any file of ours.
     malformed,  ///< Not the kind of file it should be.
     busy,       ///< Another program keeps it locked.
 };

@@ -19,25 +19,23 @@ int openFolder(const std::filesystem::path& folder) {
     return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-enum class Outcome { locked, busy, impossible };
-
-Outcome lockWithin(int fd) {
-    const auto end = std::chrono::steady_clock::now() + waitsAtMost;
-    while (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK && errno != EINTR) return Outcome::impossible;
-        if (std::chrono::steady_clock::now() > end) return Outcome::busy;
-        std::this_thread::sleep_for(triesEvery);
-    }
-    return Outcome::locked;
-}
-
 } // namespace
 
-FolderLock::FolderLock(const std::filesystem::path& folder) : m_folder(openFolder(folder)) {
-    Outcome outcome = lockWithin(m_folder.get());
-    if (outcome == Outcome::impossible && makeFolder(stateFolder())) {
-        m_folder = FileDescriptor(openFolder(stateFolder()));
-        outcome = lockWithin(m_folder.get());
+Locking lockFile(const FileDescriptor& file, std::chrono::milliseconds waitsAtMost) {
+    const auto end = std::chrono::steady_clock::now() + waitsAtMost;
+    while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR) return Locking::impossible;
+        if (std::chrono::steady_clock::now() >= end) return Locking::busy;
+        std::this_thread::sleep_for(triesEvery);
     }
-    m_held = outcome != Outcome::busy;
+    return Locking::done;
+}
+
+FolderLock::FolderLock(const std::filesystem::path& folder) : m_folder(openFolder(folder)) {
+    Locking locking = lockFile(m_folder, waitsAtMost);
+    if (locking == Locking::impossible && makeFolder(stateFolder())) {
+        m_folder = FileDescriptor(openFolder(stateFolder()));
+        locking = lockFile(m_folder, waitsAtMost);
+    }
+    m_held = locking != Locking::busy;
 }

@@ -2,7 +2,18 @@
 
 #include "core/files/FileDescriptor.h"
 
+#include <chrono>
 #include <filesystem>
+
+enum class Locking {
+    done,
+    busy,       ///< Someone else held the lock all the time.
+    impossible, ///< The file system has no locks.
+};
+
+/// Excludes other programs, and other descriptors of this one, from what they lock as well: until the file or
+/// folder is closed, also by a killed process.
+Locking lockFile(const FileDescriptor& file, std::chrono::milliseconds waitsAtMost);
 
 /// Excludes the other programs, and threads, that hold this lock of the same folder. The folder itself is
 /// locked: no lock file is left behind, and none needs to be allowed. Where its file system has no locks or

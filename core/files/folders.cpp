@@ -20,6 +20,7 @@ fs::path absolutePathIn(const char* variable) {
 
 bool makeFolder(const fs::path& folder) {
     std::error_code failed;
+    if (folder.empty()) return false;
     if (fs::is_directory(folder, failed)) return true;
     if (folder.has_parent_path() && folder.parent_path() != folder && !makeFolder(folder.parent_path()))
         return false;
@@ -31,6 +32,11 @@ fs::path stateFolder() {
     if (const fs::path state = absolutePathIn("XDG_STATE_HOME"); !state.empty()) return state / "tulplayer";
     const fs::path home = absolutePathIn("HOME");
     return home.empty() ? fs::path() : home / ".local/state/tulplayer";
+}
+
+fs::path runtimeFolder() {
+    const fs::path runtime = absolutePathIn("XDG_RUNTIME_DIR");
+    return runtime.empty() ? fs::path() : runtime / "tulplayer";
 }
 
 fs::path folderOf(const fs::path& file) {

@@ -11,6 +11,10 @@ bool makeFolder(const std::filesystem::path& folder);
 /// `~/.local/state`. It may not exist yet. Empty when there is no home.
 std::filesystem::path stateFolder();
 
+/// Where it keeps what need not survive the session: `$XDG_RUNTIME_DIR/tulplayer`, in memory on most systems.
+/// It may not exist yet. Empty when there is no such folder.
+std::filesystem::path runtimeFolder();
+
 /// The folder of a file, "." for a name alone.
 std::filesystem::path folderOf(const std::filesystem::path& file);
 

@@ -1,5 +1,6 @@
 #include "core/player/TulPlayer.h"
 
+#include "core/files/overwriteFile.h"
 #include "core/player/TulNetworkSharing.h"
 
 #include <mutex>
@@ -222,9 +223,12 @@ void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
 void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
     playlist.swap(newPlaylist);
     tagReader.follow(*playlist);
-    // To destroy a long one takes a while.
-    workers.run(Workers::Lane::bulk,
-                [old = std::shared_ptr<TulPlaylist>(std::move(newPlaylist))](const auto&) {});
+    discard(std::move(newPlaylist));
+}
+
+/// To destroy a long one takes a while.
+void TulPlayer::discard(std::unique_ptr<TulPlaylist> list) {
+    workers.run(Workers::Lane::bulk, [old = std::shared_ptr<TulPlaylist>(std::move(list))](const auto&) {});
 }
 
 void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
@@ -233,9 +237,12 @@ void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
     const auto read =
         [this, path, opening = m_opening,
          file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path))](const Workers::Reply& reply) {
-            const auto result = std::make_shared<std::unique_ptr<TulPlaylist>>(file->read(path));
-            reply.post([this, path, opening, result] {
-                if (opening != m_opening) return;
+            completeSaves();
+            FileStatus status{};
+            const auto result = std::make_shared<std::unique_ptr<TulPlaylist>>(file->read(path, status));
+            reply.post([this, path, opening, result, status] {
+                if (opening != m_opening) return discard(std::move(*result));
+                report(path, status);
                 if (!*result) return endOpening(Opening::rejected);
                 setPlaylist(std::move(*result));
                 rememberPlaylist(path);
@@ -282,11 +289,13 @@ void TulPlayer::renameInternalPlaylist(const std::string& path, const std::strin
     runOnStore(&TulInternalPlaylistManager::save);
 }
 
-/// In the lane for saving, so that what comes back is never older than what came before.
+/// What a killed program has left unfinished may be the store. In the lane for saving, so that what comes
+/// back is never older than what came before.
 void TulPlayer::runOnStore(FileStatus (TulInternalPlaylistManager::*operation)()) {
     const auto run = [this, operation,
                       store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager)](
                          const Workers::Reply& reply) {
+        completeSaves();
         const FileStatus status = (*store.*operation)();
         reply.post([this, store, status] { takeStored(*store, status); });
     };

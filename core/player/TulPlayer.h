@@ -128,6 +128,7 @@ private:
     [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
     void markCurrentEntry(const TulFailure& failure);
     void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
+    void discard(std::unique_ptr<TulPlaylist> list);
     void endOpening(Opening outcome);
     void rememberPlaylist(const std::string& path);
     void runOnStore(FileStatus (TulInternalPlaylistManager::*operation)());

@@ -2,11 +2,12 @@
 
 #include "core/files/FolderLock.h"
 #include "core/files/folders.h"
-#include "core/files/readFile.h"
 #include "core/files/replaceFile.h"
-#include "core/playlist/Json.h"
+#include "core/playlist/JsonList.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <optional>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <string_view>
@@ -17,29 +18,52 @@ namespace {
 using Pair = std::pair<std::string, std::string>;
 using Pairs = std::vector<Pair>;
 
-/// False when the text is no store at all.
-bool parseStore(const std::string& text, Pairs& pairs) {
-    rapidjson::Document root;
-    if (!json::parse(text, root)) return false;
-    const rapidjson::Value* elements = json::member(root, "entries");
-    if (!elements || !elements->IsArray()) return false;
-    for (const auto& element : elements->GetArray()) {
-        const rapidjson::Value* source = json::stringMember(element, "source");
-        const rapidjson::Value* name = json::stringMember(element, "name");
-        if (source && name) pairs.emplace_back(source->GetString(), name->GetString());
+/// Takes the elements that are valid.
+class StoreVisitor : public json::ListVisitor {
+public:
+    explicit StoreVisitor(Pairs& pairs) : m_pairs(pairs) {}
+
+    bool rootMember(std::string_view /*name*/, const json::Value& /*value*/) override { return true; }
+    bool beginEntry() override {
+        m_source = m_name = std::nullopt;
+        m_hasSource = m_hasName = false;
+        return true;
     }
-    return true;
-}
+    bool entryMember(std::string_view name, const json::Value& value) override {
+        if (name == "source") take(value, m_source, m_hasSource);
+        if (name == "name") take(value, m_name, m_hasName);
+        return true;
+    }
+    bool endEntry() override {
+        if (!m_source || !m_name) return true;
+        isCut = m_pairs.size() == TulInternalPlaylistManager::maxPlaylists;
+        if (!isCut) m_pairs.emplace_back(std::move(*m_source), std::move(*m_name));
+        return true;
+    }
+
+    bool isCut = false;
+
+private:
+    static void take(const json::Value& value, std::optional<std::string>& field, bool& has) {
+        if (!std::exchange(has, true)) field = value.string; // the first counts
+    }
+
+    Pairs& m_pairs;
+    std::optional<std::string> m_source;
+    std::optional<std::string> m_name;
+    bool m_hasSource = false;
+    bool m_hasName = false;
+};
 
 /// One without a byte holds nothing, as when a disk was full.
 FileStatus readStore(const std::string& path, Pairs& pairs) {
-    FileStatus status{};
-    const auto text = readFile(path, status);
-    if (!text || text->empty()) return status;
-    if (!parseStore(*text, pairs)) return FileStatus::malformed;
-    if (pairs.size() <= TulInternalPlaylistManager::maxPlaylists) return FileStatus::done;
-    pairs.resize(TulInternalPlaylistManager::maxPlaylists);
-    return FileStatus::cut;
+    StoreVisitor visitor(pairs);
+    const FileStatus status = json::readList(path, visitor);
+    if (status == FileStatus::done) return visitor.isCut ? FileStatus::cut : FileStatus::done;
+    pairs.clear();
+    std::error_code failed;
+    return status == FileStatus::malformed && std::filesystem::file_size(path, failed) == 0 ? FileStatus::done
+                                                                                            : status;
 }
 
 FileStatus writeStore(const std::string& path, const Pairs& pairs) {

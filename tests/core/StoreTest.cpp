@@ -149,17 +149,20 @@ TEST(ReplaceFile, KeepsLinksAndPermissionsAndLeavesNothingBehind) {
     EXPECT_EQ(filesIn(folder / "elsewhere"), 2U);
 }
 
-TEST(ReplaceFile, GoesRoundWhatACrashHasLeft) {
+TEST(ReplaceFile, RemovesWhatACrashHasLeft) {
     const fs::path folder = freshFolder();
     for (int i = 0; i < 32; ++i)
         writeFile(folder / (".tulplayer-" + std::to_string(getpid()) + "-" + std::to_string(i)), "left over");
     EXPECT_EQ(replaceFile(folder / "list", "new"), FileStatus::done);
     EXPECT_EQ(readFile(folder / "list"), "new");
-    EXPECT_EQ(filesIn(folder), 33U);
+    EXPECT_EQ(filesIn(folder), 1U);
 }
 
 TEST(ReplaceFile, LeavesTheOldFileWhenItIsProtectedOrThereIsNoRoom) {
     const fs::path folder = freshFolder();
+    const fs::path state = freshFolder();
+    fs::permissions(state, fs::perms(0777));
+    setenv("XDG_STATE_HOME", state.c_str(), 1);
     for (const bool inPlace : {false, true}) { // where the folder allows no new file
         fs::permissions(folder, fs::perms(0777));
         writeFile(folder / "list", "a longer old text");
@@ -172,12 +175,12 @@ TEST(ReplaceFile, LeavesTheOldFileWhenItIsProtectedOrThereIsNoRoom) {
             });
         };
         fs::permissions(folder / "list", fs::perms(0444));
-        EXPECT_FALSE(replaceWithRoomFor(8192, "new"));
+        EXPECT_FALSE(replaceWithRoomFor(16'384, "new"));
         fs::permissions(folder / "list", fs::perms(0666));
         EXPECT_FALSE(replaceWithRoomFor(4096, std::string(8192, 'x')));
         EXPECT_EQ(readFile(folder / "list"), "a longer old text");
-        EXPECT_TRUE(replaceWithRoomFor(8192, std::string(8192, 'x')));
-        EXPECT_TRUE(replaceWithRoomFor(8192, "new"));
+        EXPECT_TRUE(replaceWithRoomFor(16'384, std::string(8192, 'x')));
+        EXPECT_TRUE(replaceWithRoomFor(16'384, "new"));
         EXPECT_EQ(readFile(folder / "list"), "new");
         EXPECT_EQ(filesIn(folder), 1U);
     }
