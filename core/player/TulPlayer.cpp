@@ -24,7 +24,7 @@ TulPlayer::TulPlayer()
       internalPlaylistManager(std::make_unique<TulInternalPlaylistManager>()),
       networkSharing(std::make_unique<TulNetworkSharing>()),
       tagReader(workers, [this](const auto& entry, auto row) { entryChanged(entry, row); }) {
-    tagReader.follow(*playlist);
+    tagReader.follow(*playlist, 0);
     {
         const std::lock_guard lock(handOverMutex);
         instance = this;
@@ -215,14 +215,19 @@ void TulPlayer::setBalance(float newBalance) {
 }
 
 void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
-    replacePlaylist(std::move(newPlaylist));
+    const std::size_t unread = newPlaylist->unreadCount();
+    setPlaylist(std::move(newPlaylist), unread);
+}
+
+void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
+    replacePlaylist(std::move(newPlaylist), unread);
     playlist->entryCount() > 0 ? startCurrentEntry() : prepareNext();
     tagReader.readOn();
 }
 
-void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
+void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
     playlist.swap(newPlaylist);
-    tagReader.follow(*playlist);
+    tagReader.follow(*playlist, unread);
     discard(std::move(newPlaylist));
 }
 
@@ -240,11 +245,12 @@ void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
             completeSaves();
             FileStatus status{};
             const auto result = std::make_shared<std::unique_ptr<TulPlaylist>>(file->read(path, status));
-            reply.post([this, path, opening, result, status] {
+            const std::size_t unread = *result ? (*result)->unreadCount() : 0;
+            reply.post([this, path, opening, result, status, unread] {
                 if (opening != m_opening) return discard(std::move(*result));
                 report(path, status);
                 if (!*result) return endOpening(Opening::rejected);
-                setPlaylist(std::move(*result));
+                setPlaylist(std::move(*result), unread);
                 rememberPlaylist(path);
                 endOpening(Opening::done);
             });
@@ -313,7 +319,7 @@ void TulPlayer::report(const std::string& path, FileStatus status) const {
 
 void TulPlayer::clearPlaylist() {
     endOpening(Opening::givenUp);
-    replacePlaylist(std::make_unique<TulPlaylist>());
+    replacePlaylist(std::make_unique<TulPlaylist>(), 0);
     prepareNext();
 }
 

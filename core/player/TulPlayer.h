@@ -127,7 +127,8 @@ private:
     void streamEnded(HSTREAM ended);
     [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
     void markCurrentEntry(const TulFailure& failure);
-    void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
+    void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
+    void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
     void discard(std::unique_ptr<TulPlaylist> list);
     void endOpening(Opening outcome);
     void rememberPlaylist(const std::string& path);

@@ -15,6 +15,11 @@ std::int64_t TulPlaylist::entryCount() const {
     return static_cast<std::int64_t>(entries.size());
 }
 
+std::size_t TulPlaylist::unreadCount() const {
+    const auto isUnread = [](const auto& entry) { return entry->tags == TulPlaylistEntry::Tags::unread; };
+    return static_cast<std::size_t>(std::ranges::count_if(entries, isUnread));
+}
+
 TulPlaylistEntry* TulPlaylist::entryAt(std::int32_t index) const {
     if (index < 0) throw std::out_of_range("playlist index below 0");
     return entries.at(static_cast<std::size_t>(index)).get();

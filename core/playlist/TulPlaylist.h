@@ -2,6 +2,7 @@
 
 #include "core/playlist/TulPlaylistEntry.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,6 +19,8 @@ public:
     const std::uint64_t id = nextId();
 
     [[nodiscard]] std::int64_t entryCount() const;
+    /// How many entries' tags are still to be read.
+    [[nodiscard]] std::size_t unreadCount() const;
     /// Throws std::out_of_range for an index outside the list.
     [[nodiscard]] TulPlaylistEntry* entryAt(std::int32_t index) const;
     /// Throws std::out_of_range when the list is empty.

@@ -37,7 +37,8 @@ std::unique_ptr<TulPlaylist> readAsM3U(const std::string& path, FileStatus& stat
 std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path, FileStatus& status) {
     TuqVisitor visitor(playlistFolder(path));
     status = json::readList(path, visitor);
-    if (status == FileStatus::malformed && isOtherText(path)) return readAsM3U(path, status);
+    if (status == FileStatus::malformed && !path.ends_with(".tuq") && isOtherText(path))
+        return readAsM3U(path, status);
     if (status != FileStatus::done) return nullptr;
     auto playlist = visitor.finish();
     status = !playlist ? FileStatus::malformed : visitor.isCut() ? FileStatus::cut : FileStatus::done;

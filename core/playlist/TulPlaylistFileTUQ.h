@@ -7,7 +7,8 @@
 class TulPlaylistFileTUQ : public ITulPlaylistFile {
 public:
     /// Null for what is not such a document: unreadable, invalid JSON, a required member missing, or a known
-    /// member of another type. Text that does not begin as JSON does is read as M3U.
+    /// member of another type. Text in a file of another extension that does not begin as
+    /// JSON does is read as M3U.
     std::unique_ptr<TulPlaylist> read(const std::string& path, FileStatus& status) override;
     FileStatus write(const TulPlaylist& playlist, const std::string& path) override;
 };

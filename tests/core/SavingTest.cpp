@@ -72,10 +72,10 @@ std::shared_ptr<Shared> share() {
 TulPlaylist listOf(int number) {
     TulPlaylist list;
     list.name = std::to_string(number);
-    for (int i = 0; i < 1000 + number * 7919 % 5000; ++i) {
+    for (int i = 0; i < 20 + number * 7919 % 230; ++i) {
         auto entry = std::make_unique<TulPlaylistEntry>();
         entry->source = "/music/" + std::to_string(number) + "/" + std::to_string(i) + ".flac";
-        entry->title = std::string(100, static_cast<char>('a' + number % 26));
+        entry->title = std::string(4000, static_cast<char>('a' + number % 26));
         list.appendEntry(std::move(entry));
     }
     return list;
