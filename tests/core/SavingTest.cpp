@@ -16,6 +16,7 @@
 #include <sched.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -46,7 +47,8 @@ pid_t startAsOrdinaryUser(const std::function<bool()>& work) {
     if (child != 0) return child;
     constexpr uid_t nobody = 65534;
     const bool changed = geteuid() != 0 || (setgid(nobody) == 0 && setuid(nobody) == 0);
-    _exit(changed && work() ? 0 : 1);
+    const bool endsWithTest = prctl(PR_SET_PDEATHSIG, SIGKILL) == 0; // after the change, which would reset it
+    _exit(changed && endsWithTest && work() ? 0 : 1);
 }
 
 bool succeeds(pid_t child) {
@@ -135,10 +137,13 @@ TEST_P(Kill, LeavesTheOldFileOrTheNewOne) {
     if (!kind.newFilesAllowed) fs::permissions(folder, fs::perms(0555));
 
     const auto shared = share();
-    const auto start = std::chrono::steady_clock::now();
-    ASSERT_TRUE(succeeds(startAsOrdinaryUser([&] { return kind.save(++shared->begun, file); })));
-    shared->done = 1;
-    const std::chrono::duration<double> oneSave = std::chrono::steady_clock::now() - start;
+    std::chrono::duration<double> oneSave = std::chrono::seconds(1);
+    for (int i = 0; i < 5; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        ASSERT_TRUE(succeeds(startAsOrdinaryUser([&] { return kind.save(++shared->begun, file); })));
+        oneSave = std::min(oneSave, std::chrono::duration<double>(std::chrono::steady_clock::now() - start));
+    }
+    shared->done = shared->begun.load();
     std::mt19937 random(1);
     std::uniform_real_distribution<double> moment(0, 2);
     int finishedLater = 0;
@@ -167,7 +172,6 @@ TEST_P(Kill, LeavesTheOldFileOrTheNewOne) {
     }
     RecordProperty("saves", shared->done);
     RecordProperty("finished-by-the-next-start", finishedLater);
-    std::printf("%s: %d saves, %d left unfinished\n", kind.name, shared->done.load(), finishedLater);
     ASSERT_TRUE(succeeds(startAsOrdinaryUser([&] { return kind.save(shared->done + 1, file); })));
     fs::permissions(folder, fs::perms(0777));
     EXPECT_LE(filesIn(folder), 1U) << "temporary files are removed by the next save";
@@ -305,7 +309,7 @@ TEST(TwoPrograms, LoseNoEntryOfTheStoreTheyShare) {
     ASSERT_EQ(manager.load(), FileStatus::done);
     EXPECT_EQ(manager.count(), shared->begun + shared->done);
     EXPECT_GT(std::min<int>(shared->begun, shared->done), 0);
-    std::printf("%d and %d playlists\n", shared->begun.load(), shared->done.load());
+    RecordProperty("playlists", manager.playlists.size());
     EXPECT_TRUE(
         std::ranges::all_of(manager.playlists, [](const auto& each) { return each.second == "renamed"; }));
     EXPECT_EQ(filesIn(folder), 2U);
