@@ -1,6 +1,5 @@
 #include "core/player/TulPlayer.h"
 
-#include "core/files/overwriteFile.h"
 #include "core/player/TulNetworkSharing.h"
 
 #include <mutex>
@@ -23,7 +22,8 @@ TulPlayer::TulPlayer()
       playlist(std::make_unique<TulPlaylist>()),
       internalPlaylistManager(std::make_unique<TulInternalPlaylistManager>()),
       networkSharing(std::make_unique<TulNetworkSharing>()),
-      tagReader(workers, [this](const auto& entry, auto row) { entryChanged(entry, row); }) {
+      tagReader(workers, [this](const auto& entry, auto row) { entryChanged(entry, row); }),
+      listKeeper(workers, [this](FileStatus status) { report({}, status); }) {
     tagReader.follow(*playlist, 0);
     {
         const std::lock_guard lock(handOverMutex);
@@ -48,14 +48,6 @@ void TulPlayer::shutDown() {
 void TulPlayer::setExecutor(Executor executor) {
     const std::lock_guard lock(handOverMutex);
     m_executor = std::move(executor);
-}
-
-void TulPlayer::setStorePath(const std::string& path) {
-    internalPlaylistManager->storePath = path;
-}
-
-void TulPlayer::loadInternalPlaylists() {
-    runOnStore(&TulInternalPlaylistManager::load);
 }
 
 void TulPlayer::startCurrentEntry() {
@@ -212,135 +204,6 @@ void TulPlayer::setVolume(float newVolume) {
 void TulPlayer::setBalance(float newBalance) {
     if (stream) stream->setBalance(newBalance);
     balance = newBalance;
-}
-
-void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
-    const std::size_t unread = newPlaylist->unreadCount();
-    setPlaylist(std::move(newPlaylist), unread);
-}
-
-void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
-    replacePlaylist(std::move(newPlaylist), unread);
-    playlist->entryCount() > 0 ? startCurrentEntry() : prepareNext();
-    tagReader.readOn();
-}
-
-void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
-    playlist.swap(newPlaylist);
-    tagReader.follow(*playlist, unread);
-    discard(std::move(newPlaylist));
-}
-
-/// To destroy a long one takes a while.
-void TulPlayer::discard(std::unique_ptr<TulPlaylist> list) {
-    workers.run(Workers::Lane::bulk, [old = std::shared_ptr<TulPlaylist>(std::move(list))](const auto&) {});
-}
-
-void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
-    endOpening(Opening::givenUp);
-    m_opened = std::move(opened);
-    const auto read =
-        [this, path, opening = m_opening,
-         file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path))](const Workers::Reply& reply) {
-            completeSaves();
-            FileStatus status{};
-            const auto result = std::make_shared<std::unique_ptr<TulPlaylist>>(file->read(path, status));
-            const std::size_t unread = *result ? (*result)->unreadCount() : 0;
-            reply.post([this, path, opening, result, status, unread] {
-                if (opening != m_opening) return discard(std::move(*result));
-                report(path, status);
-                if (!*result) return endOpening(Opening::rejected);
-                setPlaylist(std::move(*result), unread);
-                rememberPlaylist(path);
-                endOpening(Opening::done);
-            });
-        };
-    workers.run(Workers::Lane::own, read);
-}
-
-void TulPlayer::endOpening(Opening outcome) {
-    ++m_opening;
-    if (const Opened opened = std::exchange(m_opened, {})) opened(outcome);
-}
-
-void TulPlayer::savePlaylist(const std::string& path) {
-    const auto save = [this, path, list = playlist->id, name = playlist->name,
-                       file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path)),
-                       copy = std::shared_ptr(playlist->copyToSave()),
-                       store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager)](
-                          const Workers::Reply& reply) {
-        const FileStatus written = file->write(*copy, path);
-        const bool isThere = written == FileStatus::done || written == FileStatus::postponed;
-        if (isThere) store->addPlaylist(name, path);
-        const FileStatus remembered = isThere ? store->save() : FileStatus::done;
-        reply.post([=, this] {
-            report(path, written);
-            if (!isThere) return;
-            const std::int32_t before = internalPlaylistManager->currentIndex;
-            internalPlaylistManager->addPlaylist(name, path);
-            if (list != playlist->id) internalPlaylistManager->currentIndex = before; // another was opened
-            takeStored(*store, remembered);
-        });
-    };
-    workers.run(Workers::Lane::saving, save);
-}
-
-void TulPlayer::rememberPlaylist(const std::string& path) {
-    internalPlaylistManager->addPlaylist(playlist->name, path);
-    runOnStore(&TulInternalPlaylistManager::save);
-}
-
-void TulPlayer::renameInternalPlaylist(const std::string& path, const std::string& name) {
-    internalPlaylistManager->renamePlaylist(path, name);
-    runOnStore(&TulInternalPlaylistManager::save);
-}
-
-/// What a killed program has left unfinished may be the store. In the lane for saving, so that what comes
-/// back is never older than what came before.
-void TulPlayer::runOnStore(FileStatus (TulInternalPlaylistManager::*operation)()) {
-    const auto run = [this, operation,
-                      store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager)](
-                         const Workers::Reply& reply) {
-        completeSaves();
-        const FileStatus status = (*store.*operation)();
-        reply.post([this, store, status] { takeStored(*store, status); });
-    };
-    workers.run(Workers::Lane::saving, run);
-}
-
-void TulPlayer::takeStored(const TulInternalPlaylistManager& copy, FileStatus status) {
-    if (status == FileStatus::done || status == FileStatus::cut) internalPlaylistManager->takeStored(copy);
-    report(internalPlaylistManager->storePath, status);
-}
-
-void TulPlayer::report(const std::string& path, FileStatus status) const {
-    if (status != FileStatus::done && reportFile) reportFile(path, status);
-}
-
-void TulPlayer::clearPlaylist() {
-    endOpening(Opening::givenUp);
-    replacePlaylist(std::make_unique<TulPlaylist>(), 0);
-    prepareNext();
-}
-
-void TulPlayer::selectInternalPlaylist(std::int32_t index, Opened opened) {
-    const bool isOther = index != internalPlaylistManager->currentIndex;
-    if (!isOther || index < 0 || index >= internalPlaylistManager->count()) {
-        if (opened) opened(Opening::givenUp);
-        return;
-    }
-    const std::string path = internalPlaylistManager->playlistAt(index).first;
-    openPlaylist(path, [this, index, opened = std::move(opened)](Opening outcome) {
-        if (outcome == Opening::done) internalPlaylistManager->currentIndex = index;
-        if (opened) opened(outcome);
-    });
-}
-
-void TulPlayer::appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries) {
-    const auto first = static_cast<std::int32_t>(playlist->entryCount());
-    for (auto& entry : entries)
-        playlist->appendEntry(std::move(entry));
-    tagReader.rowsAppended(first);
 }
 
 void TulPlayer::entryChanged(const TulPlaylistEntry& entry, std::int32_t row) {

@@ -426,7 +426,7 @@ TEST_F(Player, KeepsThePlaylistWhenAFileIsRejected) {
     player->openPlaylist(path("empty.tuq"), note(outcomes, 'e'));
     EXPECT_EQ(outcomes, "a+x-e+");
     EXPECT_TRUE(player->isPlaying()) << "an empty one leaves the stream alone";
-    support::writeFile(first, "broken for now");
+    support::writeFile(first, "{broken for now");
     for (const int nothing : {1, -1, 2, 0})
         player->selectInternalPlaylist(nothing);
     EXPECT_EQ(player->playlist->name, "empty");
@@ -442,7 +442,7 @@ TEST_F(Player, KeepsThePlaylistWhenAFileIsRejected) {
     EXPECT_EQ(manager.count(), 2);
 
     player->playlist->name = "C";
-    player->savePlaylist(path("c.m3u")); // not written, but registered
+    player->savePlaylist(path("c.tuq"));
     TulInternalPlaylistManager stored;
     stored.storePath = path("playlists.json");
     stored.load();
