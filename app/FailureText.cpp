@@ -3,6 +3,8 @@
 #include "app/DisplayText.h"
 #include "core/playlist/resolveEntrySource.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QUrl>
 
 namespace app {
@@ -39,6 +41,35 @@ QString sentence(const TulFailure& failure, bool ofAddress) {
     return {};
 }
 
+/// %1 is the file.
+QString sentence(FileStatus status) {
+    switch (status) {
+    case FileStatus::done:
+        break;
+    case FileStatus::cut:
+        return QStringLiteral("%1 is too long: the rest was left out");
+    case FileStatus::incomplete:
+        return QStringLiteral("%1 could not be read to its end");
+    case FileStatus::postponed:
+        return QStringLiteral("%1 will be complete after the next start");
+    case FileStatus::notFound:
+        return QStringLiteral("%1 was not found");
+    case FileStatus::notAllowed:
+        return QStringLiteral("No permission for %1");
+    case FileStatus::noSpace:
+        return QStringLiteral("The disk has no room for %1");
+    case FileStatus::failed:
+        return QStringLiteral("The disk failed with %1");
+    case FileStatus::tooLarge:
+        return QStringLiteral("%1 is too large");
+    case FileStatus::malformed:
+        return QStringLiteral("%1 is not a playlist");
+    case FileStatus::busy:
+        return QStringLiteral("Another program is using %1");
+    }
+    return {};
+}
+
 QString serverOf(const std::string& source) {
     const QString host = QUrl(displayText(source).value_or(QString()).trimmed()).host();
     return host.isEmpty() ? QStringLiteral("the server") : host;
@@ -49,6 +80,13 @@ QString serverOf(const std::string& source) {
 QString failureText(const TulFailure& failure, const std::string& source) {
     const QString text = sentence(failure, isAddress(source));
     return text.contains(QLatin1String("%1")) ? text.arg(serverOf(source)) : text;
+}
+
+QString fileStatusText(FileStatus status, const std::string& path) {
+    const QString text = sentence(status);
+    if (text.isEmpty()) return text;
+    const QString name = QFileInfo(QFile::decodeName(path.c_str())).fileName();
+    return text.arg(path.empty() ? QStringLiteral("unsaved changes") : name);
 }
 
 } // namespace app

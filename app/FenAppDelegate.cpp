@@ -8,6 +8,7 @@
 #include "app/PageDots.h"
 #include "app/SourceQueue.h"
 #include "app/TextField.h"
+#include "app/UnsavedChanges.h"
 #include "app/desktop/Mpris.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
@@ -62,6 +63,12 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     m_deliveries = std::make_unique<app::Deliveries>(player->workers,
                                                      [this] { playlistController->updateStatusLine(); });
 
+    m_unsavedChanges = std::make_unique<app::UnsavedChanges>(*player);
+    player->playlistEdited = [this] {
+        m_unsavedChanges->noteEdit();
+        playlistController->updateSelector();
+    };
+
     playerController = std::make_unique<FenPlayerController>();
     loadMainLayout();
     playlistController = std::make_unique<FenPlaylistController>();
@@ -102,7 +109,7 @@ void FenAppDelegate::quit() {
 
 void FenAppDelegate::finishSaving() {
     if (window) window->hide();
-    if (player) player->workers.finishSaving();
+    if (player) player->finishSaving();
 }
 
 void FenAppDelegate::shutDown() {
@@ -118,6 +125,7 @@ void FenAppDelegate::performFastUpdate() {
 
 void FenAppDelegate::performSlowUpdate() {
     player->update();
+    m_unsavedChanges->check();
     if (player->takeSongChanged()) {
         playerController->handleSongChange();
         coverArtController->updateCoverArt();

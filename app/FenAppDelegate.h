@@ -29,6 +29,7 @@ class Mpris;
 class PageDots;
 class SourceQueue;
 class TextField;
+class UnsavedChanges;
 } // namespace app
 
 namespace cocoa {
@@ -69,13 +70,15 @@ public:
     /// The last call before the process ends: silence, and nothing left behind. Waits for threads of the
     /// audio library for a fifth of a second at most.
     void shutDown();
-    /// Hides the window and waits until what was saved last is on the disk, two seconds at most.
+    /// Hides the window, stores what is not saved, and waits until all is on the disk, two seconds at most.
     void finishSaving();
 
     void openDocument();
     void openPlaylist();
     void savePlaylist();
     void clearPlaylist();
+    /// Discards the changes since the list was saved.
+    void revertPlaylist();
     void openStream();
     void toggleSpectrumAnalyzer();
     /// Lets other machines hear what plays, until asked again. The menu tells where.
@@ -105,9 +108,11 @@ private:
     app::PageDots* m_pageDots = nullptr;
     std::unique_ptr<app::SourceQueue> m_sources;
     std::unique_ptr<app::Deliveries> m_deliveries;
+    std::unique_ptr<app::UnsavedChanges> m_unsavedChanges;
     std::unique_ptr<app::FileDrop> m_fileDrop;
     std::unique_ptr<app::Mpris> m_mpris;
     std::unique_ptr<QMenu> m_menu;
+    QAction* m_revert = nullptr;  ///< The menu's.
     QAction* m_sharing = nullptr; ///< The menu's.
     std::unique_ptr<cocoa::Timer> m_slowTimer;
     std::unique_ptr<cocoa::Timer> m_fastTimer;

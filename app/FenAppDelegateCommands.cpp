@@ -61,14 +61,19 @@ void FenAppDelegate::savePlaylist() {
     panel.setTitle(QStringLiteral("Save playlist..."));
     panel.setAllowedFileTypes(playlistDescription, {QStringLiteral("tuq")});
     panel.setNameFieldStringValue(QString::fromStdString(player->playlist->name));
+    if (const std::string& file = player->playlist->path; !file.empty())
+        panel.setFile(QFile::decodeName(file.c_str()));
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    panel.beginSheetModalForWindow(*window, [this](const QString& path) {
-        player->savePlaylist(app::SourceSearch::resolved(bytesOf(path)));
-    });
+    panel.beginSheetModalForWindow(*window,
+                                   [this](const QString& path) { m_sources->savePlaylist(bytesOf(path)); });
 }
 
 void FenAppDelegate::clearPlaylist() {
     m_sources->clearPlaylist();
+}
+
+void FenAppDelegate::revertPlaylist() {
+    m_sources->revertPlaylist();
 }
 
 void FenAppDelegate::openStream() {

@@ -8,6 +8,7 @@
 #include "app/Skin.h"
 #include "app/TextField.h"
 #include "controls/CustomWindow.h"
+#include "core/files/folders.h"
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/PageController.h"
@@ -67,6 +68,7 @@ void FenAppDelegate::loadMainLayout() {
 void FenAppDelegate::finishMainLayout() {
     window->setWindowIcon(QIcon(QStringLiteral(":/images/tulplayer.svg")));
     makeMenu();
+    if (const auto folder = stateFolder(); !folder.empty()) player->setStateFolder(folder);
 }
 
 void FenAppDelegate::connectControls(Ui::MainWindow& layout) {
@@ -119,6 +121,7 @@ void FenAppDelegate::makeMenu() {
     m_menu->addSeparator();
     command(QStringLiteral("Open Playlist…"), Qt::CTRL | Qt::Key_L, [this] { openPlaylist(); });
     command(QStringLiteral("Save Playlist…"), QKeySequence::Save, [this] { savePlaylist(); });
+    m_revert = command(QStringLiteral("Revert to Saved"), {}, [this] { revertPlaylist(); });
     command(QStringLiteral("Clear Playlist"), QKeySequence::New, [this] { clearPlaylist(); });
     m_menu->addSeparator();
     command(QStringLiteral("Play or Pause"), Qt::Key_Space, [this] { playerController->playPause(); });
@@ -138,6 +141,7 @@ void FenAppDelegate::makeMenu() {
 }
 
 void FenAppDelegate::showMenuAt(const QPoint& place) {
+    m_revert->setEnabled(!player->playlist->path.empty() && player->playlist->isChanged());
     m_sharing->setText(sharingTitle());
     m_sharing->setChecked(player->networkSharingEnabled);
     m_menu->popup(place);

@@ -12,7 +12,6 @@
 #include "platform/cocoa/TableView.h"
 #include "ui_PlaylistView.h"
 
-#include <QFileInfo>
 #include <QLineEdit>
 #include <QLocale>
 
@@ -45,7 +44,8 @@ void FenPlaylistController::initialize() {
     player->rowChanged = [this](std::int32_t row) {
         if (playlistView) playlistView->viewport()->update(playlistView->rectOfRow(row).toAlignedRect());
     };
-    player->internalPlaylistManager->load();
+    player->loadInternalPlaylists();
+    player->listKeeper.changed = [this] { updateSelector(); };
     displayName = QStringLiteral("Playlist");
 }
 
@@ -97,7 +97,7 @@ void FenPlaylistController::reInitializeDragAndDrop() {
 void FenPlaylistController::reloadPlaylistData() {
     if (!player->playlist || !playlistView) return;
     playlistView->reloadData();
-    playlistSelector->setStringValue(QString::fromStdString(player->playlist->name));
+    updateSelector();
 }
 
 void FenPlaylistController::updatePlaylistViewSlow() {
@@ -118,7 +118,8 @@ void FenPlaylistController::updateStatusLine() {
     const bool isBusy = progress.total > 0 || sources->isSearching();
     if (!isBusy) {
         m_busy.invalidate();
-        if (std::exchange(m_outcome, outcomeText()) != m_outcome) m_told.start();
+        const bool isSame = std::exchange(m_outcome, outcomeText()) == m_outcome;
+        if (std::exchange(m_problem, sources->problem().number) != m_problem || !isSame) m_told.start();
         if (!m_outcome.isEmpty()) statusLine->showText(m_outcome);
         return showsStatus(!m_outcome.isEmpty() && !m_told.hasExpired(outcomeMs));
     }
@@ -145,10 +146,8 @@ void FenPlaylistController::showsStatus(bool shows) {
 }
 
 QString FenPlaylistController::outcomeText() const {
-    if (!sources->rejected().empty()) {
-        const QString name = QFileInfo(QString::fromStdString(sources->rejected())).fileName();
-        return QStringLiteral("%1 is not a playlist").arg(name);
-    }
+    const auto& problem = sources->problem();
+    if (problem.status != FileStatus::done) return app::fileStatusText(problem.status, problem.path);
     if (sources->skipped() == 0) return {};
     if (sources->skipped() == 1) return QStringLiteral("1 file is not audio");
     return QStringLiteral("%1 files are not audio").arg(number(sources->skipped()));
@@ -214,35 +213,9 @@ cocoa::DragOperation FenPlaylistController::validateDrop(const cocoa::Pasteboard
 bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int row,
                                        cocoa::DropOperation /*operation*/) {
     const auto source = pasteboard.stringForType(draggedType);
-    if (source) player->playlist->moveEntries(source->toInt(), row);
-    player->prepareNext();
+    if (source) player->moveEntry(source->toInt(), row);
     // The list's order has changed under the table; the moved entry stays the one that is marked.
     playlistView->selectRowIndexes({std::min(row, numberOfRowsInTableView() - 1)});
     playlistView->viewport()->update();
     return true;
-}
-
-void FenPlaylistController::playlistNameChange() {
-    if (!player || !player->playlist) return;
-    const int chosen = playlistSelector->indexOfSelectedItem();
-    if (chosen >= 0 && player->internalPlaylistManager)
-        sources->selectInternalPlaylist(chosen); // the name comes with it
-    else
-        player->playlist->name = playlistSelector->stringValue().toStdString();
-}
-
-int FenPlaylistController::numberOfItemsInComboBox() {
-    if (!player || !player->internalPlaylistManager) return 0;
-    return static_cast<int>(player->internalPlaylistManager->count());
-}
-
-std::optional<QString> FenPlaylistController::objectValueForItemAtIndex(int index) {
-    if (!player || !player->internalPlaylistManager) return std::nullopt;
-    return QString::fromStdString(player->internalPlaylistManager->playlistAt(index).second);
-}
-
-std::int64_t FenPlaylistController::indexOfItemWithStringValue(const QString& string) {
-    if (!player || !player->internalPlaylistManager) return cocoa::NotFound;
-    const std::int32_t index = player->internalPlaylistManager->indexOfName(string.toStdString());
-    return index < 0 ? cocoa::NotFound : index;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/FenMultiFunctionalViewController.h"
+#include "core/playlist/UnsavedLists.h"
 #include "platform/cocoa/ComboBoxDataSource.h"
 #include "platform/cocoa/TableViewDataSource.h"
 #include "platform/cocoa/TableViewDelegate.h"
@@ -9,6 +10,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <vector>
 
 enum class TulPlaybackState;
 
@@ -22,7 +24,7 @@ class ComboBox;
 class TableView;
 } // namespace cocoa
 
-/// The page of the current playlist: a table of its entries and the box of internal playlists. It keeps no
+/// The page of the current playlist: a table of its entries and the box of playlists. It keeps no
 /// copy of the list; every answer is read from the core when it is asked for.
 ///
 /// Threads: main thread only.
@@ -43,6 +45,8 @@ public:
     void initialize() override;
     void reInitializeDragAndDrop();
     void reloadPlaylistData();
+    /// Shows the list's name, and whether the list differs from its file.
+    void updateSelector();
     void updatePlaylistViewSlow();
     /// Shows how far the reading of tags has come, and for a while what came of the last command.
     void updateStatusLine();
@@ -62,6 +66,7 @@ public:
     void playlistNameChange();
     int numberOfItemsInComboBox() override;
     std::optional<QString> objectValueForItemAtIndex(int index) override;
+    bool isMarkedItemAtIndex(int index) override;
     std::int64_t indexOfItemWithStringValue(const QString& string) override;
 
 protected:
@@ -71,10 +76,14 @@ private:
     void setUpTable();
     void showsStatus(bool shows);
     QString outcomeText() const;
+    void updateUnsavedLists();
     QString failureOf(int row) const;
 
     QElapsedTimer m_busy; ///< Invalid while nothing is being read.
     QElapsedTimer m_told; ///< Since the line has said what it says.
+    /// Those that no internal playlist stands for, as of the last `updateSelector`.
+    std::vector<UnsavedList> m_unsavedLists;
     QString m_outcome;
+    int m_problem = 0; ///< The number of the last one shown.
     TulPlaybackState m_shownState{};
 };

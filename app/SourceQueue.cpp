@@ -5,9 +5,15 @@
 namespace app {
 
 SourceQueue::SourceQueue(TulPlayer& player, std::function<void()> changed)
-    : m_player(player), m_changed(std::move(changed)) {}
+    : m_player(player), m_changed(std::move(changed)) {
+    m_player.reportFile = [this](const std::string& path, FileStatus status) {
+        m_problem = {path, status, m_problem.number + 1};
+        m_changed();
+    };
+}
 
 SourceQueue::~SourceQueue() {
+    m_player.reportFile = nullptr;
     giveUp();
 }
 
@@ -18,7 +24,7 @@ void SourceQueue::append(std::vector<std::string> sources, SourceSearch::Take ta
 }
 
 void SourceQueue::openPlaylist(const std::string& path) {
-    const auto opened = beginOpening(path);
+    const auto opened = beginOpening();
     m_player.workers.run(Workers::Lane::own, [this, path, opened, opening = m_opening](const auto& reply) {
         reply.post([this, opened, opening, file = SourceSearch::resolved(path)] {
             if (opening == m_opening) m_player.openPlaylist(file, opened);
@@ -27,26 +33,36 @@ void SourceQueue::openPlaylist(const std::string& path) {
 }
 
 void SourceQueue::selectInternalPlaylist(std::int32_t index) {
-    const auto opened = beginOpening(m_player.internalPlaylistManager->playlistAt(index).first);
-    m_player.selectInternalPlaylist(index, opened);
+    m_player.selectInternalPlaylist(index, beginOpening());
+}
+
+void SourceQueue::openUnsaved(const UnsavedList& list) {
+    m_player.openUnsaved(list.id, beginOpening());
+}
+
+void SourceQueue::revertPlaylist() {
+    m_player.revertPlaylist(beginOpening());
+}
+
+void SourceQueue::savePlaylist(const std::string& path) {
+    m_problem.status = FileStatus::done;
+    m_player.savePlaylist(SourceSearch::resolved(path));
 }
 
 void SourceQueue::clearPlaylist() {
     ++m_opening;
     m_player.clearPlaylist();
-    m_rejected.clear();
+    m_problem.status = FileStatus::done;
     endOpening();
 }
 
 /// What is to be called when it is there. Of several files only the last one counts.
-std::function<void(TulPlayer::Opening)> SourceQueue::beginOpening(const std::string& path) {
+std::function<void(TulPlayer::Opening)> SourceQueue::beginOpening() {
     m_opens = true;
     m_skipped = 0;
-    m_rejected.clear();
-    return [this, path, opening = ++m_opening](TulPlayer::Opening outcome) {
-        if (opening != m_opening) return;
-        if (outcome == TulPlayer::Opening::rejected) m_rejected = path;
-        endOpening();
+    m_problem.status = FileStatus::done;
+    return [this, opening = ++m_opening](TulPlayer::Opening /*outcome*/) {
+        if (opening == m_opening) endOpening();
     };
 }
 
@@ -66,7 +82,7 @@ void SourceQueue::startNext() {
     if (m_search || m_opens || m_waiting.empty()) return;
 
     m_skipped = 0;
-    m_rejected.clear();
+    m_problem.status = FileStatus::done;
     m_search = std::make_shared<Search>();
     m_search->command = std::move(m_waiting.front());
     m_waiting.pop_front();

@@ -31,14 +31,24 @@ public:
     void append(std::vector<std::string> sources, SourceSearch::Take take, Then then = Then::nothing);
     void openPlaylist(const std::string& path);
     void selectInternalPlaylist(std::int32_t index);
+    /// Opens a list that was changed and left (`ListKeeper::lists`).
+    void openUnsaved(const UnsavedList& list);
+    void revertPlaylist();
+    void savePlaylist(const std::string& path);
     void clearPlaylist();
 
     /// Folders are being looked through.
     [[nodiscard]] bool isSearching() const { return m_search != nullptr; }
     /// How many files the last search passed over: they are not audio.
     [[nodiscard]] std::size_t skipped() const { return m_skipped; }
-    /// The playlist file that could not be read last; empty after anything else.
-    [[nodiscard]] const std::string& rejected() const { return m_rejected; }
+    /// A file that could not be read or written whole; with an empty path, changes that could not be stored.
+    struct Problem {
+        std::string path;
+        FileStatus status = FileStatus::done;
+        int number = 0; ///< Counts them.
+    };
+    /// That of the last command; its status is FileStatus::done when there was none.
+    [[nodiscard]] const Problem& problem() const { return m_problem; }
 
 private:
     struct Command {
@@ -53,7 +63,7 @@ private:
         std::atomic<bool> goesOn{true};
     };
 
-    std::function<void(TulPlayer::Opening)> beginOpening(const std::string& path);
+    std::function<void(TulPlayer::Opening)> beginOpening();
     void endOpening();
     void startNext();
     void giveUp();
@@ -66,7 +76,7 @@ private:
     std::uint64_t m_opening = 0; ///< Counts what was to be opened; only the last counts.
     bool m_opens = false;
     std::size_t m_skipped = 0;
-    std::string m_rejected;
+    Problem m_problem;
 };
 
 } // namespace app

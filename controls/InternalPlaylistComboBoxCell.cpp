@@ -1,5 +1,17 @@
 #include "controls/InternalPlaylistComboBoxCell.h"
 
+#include "controls/Colours.h"
+#include "platform/cocoa/ComboBox.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr double markSize = 5;
+constexpr double markGap = 10; ///< Between the text and the mark.
+
+} // namespace
+
 QRectF InternalPlaylistComboBoxCell::dropdownIconRect(const QRectF& frame) {
     return {frame.x() + frame.width() - 24.0, frame.y() + 2.0, 21.0, 21.0};
 }
@@ -8,4 +20,21 @@ void InternalPlaylistComboBoxCell::drawWithFrame(QPainter& painter, const QRectF
     ComboBoxCell::drawWithFrame(painter, frame);
     m_dropdownIcon = cocoa::Image::named(QStringLiteral("internal_playlist_selector_arrow"));
     m_dropdownIcon.drawInRect(painter, dropdownIconRect(frame));
+    if (m_marked) drawMark(painter, frame);
+}
+
+/// Leaves room for the mark behind a long text, whether or not it is there: the text is not to jump.
+QRectF InternalPlaylistComboBoxCell::textRectForFrame(const QRectF& frame) const {
+    return ComboBoxCell::textRectForFrame(frame).adjusted(0, 0, -markGap, 0);
+}
+
+void InternalPlaylistComboBoxCell::drawMark(QPainter& painter, const QRectF& frame) const {
+    const auto* box = static_cast<const cocoa::ComboBox*>(controlView());
+    const QRectF text = textRectForFrame(frame);
+    const double end = text.left() + box->fontMetrics().horizontalAdvance(box->stringValue());
+    const double left = std::min(end + markGap, text.right() + markGap / 2);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colours::yellow());
+    painter.drawEllipse(QRectF(left, frame.center().y() - markSize / 2, markSize, markSize));
 }

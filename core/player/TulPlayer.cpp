@@ -22,8 +22,9 @@ TulPlayer::TulPlayer()
       playlist(std::make_unique<TulPlaylist>()),
       internalPlaylistManager(std::make_unique<TulInternalPlaylistManager>()),
       networkSharing(std::make_unique<TulNetworkSharing>()),
-      tagReader(workers, [this](const auto& entry, auto row) { entryChanged(entry, row); }) {
-    tagReader.follow(*playlist);
+      tagReader(workers, [this](const auto& entry, auto row) { entryChanged(entry, row); }),
+      listKeeper(workers, [this](FileStatus status) { report({}, status); }) {
+    tagReader.follow(*playlist, 0);
     {
         const std::lock_guard lock(handOverMutex);
         instance = this;
@@ -47,10 +48,6 @@ void TulPlayer::shutDown() {
 void TulPlayer::setExecutor(Executor executor) {
     const std::lock_guard lock(handOverMutex);
     m_executor = std::move(executor);
-}
-
-void TulPlayer::setStorePath(const std::string& path) {
-    internalPlaylistManager->storePath = path;
 }
 
 void TulPlayer::startCurrentEntry() {
@@ -207,81 +204,6 @@ void TulPlayer::setVolume(float newVolume) {
 void TulPlayer::setBalance(float newBalance) {
     if (stream) stream->setBalance(newBalance);
     balance = newBalance;
-}
-
-void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
-    replacePlaylist(std::move(newPlaylist));
-    playlist->entryCount() > 0 ? startCurrentEntry() : prepareNext();
-    tagReader.readOn();
-}
-
-void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
-    playlist.swap(newPlaylist);
-    tagReader.follow(*playlist);
-    // To destroy a long one takes a while.
-    workers.run(Workers::Lane::bulk,
-                [old = std::shared_ptr<TulPlaylist>(std::move(newPlaylist))](const auto&) {});
-}
-
-void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
-    endOpening(Opening::givenUp);
-    m_opened = std::move(opened);
-    const auto read =
-        [this, path, opening = m_opening,
-         file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path))](const Workers::Reply& reply) {
-            const auto result = std::make_shared<std::unique_ptr<TulPlaylist>>(file->read(path));
-            reply.post([this, path, opening, result] {
-                if (opening != m_opening) return;
-                if (!*result) return endOpening(Opening::rejected);
-                setPlaylist(std::move(*result));
-                rememberPlaylist(path);
-                endOpening(Opening::done);
-            });
-        };
-    workers.run(Workers::Lane::own, read);
-}
-
-void TulPlayer::endOpening(Opening outcome) {
-    ++m_opening;
-    if (const Opened opened = std::exchange(m_opened, {})) opened(outcome);
-}
-
-void TulPlayer::savePlaylist(const std::string& path) {
-    workers.run(Workers::Lane::saving, [file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path)),
-                                        copy = std::shared_ptr(playlist->copyToSave()),
-                                        path](const auto&) { file->write(*copy, path); });
-    rememberPlaylist(path);
-}
-
-void TulPlayer::rememberPlaylist(const std::string& path) {
-    internalPlaylistManager->addPlaylist(playlist->name, path);
-    workers.run(Workers::Lane::saving, [copy = *internalPlaylistManager](const auto&) { copy.save(); });
-}
-
-void TulPlayer::clearPlaylist() {
-    endOpening(Opening::givenUp);
-    replacePlaylist(std::make_unique<TulPlaylist>());
-    prepareNext();
-}
-
-void TulPlayer::selectInternalPlaylist(std::int32_t index, Opened opened) {
-    const bool isOther = index != internalPlaylistManager->currentIndex;
-    if (!isOther || index < 0 || index >= internalPlaylistManager->count()) {
-        if (opened) opened(Opening::givenUp);
-        return;
-    }
-    const std::string path = internalPlaylistManager->playlistAt(index).first;
-    openPlaylist(path, [this, index, opened = std::move(opened)](Opening outcome) {
-        if (outcome == Opening::done) internalPlaylistManager->currentIndex = index;
-        if (opened) opened(outcome);
-    });
-}
-
-void TulPlayer::appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries) {
-    const auto first = static_cast<std::int32_t>(playlist->entryCount());
-    for (auto& entry : entries)
-        playlist->appendEntry(std::move(entry));
-    tagReader.rowsAppended(first);
 }
 
 void TulPlayer::entryChanged(const TulPlaylistEntry& entry, std::int32_t row) {

@@ -3,6 +3,7 @@
 #include "core/background/Workers.h"
 #include "core/player/TulPlaybackState.h"
 #include "core/player/TulStream.h"
+#include "core/playlist/ListKeeper.h"
 #include "core/playlist/TagReader.h"
 #include "core/playlist/TulInternalPlaylistManager.h"
 #include "core/playlist/TulPlaylist.h"
@@ -51,8 +52,15 @@ public:
 
     Workers workers;
     TagReader tagReader;
+    ListKeeper listKeeper;
     /// Called when a row of the playlist has got its texts.
     std::function<void(std::int32_t row)> rowChanged;
+    /// Called when the user has edited the playlist, which `listKeeper` is to store soon, and when it was
+    /// saved.
+    std::function<void()> playlistEdited;
+    /// Called when a playlist file or the store of internal playlists could not be read or written whole;
+    /// with an empty path, when changes could not be stored.
+    std::function<void(const std::string& path, FileStatus status)> reportFile;
 
     /// The player that hears the end of tracks. Null when there is none.
     static TulPlayer* instance;
@@ -60,6 +68,10 @@ public:
     /// To be set before anything plays. Without one the work is done where the end was heard.
     void setExecutor(Executor executor);
     void setStorePath(const std::string& path);
+    /// Where changes that are not saved are kept.
+    void setStateFolder(const std::string& path);
+    /// Reads the store of internal playlists.
+    void loadInternalPlaylists();
     /// The last call before the process ends: ends sharing and every sound. Waits for threads of the audio
     /// library for 200 ms at most.
     void shutDown();
@@ -93,16 +105,30 @@ public:
     /// What became of a playlist file. But for the first the playlist stays as it was.
     enum class Opening { done, rejected, givenUp /**< for another file, or an empty list */ };
     using Opened = std::function<void(Opening)>;
-    /// Opens a playlist file and remembers it as an internal playlist. `opened` is called once.
+    /// Opens a playlist file, with the changes that are kept of it, and remembers it as an internal playlist
+    /// under the name that it has there, if any. `opened` is called once.
     void openPlaylist(const std::string& path, Opened opened = {});
-    /// Saves the playlist as it is now.
-    void savePlaylist(const std::string& path);
-    /// The playing stream plays on.
-    void clearPlaylist();
-    /// Opens one of the internal playlists, unless it is the current one.
+    /// Opens one of `listKeeper.lists()`.
+    void openUnsaved(const std::string& id, Opened opened = {});
+    /// Opens one of the internal playlists, unless it is the one that is shown.
     void selectInternalPlaylist(std::int32_t index, Opened opened = {});
+    /// Replaces a changed playlist by its file. What plays plays on.
+    void revertPlaylist(Opened opened = {});
+    /// Saves the playlist as it is now, one without a name under that of the file, and remembers it as an
+    /// internal playlist when that has worked.
+    void savePlaylist(const std::string& path);
+    /// The last call before `shutDown`: stores what is still to be stored. Waits two seconds at most.
+    void finishSaving();
+
+    // The user's edits: all that changes the list goes through these.
+
     /// Appends entries whose tags are to be read.
     void appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries);
+    void moveEntry(std::int32_t from, std::int32_t to);
+    /// At once for good where the list has a file: as an internal playlist, which needs a name.
+    void renamePlaylist(const std::string& name);
+    /// Leaves the list for an empty one. The playing stream plays on.
+    void clearPlaylist();
 
     /// Names the source that follows the stream. To be called when the playlist was changed; `update` does so
     /// as well.
@@ -117,13 +143,28 @@ public:
     bool takeSongInfoChanged();
 
 private:
+    /// `unread` is the list's `unreadCount`.
+    using Show = std::function<void(std::unique_ptr<TulPlaylist> list, std::size_t unread)>;
+
     void startEntry();
     void streamEnded(HSTREAM ended);
     [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
     void markCurrentEntry(const TulFailure& failure);
-    void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
+    void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
+    void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
+    void discard(std::unique_ptr<TulPlaylist> list);
+    /// `show` gets a list that could be read; for any other the opening ends.
+    void readPlaylist(const std::string& path, Show show);
+    void showOpened(std::unique_ptr<TulPlaylist> list, std::size_t unread);
+    void showReverted(std::unique_ptr<TulPlaylist> list, std::size_t unread);
+    void beginOpening(Opened opened);
     void endOpening(Opening outcome);
-    void rememberPlaylist(const std::string& path);
+    void noteSaved(const TulPlaylist& copy, std::uint64_t list, std::uint64_t edits);
+    void registerPlaylist(const std::string& name, const std::string& path);
+    void runOnStore(FileStatus (TulInternalPlaylistManager::*operation)());
+    void takeStored(const TulInternalPlaylistManager& copy, FileStatus status);
+    void report(const std::string& path, FileStatus status) const;
+    void noteEdited();
     void entryChanged(const TulPlaylistEntry& entry, std::int32_t row);
 
     Executor m_executor;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/playlist/FileDescriptor.h"
+#include "core/files/FileDescriptor.h"
 
 #include <string>
 #include <taglib/tiostream.h>

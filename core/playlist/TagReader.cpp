@@ -32,16 +32,16 @@ bool isUnread(const TulPlaylistEntry& entry) {
 TagReader::TagReader(Workers& workers, Changed changed)
     : m_workers(workers), m_changed(std::move(changed)), m_ahead(minAhead) {}
 
-void TagReader::follow(TulPlaylist& playlist) {
+void TagReader::follow(TulPlaylist& playlist, std::size_t unread) {
     m_playlist = &playlist;
     m_reading.clear();
     m_wanted.clear();
     m_preparing = {};
     m_next = 0;
-    m_unread = m_done = m_counting = m_wantedReading = 0;
+    m_unread = unread;
+    m_done = m_counting = m_wantedReading = 0;
     m_stopped = false;
     m_ahead = minAhead;
-    countRows(0);
 }
 
 void TagReader::rowsAppended(std::int32_t first) {

@@ -30,8 +30,9 @@ public:
 
     TagReader(Workers& workers, Changed changed);
 
-    /// The list whose rows are filled from now on; it must live until there is another. Nothing is read yet.
-    void follow(TulPlaylist& playlist);
+    /// The list whose rows are filled from now on; it must live until there is another. `unread` is its
+    /// `unreadCount`, which takes long for a long list. Nothing is read yet.
+    void follow(TulPlaylist& playlist, std::size_t unread);
     /// Reads the rest, in order.
     void readOn();
     /// Rows have been appended, from this one on.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <utility>
 
@@ -13,6 +14,11 @@ std::uint64_t TulPlaylist::nextId() {
 
 std::int64_t TulPlaylist::entryCount() const {
     return static_cast<std::int64_t>(entries.size());
+}
+
+std::size_t TulPlaylist::unreadCount() const {
+    const auto isUnread = [](const auto& entry) { return entry->tags == TulPlaylistEntry::Tags::unread; };
+    return static_cast<std::size_t>(std::ranges::count_if(entries, isUnread));
 }
 
 TulPlaylistEntry* TulPlaylist::entryAt(std::int32_t index) const {
@@ -58,11 +64,13 @@ void TulPlaylist::addEntry(const std::string& source) {
 
 void TulPlaylist::appendEntry(std::unique_ptr<TulPlaylistEntry> entry) {
     entries.push_back(std::move(entry));
+    markChanged();
 }
 
 void TulPlaylist::moveEntries(std::int32_t from, std::int32_t to) {
     if (from < 0 || from >= entryCount() || to < 0) return;
     to = std::min(to, static_cast<std::int32_t>(entryCount() - 1));
+    if (from == to) return;
 
     const auto source = entries.begin() + from;
     const auto destination = entries.begin() + to;
@@ -73,6 +81,22 @@ void TulPlaylist::moveEntries(std::int32_t from, std::int32_t to) {
 
     const auto active = std::ranges::find_if(entries, [](const auto& entry) { return entry->active; });
     if (active != entries.end()) currentIndex = static_cast<std::int32_t>(active - entries.begin());
+    markChanged();
+}
+
+std::int64_t TulPlaylist::now() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+void TulPlaylist::markChanged(std::int64_t at) {
+    ++m_edits;
+    m_changedAt = at;
+}
+
+void TulPlaylist::markSaved(const std::string& file, std::uint64_t edits) {
+    path = file;
+    m_savedEdits = edits;
 }
 
 std::unique_ptr<TulPlaylist> TulPlaylist::copyToSave() const {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace TagLib {
 namespace APE {
@@ -62,7 +63,7 @@ public:
     /// 0 as long as no picture has been found; set only when `coverArt` is complete.
     std::int32_t coverArtSize = 0;
     /// The characters that separate folders in `source`.
-    const std::string pathSeparators = "/";
+    static constexpr std::string_view pathSeparators = "/";
 
     /// No other entry of this run has it.
     const std::uint64_t id = nextId();

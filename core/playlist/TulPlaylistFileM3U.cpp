@@ -1,18 +1,17 @@
 #include "core/playlist/TulPlaylistFileM3U.h"
 
-#include "core/playlist/readFile.h"
+#include "core/files/FileReader.h"
+#include "core/playlist/PlaylistLimits.h"
 #include "core/playlist/resolveEntrySource.h"
 
 #include <cstdlib>
 #include <optional>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace {
 
-/// A file of nothing but line feeds must not fill the memory.
-constexpr std::size_t maxEntries = 1'000'000;
+constexpr std::size_t maxLine = std::size_t{1} << 20;
 constexpr std::string_view header = "#EXTM3U";
 constexpr std::string_view information = "#EXTINF:";
 
@@ -34,40 +33,83 @@ std::optional<TrackInformation> parseInformation(std::string_view line) {
     return TrackInformation{std::string(title), static_cast<std::int32_t>(seconds)};
 }
 
-std::vector<std::unique_ptr<TulPlaylistEntry>> parseEntries(std::string_view text,
-                                                            const std::string& folder) {
-    std::vector<std::unique_ptr<TulPlaylistEntry>> entries;
-    TrackInformation pending;
-    while (!text.empty() && entries.size() < maxEntries) {
-        const auto lineEnd = text.find('\n');
-        const std::string_view line = text.substr(0, lineEnd);
-        text.remove_prefix(lineEnd == std::string_view::npos ? text.size() : lineEnd + 1);
+/// Makes a playlist of lines.
+class Lines {
+public:
+    Lines(TulPlaylist& playlist, std::string folder) : m_playlist(playlist), m_folder(std::move(folder)) {}
 
-        if (line.starts_with(header)) continue;
-        if (line.starts_with(information)) {
-            if (auto parsed = parseInformation(line)) pending = std::move(*parsed);
-            continue;
-        }
-        auto& entry = entries.emplace_back(std::make_unique<TulPlaylistEntry>());
-        entry->source = resolveEntrySource(std::string(line), folder);
-        if (!pending.title.empty()) {
-            entry->title = std::exchange(pending.title, {});
-            entry->length = pending.seconds;
-        }
-        entry->settleWithoutFile();
+    void take(std::string_view line);
+    /// There is room for no more.
+    [[nodiscard]] bool isFull() const { return m_isFull; }
+
+private:
+    TulPlaylist& m_playlist;
+    std::string m_folder;
+    PlaylistLimits m_limits;
+    TrackInformation m_pending;
+    bool m_isFull = false;
+};
+
+void Lines::take(std::string_view line) {
+    if (line.starts_with(header)) return;
+    if (line.starts_with(information)) {
+        if (auto parsed = parseInformation(line)) m_pending = std::move(*parsed);
+        return;
     }
-    return entries;
+    auto entry = std::make_unique<TulPlaylistEntry>();
+    entry->source = resolveEntrySource(std::string(line), m_folder);
+    if (!m_pending.title.empty()) {
+        entry->title = std::exchange(m_pending.title, {});
+        entry->length = knownLength(m_pending.seconds);
+    }
+    entry->settleWithoutFile();
+    m_isFull = !m_limits.admit(*entry);
+    if (!m_isFull) m_playlist.appendEntry(std::move(entry));
+}
+
+/// Gives the lines of a file to `lines`, and says whether all of them.
+FileStatus readLines(FileReader& file, Lines& lines) {
+    std::string line;
+    bool isLeftOut = false;
+    const auto append = [&](std::string_view part) {
+        if (line.size() <= maxLine) line += part; // a little more, so that it shows
+    };
+    const auto end = [&] {
+        line.size() <= maxLine ? lines.take(line) : void(isLeftOut = true);
+        line.clear();
+    };
+    std::string_view block = file.next();
+    if (block.starts_with(byteOrderMark)) block.remove_prefix(byteOrderMark.size());
+    for (; !block.empty(); block = file.next()) {
+        for (auto lineEnd = block.find('\n'); lineEnd != std::string_view::npos; lineEnd = block.find('\n')) {
+            append(block.substr(0, lineEnd));
+            end();
+            if (lines.isFull()) return FileStatus::cut;
+            block.remove_prefix(lineEnd + 1);
+        }
+        append(block);
+    }
+    if (file.status() != FileStatus::done) return file.status();
+    if (!line.empty()) end();
+    return isLeftOut || lines.isFull() ? FileStatus::cut : FileStatus::done;
 }
 
 } // namespace
 
-std::unique_ptr<TulPlaylist> TulPlaylistFileM3U::read(const std::string& path) {
+std::unique_ptr<TulPlaylist> TulPlaylistFileM3U::read(const std::string& path, FileStatus& status) {
     const std::string folder = playlistFolder(path);
     const std::string fileName = path.substr(folder.size());
     auto playlist = std::make_unique<TulPlaylist>();
     playlist->name = fileName.substr(0, fileName.rfind('.'));
-    if (const auto text = readFile(path)) playlist->entries = parseEntries(*text, folder);
+    FileReader file(path);
+    Lines lines(*playlist, folder);
+    status = readLines(file, lines);
+    if (status == FileStatus::done || status == FileStatus::cut) return playlist;
+    if (playlist->entries.empty()) return nullptr;
+    status = status == FileStatus::tooLarge ? FileStatus::cut : FileStatus::incomplete;
     return playlist;
 }
 
-void TulPlaylistFileM3U::write(const TulPlaylist& /*playlist*/, const std::string& /*path*/) {}
+FileStatus TulPlaylistFileM3U::write(const TulPlaylist& /*playlist*/, const std::string& /*path*/) {
+    return FileStatus::done;
+}

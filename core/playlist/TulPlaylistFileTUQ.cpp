@@ -1,77 +1,51 @@
 #include "core/playlist/TulPlaylistFileTUQ.h"
 
-#include "core/playlist/Json.h"
-#include "core/playlist/readFile.h"
-#include "core/playlist/replaceFile.h"
+#include "core/files/FileReader.h"
+#include "core/files/replaceFile.h"
+#include "core/playlist/JsonList.h"
+#include "core/playlist/PlaylistLimits.h"
+#include "core/playlist/TulPlaylistFileM3U.h"
+#include "core/playlist/TuqVisitor.h"
 #include "core/playlist/resolveEntrySource.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
-#include <vector>
 
 namespace {
 
-/// The seconds without their fraction, kept in range.
-std::int32_t wholeSeconds(double seconds) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    if (std::isnan(seconds)) return 0;
-    return static_cast<std::int32_t>(std::clamp<double>(seconds, Limits::min(), Limits::max()));
+/// Text, as far as the first block shows, that is not meant to be JSON.
+bool isOtherText(const std::string& path) {
+    FileReader file(path);
+    std::string_view block = file.next();
+    if (block.starts_with(byteOrderMark)) block.remove_prefix(byteOrderMark.size());
+    const auto first = block.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos || block[first] == '{' || block[first] == '[') return false;
+    return std::ranges::none_of(
+        block, [](unsigned char c) { return c < ' ' && c != '\t' && c != '\r' && c != '\n'; });
+}
+
+/// Null where no line can be taken.
+std::unique_ptr<TulPlaylist> readAsM3U(const std::string& path, FileStatus& status) {
+    auto playlist = TulPlaylistFileM3U().read(path, status);
+    if (playlist && playlist->entries.empty()) status = FileStatus::malformed;
+    return status == FileStatus::malformed ? nullptr : std::move(playlist);
 }
 
 } // namespace
 
-std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path) {
-    const auto text = readFile(path);
-    rapidjson::Document root;
-    if (!text || !json::parse(*text, root)) return nullptr;
-
-    const rapidjson::Value* name = json::stringMember(root, "name");
-    const rapidjson::Value* elements = json::member(root, "entries");
-    const rapidjson::Value* start = json::member(root, "start");
-    if (!name || !elements || !elements->IsArray() || (start && !start->IsInt())) return nullptr;
-
-    const std::string folder = playlistFolder(path);
-    auto playlist = std::make_unique<TulPlaylist>();
-    playlist->name = name->GetString();
-    playlist->entries.reserve(elements->Size());
-    for (const auto& element : elements->GetArray()) {
-        if (json::member(element, "smart")) continue;
-        auto entry = readEntry(element, root, folder);
-        if (!entry) return nullptr;
-        playlist->appendEntry(std::move(entry));
-    }
-    if (start) playlist->selectEntry(start->GetInt());
+std::unique_ptr<TulPlaylist> TulPlaylistFileTUQ::read(const std::string& path, FileStatus& status) {
+    TuqVisitor visitor(playlistFolder(path));
+    status = json::readList(path, visitor);
+    if (status == FileStatus::malformed && !path.ends_with(".tuq") && isOtherText(path))
+        return readAsM3U(path, status);
+    if (status != FileStatus::done) return nullptr;
+    auto playlist = visitor.finish();
+    status = !playlist ? FileStatus::malformed : visitor.isCut() ? FileStatus::cut : FileStatus::done;
     return playlist;
 }
 
-std::unique_ptr<TulPlaylistEntry> TulPlaylistFileTUQ::readEntry(const rapidjson::Value& element,
-                                                                const rapidjson::Value& root,
-                                                                const std::string& folder) {
-    const rapidjson::Value* source = json::stringMember(element, "source");
-    const rapidjson::Value* length = json::member(element, "length");
-    if (!source || (length && !length->IsNumber())) return nullptr;
-
-    // The root's artist and album stand in where the element has none.
-    auto entry = std::make_unique<TulPlaylistEntry>();
-    const bool valid = json::takeOptional(element, "title", entry->title) &&
-                       json::takeOptional(root, "artist", entry->artist) &&
-                       json::takeOptional(root, "album", entry->album) &&
-                       json::takeOptional(element, "artist", entry->artist) &&
-                       json::takeOptional(element, "album", entry->album);
-    if (!valid) return nullptr;
-
-    entry->source = resolveEntrySource(source->GetString(), folder);
-    if (length) entry->length = length->GetDouble();
-    if (!entry->artist.empty() && !entry->album.empty())
-        entry->artistAlbum = entry->artist + " - " + entry->album;
-    entry->settleWithoutFile();
-    return entry;
-}
-
-void TulPlaylistFileTUQ::write(const TulPlaylist& playlist, const std::string& path) {
+FileStatus TulPlaylistFileTUQ::write(const TulPlaylist& playlist, const std::string& path) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
@@ -90,10 +64,10 @@ void TulPlaylistFileTUQ::write(const TulPlaylist& playlist, const std::string& p
         writer.Key("album");
         writer.String(entry->album);
         writer.Key("length");
-        writer.Int(wholeSeconds(entry->length));
+        writer.Int(static_cast<int>(knownLength(entry->length)));
         writer.EndObject();
     }
     writer.EndArray();
     writer.EndObject();
-    [[maybe_unused]] const bool written = replaceFile(path, {buffer.GetString(), buffer.GetSize()});
+    return replaceFile(path, {buffer.GetString(), buffer.GetSize()});
 }

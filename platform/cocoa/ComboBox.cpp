@@ -23,7 +23,8 @@ public:
     QVariant data(const QModelIndex& index, int role) const override {
         if (role != Qt::DisplayRole || m_source == nullptr || !index.isValid()) return {};
         if (index.row() >= m_source->numberOfItemsInComboBox()) return {};
-        return m_source->objectValueForItemAtIndex(index.row()).value_or(QString());
+        const QString text = m_source->objectValueForItemAtIndex(index.row()).value_or(QString());
+        return m_source->isMarkedItemAtIndex(index.row()) ? text + QStringLiteral("  •") : text;
     }
 
 private:
@@ -44,6 +45,8 @@ ComboBox::ComboBox(QWidget* parent)
     disconnect(lineEdit(), &QLineEdit::returnPressed, this, nullptr);
     disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
     connect(this, &QComboBox::activated, this, &ComboBox::chooseItem);
+    connect(lineEdit(), &QLineEdit::textChanged, this,
+            qOverload<>(&QWidget::update)); // the cell may draw by it
 }
 
 ComboBox::~ComboBox() = default;
@@ -170,7 +173,7 @@ void ComboBox::keyPressEvent(QKeyEvent* event) {
 void ComboBox::focusOutEvent(QFocusEvent* event) {
     const bool leaving =
         event->reason() != Qt::ActiveWindowFocusReason && QApplication::activePopupWidget() == nullptr;
-    if (leaving && lineEdit()->isModified()) commitTyping();
+    if (leaving) validateEditing();
     QComboBox::focusOutEvent(event);
 }
 

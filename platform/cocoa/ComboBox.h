@@ -11,8 +11,8 @@
 namespace cocoa {
 
 /// A combo box with free text whose items come from a data source and whose look comes from a cell. Choosing
-/// an item, Enter, and leaving the box after typing call the action; Escape takes back what was typed. Use
-/// the functions below, not QComboBox's own for items and index.
+/// an item, Enter, and leaving the box after typing call the action; Escape takes back what was typed.
+/// Leaving chooses no item. Use the functions below, not QComboBox's own for items and index.
 class ComboBox : public QComboBox {
     Q_OBJECT
 public:

@@ -18,6 +18,8 @@ public:
 
     virtual int numberOfItemsInComboBox() = 0;
     virtual std::optional<QString> objectValueForItemAtIndex(int index) = 0;
+    /// A marked item gets a dot behind its text.
+    virtual bool isMarkedItemAtIndex(int /*index*/) { return false; }
     /// The item with this text, or NotFound.
     virtual std::int64_t indexOfItemWithStringValue(const QString& string) = 0;
 };

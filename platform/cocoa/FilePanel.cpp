@@ -44,6 +44,11 @@ QString fileNameOf(QString name) {
     return name.replace(QLatin1Char('/'), QLatin1Char('-'));
 }
 
+QString nameOfType(const QFileInfo& file, const QStringList& extensions) {
+    if (endsWithOneOf(file.fileName(), extensions)) return file.fileName();
+    return file.completeBaseName() + QLatin1Char('.') + extensions.front();
+}
+
 bool mayReplace(QWidget& window, const QString& path) {
     const QString question = QObject::tr("“%1” exists already. Replace it?").arg(QFileInfo(path).fileName());
     return QMessageBox::question(&window, QString(), question) == QMessageBox::Yes;
@@ -92,7 +97,9 @@ void SavePanel::beginSheetModalForWindow(QWidget& window,
     dialog.setFileMode(QFileDialog::AnyFile);
     setUp(dialog);
     // After the folder: the desktop's own choosers take the name for one there.
-    dialog.selectFile(fileNameOf(m_name));
+    const QFileInfo file(m_file);
+    if (!m_file.isEmpty()) dialog.setDirectory(file.absolutePath());
+    dialog.selectFile(m_file.isEmpty() ? fileNameOf(m_name) : nameOfType(file, allowedFileTypes()));
     if (!allowedFileTypes().isEmpty()) dialog.setDefaultSuffix(allowedFileTypes().front());
     const QPointer<QWidget> shownOn = &window;
     beginSheet(dialog,

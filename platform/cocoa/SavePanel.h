@@ -11,11 +11,15 @@ public:
     /// Proposes a name; "/" in it becomes "-".
     void setNameFieldStringValue(const QString& name) { m_name = name; }
 
+    /// Proposes a file, in its folder, with the first of the allowed types, instead of a name.
+    void setFile(const QString& path) { m_file = path; }
+
     /// `completion` gets the path; it is not called when the user cancels or the window goes.
     void beginSheetModalForWindow(QWidget& window, std::function<void(const QString& path)> completion) const;
 
 private:
     QString m_name;
+    QString m_file;
 };
 
 } // namespace cocoa

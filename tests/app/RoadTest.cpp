@@ -9,6 +9,7 @@
 #include <QDBusConnection>
 #include <QDBusInterface>
 #include <QDBusObjectPath>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QUrl>
 
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <limits>
 
@@ -38,6 +40,8 @@ constexpr QRect title{78, 43, 224, 18};
 constexpr QRect spectrum{322, 64, 45, 25};
 constexpr QRect page{0, 166, 380, 382};
 constexpr QRect underSelector{30, 584, 120, 40};
+constexpr QRect selectorText{20, 559, 316, 21};
+constexpr QPoint menu{20, 15};
 constexpr QPoint position(double fraction) {
     return {18 + static_cast<int>(fraction * 344), 100};
 }
@@ -306,6 +310,69 @@ TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
     answer("ctrl+l", "Open a playlist file", documentPath("radio.tuq"));
     EXPECT_TRUE(showsRows(1));
     EXPECT_TRUE(hears(2200));
+}
+
+TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
+    const auto mark = [&] {
+        const QImage text = desk.seen(place::selectorText);
+        int yellow = 0;
+        for (int y = 0; y < text.height(); ++y)
+            for (int x = 0; x < text.width(); ++x)
+                yellow += qRed(text.pixel(x, y)) > 180 && qBlue(text.pixel(x, y)) < 90 ? 1 : 0;
+        return yellow > 10;
+    };
+    const auto dragFirstRowToTheThird = [&] {
+        desk.press(place::row(0));
+        desk.moveTo(place::row(0) + QPoint(10, 20));
+        desk.moveTo(place::row(1));
+        desk.moveTo(place::row(2));
+        desk.release();
+        desk.moveTo(place::title.center());
+    };
+    const auto killSoonAndRestart = [&] {
+        QElapsedTimer since;
+        since.start();
+        EXPECT_TRUE(Desk::until([&] { return since.elapsed() >= 1000; })) << "what is allowed to be lost";
+        desk.signal(SIGKILL);
+        EXPECT_FALSE(desk.ended());
+        start();
+        EXPECT_TRUE(showsRows(0));
+    };
+    start(threeTracks());
+    ASSERT_TRUE(showsRows(3));
+    ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
+    const QImage alder = desk.seen(place::rowText(0));
+    const QImage birch = desk.seen(place::rowText(1));
+    dragFirstRowToTheThird();
+    killSoonAndRestart();
+    chooseFirstList(); // that without a name
+    ASSERT_TRUE(showsRows(3));
+    EXPECT_TRUE(rowShows(0, birch) && rowShows(2, alder));
+    EXPECT_TRUE(hears(440)) << "where it was";
+
+    renameList("Trip");
+    answer("ctrl+s", "Save playlist...", documentPath("trip.tuq"));
+    ASSERT_TRUE(Desk::until([] { return document("playlists.json").find("Trip") != std::string::npos; }));
+    const std::string saved = document("trip.tuq");
+    EXPECT_FALSE(mark());
+    renameList("Long trip");
+    dragFirstRowToTheThird();
+    ASSERT_TRUE(rowShows(1, alder));
+    EXPECT_TRUE(Desk::until(mark));
+    killSoonAndRestart();
+    EXPECT_EQ(document("trip.tuq"), saved);
+    EXPECT_NE(document("playlists.json").find("Long trip"), std::string::npos);
+    chooseFirstList();
+    EXPECT_TRUE(rowShows(1, alder) && rowShows(2, birch));
+    EXPECT_TRUE(Desk::until(mark));
+
+    desk.click(place::menu);
+    for (int i = 0; i < 5; ++i) // "Revert to Saved"
+        desk.key("Down");
+    desk.key("Return");
+    EXPECT_TRUE(rowShows(0, birch) && rowShows(2, alder));
+    EXPECT_TRUE(Desk::until([&] { return !mark(); }));
+    EXPECT_TRUE(desk.hears(440)) << "what plays goes on";
 }
 
 TEST_F(RoadTest, PagesTurnTheSpectrumRestsAndAMinimisedWindowPlaysOn) {

@@ -31,6 +31,8 @@
 
 #include <algorithm>
 #include <ctime>
+#include <functional>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -62,6 +64,7 @@ protected:
         setenv("TUL_AUDIO", "null", 1);
         setenv("HOME", support::scratch().c_str(), 1);
         setenv("XDG_CONFIG_HOME", (support::scratch() / "config").c_str(), 1);
+        unsetenv("XDG_STATE_HOME");
         std::filesystem::create_directories(support::scratch() / "Documents");
         support::offscreenApplication();
         delegate.applicationDidFinishLaunching();
@@ -207,6 +210,29 @@ TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
     EXPECT_EQ(delegate.player->stream->title, "50% #1?\xff");
 }
 
+TEST_F(WindowTest, AFileThatCannotBeReadOrWrittenIsNamedAndTheListStays) {
+    addTracks();
+    const auto path = [](const char* name) { return (support::scratch() / name).string(); };
+    support::writeFile(path("broken.tuq"), "{");
+    support::writeFile(path("file"), "");
+    std::filesystem::create_directories(path("folder.tuq"));
+    const std::tuple<const char*, std::function<void(const std::string&)>, const char*> cases[] = {
+        {"broken.tuq", [&](auto& file) { delegate.openSources({file}); }, "broken.tuq is not a playlist"},
+        {"missing.tuq", [&](auto& file) { delegate.openSources({file}); }, "missing.tuq was not found"},
+        {"folder.tuq", [&](auto& file) { delegate.player->savePlaylist(file); },
+         "No permission for folder.tuq"},
+        {"file/a.tuq", [&](auto& file) { delegate.player->savePlaylist(file); }, "a.tuq was not found"},
+    };
+    const auto& status = *delegate.playlistController->statusLine;
+    for (const auto& [name, command, text] : cases) {
+        command(path(name));
+        EXPECT_TRUE(runUntil([&] { return status.isVisible() && status.text() == text; })) << text;
+        EXPECT_EQ(delegate.player->playlist->entryCount(), 3);
+        EXPECT_TRUE(delegate.player->playlist->isChanged());
+        EXPECT_EQ(delegate.player->internalPlaylistManager->count(), 0);
+    }
+}
+
 TEST_F(WindowTest, TheCoverIsTheOneThatPlays) {
     QImage(2, 2, QImage::Format_RGB32).save(QString::fromStdString(support::scratch() / "cover.png"));
     const std::string plain = makeTrack("Plain", 700, 20);
@@ -292,6 +318,9 @@ TEST_F(WindowTest, AListOf100000RowsIsThereAtOnceAndReadWhileTheWindowGoesOn) {
     delegate.player->playlist->moveEntries(rows - 100, rows);
     ASSERT_TRUE(runUntil([&] { return list.entryAt(rows)->title == "Tagged"; })) << "left, and seen now";
     EXPECT_TRUE(delegate.player->isPlaying());
+    const auto& keeper = delegate.player->listKeeper;
+    ASSERT_TRUE(runUntil([&] { return keeper.isKept(*delegate.player->playlist); }));
+    EXPECT_LT(longest.milliseconds, 16) << "while the changed list is stored";
 
     delegate.clearPlaylist();
     EXPECT_TRUE(runUntil([&] { return !status.isVisible() && table().numberOfRows() == 0; }));

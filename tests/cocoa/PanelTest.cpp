@@ -106,6 +106,14 @@ TEST_F(PanelTest, ASavedNameGetsItsTypeAndReplacesOnlyWhenTold) {
         EXPECT_TRUE(asked);
         EXPECT_EQ(saved, answer == QMessageBox::Yes ? in("Songs v1.2.tuq") : QString());
     }
+
+    cocoa::SavePanel panel;
+    panel.setAllowedFileTypes("Playlist", {"tuq"});
+    panel.setFile("/usr/Songs v1.3.m3u");
+    panel.beginSheetModalForWindow(window, [](const QString&) {});
+    EXPECT_EQ(dialog()->directory().absolutePath(), "/usr") << "not the last folder";
+    EXPECT_EQ(dialog()->findChild<QLineEdit*>("fileNameEdit")->text(), "Songs v1.3.tuq");
+    QTest::keyClick(dialog(), Qt::Key_Escape);
 }
 
 } // namespace

@@ -3,8 +3,46 @@
 #include "core/playlist/TulPlaylistFileTUQ.h"
 #include "tests/support/Media.h"
 
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
+
+/// A disk that fails: reads of this file do, after so many that do not.
+struct FailingRead {
+    std::string path;
+    int after = 0;
+} failingRead;
+
+bool readFails(int fd) {
+    if (failingRead.path.empty()) return false;
+    char path[PATH_MAX + 1] = {};
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    if (::readlink(link.c_str(), path, PATH_MAX) < 0 || failingRead.path != path) return false;
+    return failingRead.after-- <= 0;
+}
+
+} // namespace
+
+/// Stands before the library's.
+extern "C" ssize_t read(int fd, void* bytes, size_t count) {
+    if (!readFails(fd)) return ::syscall(SYS_read, fd, bytes, count);
+    errno = EIO;
+    return -1;
+}
 
 namespace {
 
@@ -12,9 +50,16 @@ std::string inScratch(const std::string& name) {
     return (support::scratch() / name).string();
 }
 
+/// Of what was read last.
+FileStatus status{};
+
+std::unique_ptr<TulPlaylist> readPath(const std::string& path) {
+    return TulPlaylistFileFactory().createPlaylistFile(path)->read(path, status);
+}
+
 std::unique_ptr<TulPlaylist> readText(const std::string& name, const std::string& text) {
     support::writeFile(inScratch(name), text);
-    return TulPlaylistFileFactory().createPlaylistFile(name)->read(inScratch(name));
+    return readPath(inScratch(name));
 }
 
 /// "source|title|artist|album|length" a line, sources without the folder.
@@ -50,7 +95,10 @@ TEST(M3U, ReadsLinesAsTheyAre) {
         {"http://h/x.ogg", "http://h/x.ogg|x|||0\n"}, // needs no file
         {"#EXTINF:1,One\n#EXTINF:2,Two\n#EXTINF:-1,No\nhttp://h/x.ogg", "http://h/x.ogg|Two|||2\n"},
         {"#EXTINF:010,T\na\n#EXTINF:08,T\na", "./a|T|||8\n./a|T|||0\n"},
-        {"#EXTINF:4294967295,T\na\n#EXTINF:99999999999999999999999,T\na", "./a|T|||-1\n./a|T|||-1\n"},
+        {"#EXTINF:4294967295,T\na\n#EXTINF:99999999999999999999999,T\na", "./a|T|||0\n./a|T|||0\n"},
+        {"\xef\xbb\xbf#EXTM3U\na.mp3", "./a.mp3||||0\n"},
+        {std::string(2'000'000, 'x') + "\n#EXTINF:1,T" + std::string(65'500, 'x') + "\na",
+         "./a|T" + std::string(65'500, 'x') + "|||1\n"}, // across blocks; the long line is left out
         {"#EXTINF:5,\na\n#EXTINF:,T\na\n#EXTINF:1.5,T\na\n#EXTINF:5\na\n#EXTINF:",
          "./a||||0\n./a||||0\n./a||||0\n./a||||0\n"},
         {"#EXTINF:5,T\r\na.mp3\r\n", "./a.mp3\r||||0\n"},
@@ -62,8 +110,54 @@ TEST(M3U, ReadsLinesAsTheyAre) {
         EXPECT_EQ(playlist->name, "a.b");
         EXPECT_EQ(summary(*playlist), expected) << text;
     }
-    EXPECT_EQ(readText("long.m3u", "#EXTINF:1," + std::string(5'000'000, 'x') + "\na")->entryCount(), 1);
-    EXPECT_EQ(TulPlaylistFileM3U().read("/nowhere/Party.m3u")->name, "Party");
+}
+
+TEST(M3U, KeepsTheLinesBeforeAnErrorAndOpensNothingWithoutAny) {
+    failingRead = {.path = inScratch("broken.m3u"), .after = 1};
+    std::string text;
+    for (int i = 0; i < 10'000; ++i)
+        text += "/music/" + std::to_string(i) + ".mp3\n";
+    const auto playlist = readText("broken.m3u", text);
+    ASSERT_TRUE(playlist);
+    EXPECT_EQ(status, FileStatus::incomplete);
+    EXPECT_GT(playlist->entryCount(), 1000);
+    for (std::size_t i = 0; i < playlist->entries.size(); ++i)
+        ASSERT_EQ(playlist->entries[i]->source, "/music/" + std::to_string(i) + ".mp3");
+    failingRead.after = 0;
+    EXPECT_FALSE(readPath(failingRead.path));
+    EXPECT_EQ(status, FileStatus::failed);
+
+    const std::pair<std::string, FileStatus> nothing[] = {
+        {"/nowhere/Party.m3u", FileStatus::notFound},
+        {"/nowhere.tuq", FileStatus::notFound},
+        {"/", FileStatus::notAllowed},
+        {"/dev/zero", FileStatus::notAllowed},
+    };
+    for (const auto& [path, expected] : nothing) {
+        EXPECT_FALSE(readPath(path)) << path;
+        EXPECT_EQ(status, expected) << path;
+    }
+}
+
+TEST(PlaylistFileFactory, ReadsOtherTextAsM3U) {
+    const std::string rejected = "rejected";
+    const std::pair<std::string, std::string> cases[] = {
+        {"a.m3u8", "\xef\xbb\xbf#EXTM3U\n#EXTINF:5,\xc3\xa4\na.mp3"},
+        {"a.M3U", "#EXTM3U\n#EXTINF:5,\xc3\xa4\na.mp3"},
+        {"a", "#EXTINF:5,\xc3\xa4\na.mp3\n"},
+        {"picture.m3u8", "\x89PNG\r\n\x1a\n"},
+        {"zeros.m3u8", std::string(100, '\0')},
+        {"list.m3u8", R"({"name":"")"},
+        {"array.m3u8", "\xef\xbb\xbf [1]"},
+        {"empty.m3u8", " \r\n"},
+    };
+    for (const auto& [name, text] : cases) {
+        const auto playlist = readText(name, text);
+        EXPECT_EQ(playlist ? summary(*playlist) : rejected,
+                  text.find("EXTINF") == std::string::npos ? rejected : "./a.mp3|\xc3\xa4|||5\n")
+            << name;
+        EXPECT_EQ(status, playlist ? FileStatus::done : FileStatus::malformed) << name;
+    }
 }
 
 TEST(TUQ, ReadsWhatTheFileSaysAndRejectsWhatBreaksTheRules) {
@@ -78,9 +172,18 @@ TEST(TUQ, ReadsWhatTheFileSaysAndRejectsWhatBreaksTheRules) {
          "./a.mp3||||0\n"},
         {R"({"name":"","artist":"R","album":"S","entries":[
              {"source":"a","title":"T","length":215.9},
-             {"source":"/b.c","artist":"","album":"B","length":-3},
+             {"source":"/b.c","artist":"","album":"B","length":-3,"x":{"source":[{"entries":0}]}},
              {"source":"h://x","smart":null}, {"smart":false}]})",
-         "./a|T|R|S|215\n/b.c|||B|-3\n"},
+         "./a|T|R|S|215\n/b.c|||B|0\n"},
+        {R"({"entries":[{"source":"a","artist":""},{"source":"b"}],"entries":7,"artist":"R","album":"S","name":""})",
+         "./a|||S|0\n./b||R|S|0\n"}, // the root's members come last
+        {R"({"name":"","entries":[{"source":"a","length":NaN},{"source":"a","length":1e999},)"
+         R"({"source":"a","length":-Infinity},{"source":"a","length":1e12},{"source":"a","length":12e-1}]})",
+         "./a||||0\n./a||||0\n./a||||0\n./a||||0\n./a||||1\n"},
+        {R"({"name":"","entries":[{"source":"a\ud800b\udc00c\ud83d\ude00\ud800\ud83d\ude00\ud800\n\\ud800"}]})",
+         "./a\xef\xbf\xbd"
+         "b\xef\xbf\xbd"
+         "c\xf0\x9f\x98\x80\xef\xbf\xbd\xf0\x9f\x98\x80\xef\xbf\xbd\n\\ud800||||0\n"},
         {R"({"name":"","name":7,"entries":[{"source":"\u00e4\u0000x","source":1}],"other":{}})",
          "./ä||||0\n"},
         {R"({"name":"","entries":[],"x":)" + std::string(900, '[') + std::string(900, ']') + "}", ""},
@@ -97,9 +200,12 @@ TEST(TUQ, ReadsWhatTheFileSaysAndRejectsWhatBreaksTheRules) {
         {R"({"name":"","entries":[{"title":"T"}]})", rejected},
         {R"({"name":"","entries":[{"source":"a","title":null}]})", rejected},
         {R"({"name":"","entries":[{"source":"a","length":"1"}]})", rejected},
-        {R"({"name":"","entries":[{"source":"a","length":NaN}]})", rejected},
-        {R"({"name":"","entries":[{"source":"a","length":1e999}]})", rejected},
-        {R"({"name":"","entries":[{"source":"a"}],"artist":1})", rejected},
+        {R"({"name":"","entries":[{"source":"a","length":1e}]})", rejected},
+        {R"({"name":"","entries":[{"source":"\ud8"}]})", rejected},
+        {R"({"name":"","entries":[7]})", rejected},
+        {std::string(R"({"name":"","entries":[]})") + '\0' + "x", rejected},
+        {R"({"name":"","entries":[],"artist":1})", rejected},
+        {R"({"name":"","entries":[],"album":{}})", rejected},
         {R"({"name":"","entries":[],"start":0.5})", rejected},
         {R"({"name":"","entries":[],"start":3000000000})", rejected},
         {R"({"name":"","entries":[],"x":)" + nested + std::string(1'000'000, ']') + "}", rejected},
@@ -109,8 +215,6 @@ TEST(TUQ, ReadsWhatTheFileSaysAndRejectsWhatBreaksTheRules) {
         const auto playlist = readText("t.tuq", text);
         EXPECT_EQ(playlist ? summary(*playlist) : rejected, expected) << text.substr(0, 200);
     }
-    EXPECT_EQ(TulPlaylistFileTUQ().read("/nowhere.tuq"), nullptr);
-    EXPECT_EQ(TulPlaylistFileTUQ().read("/"), nullptr);
 }
 
 TEST(TUQ, StartSelectsAnEntryWithinTheList) {
@@ -138,18 +242,68 @@ TEST(TUQ, WritesTheSameTextAgain) {
     const std::string item =
         "{\"source\":\"/\xff\",\"title\":\"x\",\"artist\":\"x\",\"album\":\"x\",\"length\":";
     const std::string expected = "{\"name\":\"N\\\"\\\\\\u0001\\u001F\\n/\xe4\xc3\xa4\",\"entries\":[" +
-                                 item + "215}," + item + "2147483647}," + item + "-2147483648}," + item +
-                                 "0}]}";
-    TulPlaylistFileTUQ().write(playlist, inScratch("w.tuq"));
+                                 item + "215}," + item + "0}," + item + "0}," + item + "0}]}";
+    EXPECT_EQ(TulPlaylistFileTUQ().write(playlist, inScratch("w.tuq")), FileStatus::done);
     EXPECT_EQ(support::readFile(inScratch("w.tuq")), expected);
 
-    const auto again = TulPlaylistFileTUQ().read(inScratch("w.tuq"));
+    const auto again = readPath(inScratch("w.tuq"));
     ASSERT_TRUE(again);
     TulPlaylistFileTUQ().write(*again, inScratch("w2.tuq"));
     EXPECT_EQ(support::readFile(inScratch("w2.tuq")), expected);
 
     TulPlaylistFileM3U().write(playlist, inScratch("w.m3u"));
     EXPECT_FALSE(std::filesystem::exists(inScratch("w.m3u")));
+}
+
+/// A large file (TUL_HOSTILE_MEGABYTES), made of `part` between `head` and `tail`.
+std::string writeLarge(const std::string& name, const std::string& head, const std::string& part,
+                       const std::string& tail) {
+    std::string text = head;
+    const char* megabytes = std::getenv("TUL_HOSTILE_MEGABYTES");
+    const std::size_t size = static_cast<std::size_t>(megabytes ? std::atoi(megabytes) : 20) << 20;
+    text.reserve(size + part.size());
+    while (text.size() < size)
+        text += part;
+    text += tail;
+    support::writeFile(inScratch(name), text);
+    return inScratch(name);
+}
+
+struct Hostile {
+    std::string name, head, part, tail;
+    FileStatus expected;
+};
+
+TEST(PlaylistFiles, TakeLittleMemoryWhateverTheyHold) {
+    const std::string list = R"({"name":"","entries":[)";
+    const Hostile cases[] = {
+        {"entries.tuq", list, R"({"source":""},)", R"({"source":""}]})", FileStatus::cut},
+        {"texts.tuq", list, R"({"source":")" + std::string(5000, 'x') + R"("},)", R"({"source":""}]})",
+         FileStatus::done},
+        {"string.tuq", R"({"name":")", std::string(1000, 'x'), R"(","entries":[]})", FileStatus::malformed},
+        {"number.tuq", R"({"name":"","entries":[],"x":)", std::string(1000, '1'), "}", FileStatus::malformed},
+        {"members.tuq", list + "{", R"("x":"y",)", R"("source":""}]})", FileStatus::done},
+        {"values.tuq", R"({"name":"","entries":[],"x":[)", "[],[{}],", "1]}", FileStatus::done},
+        {"lines.m3u", "", "\n", "", FileStatus::cut},
+        {"line.m3u", "", std::string(1000, 'x'), "", FileStatus::cut},
+        {"titles.m3u", "", "#EXTINF:1," + std::string(3000, 'x') + "\na\n", "", FileStatus::done},
+    };
+    for (const Hostile& each : cases) {
+        const std::string path = writeLarge(each.name, each.head, each.part, each.tail);
+        const pid_t child = fork();
+        if (child == 0) {
+            const auto playlist = readPath(path);
+            const bool hasList = status == FileStatus::done || status == FileStatus::cut;
+            _exit(status == each.expected && (playlist != nullptr) == hasList ? 0 : 1);
+        }
+        int ended = 0;
+        struct rusage used {};
+        ASSERT_EQ(wait4(child, &ended, 0, &used), child);
+        EXPECT_EQ(ended, 0) << each.name;
+        // The sanitizers keep what was freed.
+        EXPECT_TRUE(isSanitized || used.ru_maxrss < 256 * 1024) << each.name << " " << used.ru_maxrss;
+        std::filesystem::remove(path);
+    }
 }
 
 } // namespace

@@ -55,7 +55,7 @@ protected:
     explicit TagReaderTest(const Workers::Settings& settings = {}) : workers(settings) {
         workers.setWake([] {});
         reader.emplace(workers, [this](const auto& /*entry*/, auto at) { changed.push_back(at); });
-        reader->follow(list);
+        reader->follow(list, list.unreadCount());
     }
     void append(std::vector<std::unique_ptr<TulPlaylistEntry>> rows) {
         const auto first = static_cast<std::int32_t>(list.entryCount());
@@ -205,7 +205,7 @@ TEST_F(TagReaderOrderTest, ResultsForAListThatIsGoneAreDropped) {
     TulPlaylist other;
     other.appendEntry(row(sources()[1]));
     list.entries.clear();
-    reader->follow(other);
+    reader->follow(other, other.unreadCount());
     reader->readOn();
     open();
     ASSERT_TRUE(readsAll());

@@ -73,8 +73,9 @@ std::vector<double> heardFrames(const std::vector<std::int16_t>& stereo, std::si
 } // namespace
 
 Desk::Desk() {
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CURRENT_DESKTOP",
-                             "WAYLAND_DISPLAY", "QT_SCALE_FACTOR", "QT_QPA_PLATFORMTHEME", "TUL_AUDIO"})
+    for (const char* name :
+         {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_CURRENT_DESKTOP",
+          "WAYLAND_DISPLAY", "QT_SCALE_FACTOR", "QT_QPA_PLATFORMTHEME", "TUL_AUDIO"})
         unsetenv(name);
     QDir().mkpath(home() + "/Documents");
     const QString address = "unix:path=" + home() + "/bus";

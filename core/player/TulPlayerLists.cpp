@@ -1,0 +1,262 @@
+// What the player does with playlists: opening and saving them, the user's edits, and the internal playlists.
+
+#include "core/player/TulPlayer.h"
+
+#include "core/files/overwriteFile.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+void TulPlayer::setStorePath(const std::string& path) {
+    internalPlaylistManager->storePath = path;
+}
+
+void TulPlayer::setStateFolder(const std::string& path) {
+    listKeeper.setFolder(path + "/lists");
+}
+
+void TulPlayer::loadInternalPlaylists() {
+    runOnStore(&TulInternalPlaylistManager::load);
+}
+
+void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
+    const std::size_t unread = newPlaylist->unreadCount();
+    setPlaylist(std::move(newPlaylist), unread);
+}
+
+void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
+    replacePlaylist(std::move(newPlaylist), unread);
+    playlist->entryCount() > 0 ? startCurrentEntry() : prepareNext();
+    tagReader.readOn();
+}
+
+void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
+    playlist.swap(newPlaylist);
+    tagReader.follow(*playlist, unread);
+    listKeeper.leave(std::move(newPlaylist));
+}
+
+/// To destroy a long one takes a while.
+void TulPlayer::discard(std::unique_ptr<TulPlaylist> list) {
+    workers.run(Workers::Lane::bulk, [old = std::shared_ptr<TulPlaylist>(std::move(list))](const auto&) {});
+}
+
+void TulPlayer::beginOpening(Opened opened) {
+    endOpening(Opening::givenUp);
+    m_opened = std::move(opened);
+}
+
+void TulPlayer::endOpening(Opening outcome) {
+    ++m_opening;
+    if (const Opened opened = std::exchange(m_opened, {})) opened(outcome);
+}
+
+void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
+    beginOpening(std::move(opened));
+    if (path == playlist->path && playlist->isChanged()) {
+        if (playlist->entryCount() > 0) startCurrentEntry(); // the shown list is the one with its changes
+        return endOpening(Opening::done);
+    }
+    listKeeper.restoreFile(
+        path, [this, path, opening = m_opening](std::unique_ptr<TulPlaylist> list, std::size_t unread) {
+            if (opening != m_opening) return discard(std::move(list));
+            if (list) return showOpened(std::move(list), unread);
+            readPlaylist(path, [this](std::unique_ptr<TulPlaylist> read, std::size_t rest) {
+                showOpened(std::move(read), rest);
+            });
+        });
+}
+
+void TulPlayer::openUnsaved(const std::string& id, Opened opened) {
+    beginOpening(std::move(opened));
+    if (listKeeper.isSetAsideAs(id, *playlist)) return endOpening(Opening::givenUp);
+    listKeeper.restore(id,
+                       [this, opening = m_opening](std::unique_ptr<TulPlaylist> list, std::size_t unread) {
+                           if (opening != m_opening) return discard(std::move(list));
+                           list ? showOpened(std::move(list), unread) : endOpening(Opening::rejected);
+                       });
+}
+
+void TulPlayer::readPlaylist(const std::string& path, Show show) {
+    const auto read =
+        [this, path, show = std::move(show), opening = m_opening,
+         file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path))](const Workers::Reply& reply) {
+            completeSaves();
+            FileStatus status{};
+            const auto result = std::make_shared<std::unique_ptr<TulPlaylist>>(file->read(path, status));
+            const std::size_t unread = *result ? (*result)->unreadCount() : 0;
+            reply.post([this, path, show, opening, result, status, unread] {
+                if (opening != m_opening) return discard(std::move(*result));
+                report(path, status);
+                if (!*result) return endOpening(Opening::rejected);
+                (*result)->markSaved(path, (*result)->edits());
+                show(std::move(*result), unread);
+            });
+        };
+    workers.run(Workers::Lane::own, read);
+}
+
+void TulPlayer::showOpened(std::unique_ptr<TulPlaylist> list, std::size_t unread) {
+    const std::string path = list->path;
+    const auto& stored = internalPlaylistManager->playlists;
+    const auto known = std::ranges::find(stored, path, &std::pair<std::string, std::string>::first);
+    if (known != stored.end()) list->name = known->second;
+    setPlaylist(std::move(list), unread);
+    if (!path.empty()) {
+        internalPlaylistManager->addPlaylist(playlist->name, path);
+        runOnStore(&TulInternalPlaylistManager::save);
+    }
+    endOpening(Opening::done);
+}
+
+void TulPlayer::selectInternalPlaylist(std::int32_t index, Opened opened) {
+    if (index < 0 || index >= internalPlaylistManager->count()) {
+        if (opened) opened(Opening::givenUp);
+        return;
+    }
+    const std::string path = internalPlaylistManager->playlistAt(index).first;
+    if (path == playlist->path) {
+        if (opened) opened(Opening::givenUp);
+        return;
+    }
+    openPlaylist(path, [this, index, opened = std::move(opened)](Opening outcome) {
+        if (outcome == Opening::done) internalPlaylistManager->currentIndex = index;
+        if (opened) opened(outcome);
+    });
+}
+
+void TulPlayer::revertPlaylist(Opened opened) {
+    beginOpening(std::move(opened));
+    if (playlist->path.empty() || !playlist->isChanged()) return endOpening(Opening::givenUp);
+    readPlaylist(playlist->path, [this](std::unique_ptr<TulPlaylist> list, std::size_t unread) {
+        showReverted(std::move(list), unread);
+    });
+}
+
+/// The entry of the same source stays the current one.
+void TulPlayer::showReverted(std::unique_ptr<TulPlaylist> list, std::size_t unread) {
+    list->name = playlist->name;
+    if (playlist->entryCount() > 0) {
+        const TulPlaylistEntry& current = *playlist->currentEntry();
+        const auto same = std::ranges::find(list->entries, current.source, &TulPlaylistEntry::source);
+        if (same != list->entries.end() && current.active)
+            list->selectEntry(static_cast<std::int32_t>(same - list->entries.begin()));
+    }
+    listKeeper.discard(playlist->id, playlist->path);
+    playlist->markSaved(playlist->path, playlist->edits());
+    replacePlaylist(std::move(list), unread);
+    prepareNext();
+    tagReader.readOn();
+    endOpening(Opening::done);
+}
+
+void TulPlayer::savePlaylist(const std::string& path) {
+    const std::shared_ptr<TulPlaylist> copy = playlist->copyToSave();
+    copy->path = path;
+    if (copy->name.empty()) copy->name = std::filesystem::path(path).stem().string();
+    const auto save = [this, copy, list = playlist->id, edits = playlist->edits(),
+                       file = std::shared_ptr(playlistFileFactory->createPlaylistFile(path)),
+                       store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager),
+                       removal = listKeeper.removal(playlist->id, path)](const Workers::Reply& reply) {
+        const FileStatus written = file->write(*copy, copy->path);
+        const bool isThere = written == FileStatus::done || written == FileStatus::postponed;
+        FileStatus remembered = FileStatus::done;
+        if (isThere) {
+            removal();
+            store->addPlaylist(copy->name, copy->path);
+            store->renamePlaylist(copy->path, copy->name);
+            remembered = store->save();
+        }
+        reply.post([=, this] {
+            report(copy->path, written);
+            if (!isThere) return;
+            noteSaved(*copy, list, edits);
+            takeStored(*store, remembered);
+        });
+    };
+    workers.run(Workers::Lane::saving, save);
+}
+
+/// The list may have been changed, renamed or left meanwhile.
+void TulPlayer::noteSaved(const TulPlaylist& copy, std::uint64_t list, std::uint64_t edits) {
+    listKeeper.noteSaved(list, edits, copy.path);
+    const std::int32_t before = internalPlaylistManager->currentIndex;
+    internalPlaylistManager->addPlaylist(copy.name, copy.path);
+    internalPlaylistManager->renamePlaylist(copy.path, copy.name);
+    if (list != playlist->id) {
+        internalPlaylistManager->currentIndex = before;
+        return;
+    }
+    playlist->markSaved(copy.path, edits);
+    if (playlist->name.empty()) playlist->name = copy.name;
+    if (playlist->name != copy.name) registerPlaylist(playlist->name, copy.path);
+    noteEdited();
+}
+
+void TulPlayer::finishSaving() {
+    listKeeper.keep(*playlist, std::chrono::hours(1)); // all of it
+    workers.finishSaving();
+}
+
+void TulPlayer::registerPlaylist(const std::string& name, const std::string& path) {
+    internalPlaylistManager->addPlaylist(name, path);
+    internalPlaylistManager->renamePlaylist(path, name);
+    runOnStore(&TulInternalPlaylistManager::save);
+}
+
+/// What a killed program has left unfinished may be the store. In the lane for saving, so that what comes
+/// back is never older than what came before.
+void TulPlayer::runOnStore(FileStatus (TulInternalPlaylistManager::*operation)()) {
+    const auto run = [this, operation,
+                      store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager)](
+                         const Workers::Reply& reply) {
+        completeSaves();
+        const FileStatus status = (*store.*operation)();
+        reply.post([this, store, status] { takeStored(*store, status); });
+    };
+    workers.run(Workers::Lane::saving, run);
+}
+
+void TulPlayer::takeStored(const TulInternalPlaylistManager& copy, FileStatus status) {
+    if (status == FileStatus::done || status == FileStatus::cut) internalPlaylistManager->takeStored(copy);
+    report(internalPlaylistManager->storePath, status);
+}
+
+void TulPlayer::report(const std::string& path, FileStatus status) const {
+    if (status != FileStatus::done && reportFile) reportFile(path, status);
+}
+
+void TulPlayer::appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries) {
+    if (entries.empty()) return;
+    const auto first = static_cast<std::int32_t>(playlist->entryCount());
+    for (auto& entry : entries)
+        playlist->appendEntry(std::move(entry));
+    tagReader.rowsAppended(first);
+    noteEdited();
+}
+
+void TulPlayer::moveEntry(std::int32_t from, std::int32_t to) {
+    playlist->moveEntries(from, to);
+    prepareNext();
+    noteEdited();
+}
+
+void TulPlayer::renamePlaylist(const std::string& name) {
+    const bool hasFile = !playlist->path.empty();
+    if (name == playlist->name || (hasFile && name.empty())) return;
+    playlist->name = name;
+    if (hasFile) return registerPlaylist(name, playlist->path);
+    playlist->markChanged();
+    noteEdited();
+}
+
+void TulPlayer::clearPlaylist() {
+    endOpening(Opening::givenUp);
+    replacePlaylist(std::make_unique<TulPlaylist>(), 0);
+    prepareNext();
+}
+
+void TulPlayer::noteEdited() {
+    if (playlistEdited) playlistEdited();
+}
