@@ -3,6 +3,7 @@
 #include "app/FenAppDelegate.h"
 
 #include "app/DisplayText.h"
+#include "app/FenPlaylistController.h"
 #include "app/FileDrop.h"
 #include "app/PageDots.h"
 #include "app/Skin.h"
@@ -120,6 +121,15 @@ void FenAppDelegate::makeMenu() {
     command(QStringLiteral("Open Playlist…"), Qt::CTRL | Qt::Key_L, [this] { openPlaylist(); });
     command(QStringLiteral("Save Playlist…"), QKeySequence::Save, [this] { savePlaylist(); });
     command(QStringLiteral("Clear Playlist"), QKeySequence::New, [this] { clearPlaylist(); });
+    m_menu->addSeparator();
+    command(QStringLiteral("Find…"), QKeySequence::Find, [this] {
+        pageController->turnToPage(0);
+        playlistController->openSearch();
+    });
+    command(QStringLiteral("Go to Playing Track"), Qt::CTRL | Qt::Key_J, [this] {
+        pageController->turnToPage(0);
+        playlistController->showCurrentRow();
+    });
     m_menu->addSeparator();
     command(QStringLiteral("Play or Pause"), Qt::Key_Space, [this] { playerController->playPause(); });
     command(QStringLiteral("Next"), Qt::CTRL | Qt::Key_Right, [this] { playerController->next(); });
