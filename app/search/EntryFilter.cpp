@@ -4,11 +4,18 @@
 #include "core/playlist/resolveEntrySource.h"
 
 #include <algorithm>
+#include <chrono>
 #include <unordered_map>
 #include <utility>
 
 namespace app {
 namespace {
+
+using namespace std::chrono_literals;
+
+/// The event loop waits so long.
+constexpr auto step = 8ms;
+constexpr std::size_t rowsBetweenClocks = 64;
 
 /// No word reaches over it.
 constexpr char separator = '\n';
@@ -47,11 +54,22 @@ void EntryFilter::setWords(std::vector<std::string> words) {
         row.matches = (row.matches || !narrows) && holdsWords(row.text);
 }
 
+bool EntryFilter::lookOn(const TulPlaylist& list) {
+    if (!isActive()) return false;
+    follow(list);
+    m_rows.reserve(list.entries.size());
+    const auto until = std::chrono::steady_clock::now() + step;
+    while (m_rows.size() < list.entries.size()) {
+        m_rows.push_back(made(*list.entries[m_rows.size()]));
+        const bool asksClock = m_rows.size() % rowsBetweenClocks == 0;
+        if (asksClock && std::chrono::steady_clock::now() > until) break;
+    }
+    return m_rows.size() < list.entries.size();
+}
+
 bool EntryFilter::matches(const TulPlaylist& list, std::int32_t row) {
     if (!isActive()) return true;
-    const auto index = static_cast<std::size_t>(row);
-    followRow(list, index);
-    return m_rows[index].matches;
+    return followRow(list, row) && m_rows[static_cast<std::size_t>(row)].matches;
 }
 
 std::size_t EntryFilter::count(const TulPlaylist& list) {
@@ -61,9 +79,8 @@ std::size_t EntryFilter::count(const TulPlaylist& list) {
 }
 
 bool EntryFilter::updateRow(const TulPlaylist& list, std::int32_t row) {
-    if (!isActive()) return false;
+    if (!isActive() || !followRow(list, row)) return false;
     const auto index = static_cast<std::size_t>(row);
-    followRow(list, index);
     const bool matched = m_rows[index].matches;
     m_rows[index] = made(*list.entries[index]);
     return m_rows[index].matches != matched;
@@ -80,27 +97,30 @@ bool EntryFilter::holdsWords(const std::string& text) const {
                                [&](const std::string& word) { return text.find(word) != std::string::npos; });
 }
 
-void EntryFilter::follow(const TulPlaylist& list) {
-    const auto& entries = list.entries;
-    const auto differing = std::ranges::mismatch(
-        m_rows, entries, [](const Row& row, const auto& entry) { return row.id == entry->id; });
-    if (differing.in1 == m_rows.end() && differing.in2 == entries.end()) return;
-    rebuild(list, static_cast<std::size_t>(differing.in1 - m_rows.begin()));
+/// Answers whether the row has been looked through.
+bool EntryFilter::followRow(const TulPlaylist& list, std::int32_t row) {
+    const auto index = static_cast<std::size_t>(row);
+    const bool isAsBefore = m_rows.size() <= list.entries.size() &&
+                            (!hasSeen(row) || m_rows[index].id == list.entries[index]->id);
+    if (!isAsBefore) follow(list);
+    return hasSeen(row);
 }
 
-void EntryFilter::followRow(const TulPlaylist& list, std::size_t row) {
-    const bool isKnown = m_rows.size() == list.entries.size() && m_rows[row].id == list.entries[row]->id;
-    if (!isKnown) follow(list);
+void EntryFilter::follow(const TulPlaylist& list) {
+    const auto differing = std::ranges::mismatch(
+        m_rows, list.entries, [](const Row& row, const auto& entry) { return row.id == entry->id; });
+    if (differing.in1 == m_rows.end()) return;
+    rebuild(list, static_cast<std::size_t>(differing.in1 - m_rows.begin()));
 }
 
 /// Those before `first` are as they were. The others may have moved.
 void EntryFilter::rebuild(const TulPlaylist& list, std::size_t first) {
+    const std::size_t end = std::min(m_rows.size(), list.entries.size());
     std::unordered_map<std::uint64_t, Row> former;
     for (auto row = first; row < m_rows.size(); ++row)
         former.emplace(m_rows[row].id, std::move(m_rows[row]));
     m_rows.erase(m_rows.begin() + static_cast<std::ptrdiff_t>(first), m_rows.end());
-    m_rows.reserve(list.entries.size());
-    for (auto row = first; row < list.entries.size(); ++row) {
+    for (auto row = first; row < end; ++row) {
         const TulPlaylistEntry& entry = *list.entries[row];
         const auto known = former.find(entry.id);
         m_rows.push_back(known == former.end() ? made(entry) : std::move(known->second));

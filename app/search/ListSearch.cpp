@@ -31,6 +31,8 @@ ListSearch::ListSearch(SearchField& field, cocoa::TableView& table, std::functio
     m_table.installEventFilter(this);
     m_field.line().installEventFilter(this);
     connect(&m_field.line(), &QLineEdit::textChanged, this, [this] { search(); });
+    m_lookingOn.setSingleShot(true);
+    m_lookingOn.callOnTimeout([this] { lookOn(); });
     m_changes.setSingleShot(true);
     m_changes.setInterval(changesEvery);
     m_changes.callOnTimeout([this] { showChangedRows(); });
@@ -63,7 +65,9 @@ void ListSearch::close() {
 }
 
 bool ListSearch::hides(std::int32_t row) {
-    return !m_filter.matches(m_list(), row);
+    const bool matches = m_filter.matches(m_list(), row);
+    if (!m_filter.hasSeen(row) && !m_lookingOn.isActive()) m_lookingOn.start();
+    return !matches;
 }
 
 std::vector<TextRange> ListSearch::rangesIn(const QString& text) const {
@@ -111,8 +115,10 @@ bool ListSearch::takeFieldKey(QKeyEvent& key) {
 }
 
 void ListSearch::search() {
+    m_lookingOn.stop();
     m_changes.stop();
     m_filter.setWords(foldedWords(m_field.line().text()));
+    m_filter.lookOn(m_list());
     m_table.reloadData();
     if (m_filter.isActive())
         selectFirst();
@@ -121,12 +127,20 @@ void ListSearch::search() {
     showResult();
 }
 
+void ListSearch::lookOn() {
+    const bool isMore = m_filter.lookOn(m_list());
+    if (!isMore) return showChangedRows();
+    m_lookingOn.start();
+    if (!m_changes.isActive()) m_changes.start();
+}
+
 void ListSearch::rowChanged(std::int32_t row) {
     if (m_filter.updateRow(m_list(), row) && !m_changes.isActive()) m_changes.start();
 }
 
 /// The selected row stays where it is, whatever comes and goes above it.
 void ListSearch::showChangedRows() {
+    m_changes.stop();
     const bool showedNone = m_table.rowAfter(-1) == m_table.numberOfRows();
     const int row = m_table.currentRow();
     const double top = m_table.rectOfRow(row).top();

@@ -52,6 +52,7 @@ private:
     bool takeTableKey(QKeyEvent& key);
     bool takeFieldKey(QKeyEvent& key);
     void search();
+    void lookOn();
     void showChangedRows();
     void selectFirst();
     void selectEntry(std::uint64_t id);
@@ -63,7 +64,8 @@ private:
     std::function<void()> m_layOut;
     EntryFilter m_filter;
     std::uint64_t m_entryBefore = 0; ///< The id of the current row's when the field came; 0 for none.
-    QTimer m_changes;                ///< Rows that are read together are shown together.
+    QTimer m_lookingOn;              ///< While rows have not been looked through.
+    QTimer m_changes;                ///< Rows that are found together are shown together.
 };
 
 } // namespace app

@@ -181,7 +181,8 @@ TEST_F(WindowTest, TypingInTheListFindsRowsAndArrowsAndEnterPlayThem) {
 
 TEST_F(WindowTest, TheListFollowsWhatPlaysOnlyWhileThatIsInView) {
     constexpr int rows = 40;
-    std::string lines = R"({"name": "Long", "start": 25, "entries": [{"source": "/nowhere.flac"})";
+    std::string lines =
+        R"({"name": "Long", "start": 25, "entries": [{"source": "/nowhere.flac", "artist": "Me"})";
     const std::string track = makeTrack("Long", 500, 20);
     for (int row = 1; row < rows; ++row)
         lines += R"(,{"source": ")" + track + "\"}";
@@ -193,6 +194,7 @@ TEST_F(WindowTest, TheListFollowsWhatPlaysOnlyWhileThatIsInView) {
     };
     ASSERT_TRUE(runUntil([&] { return table().numberOfRows() == rows; }));
     EXPECT_TRUE(inView(25)) << "the current row of a list that is opened";
+    EXPECT_EQ(static_cast<PlaylistEntryCell&>(table().preparedCell(0)).info2(), "Me");
     const auto turnTo = [&](int row) {
         delegate.player->playlist->selectEntry(row);
         delegate.player->startCurrentEntry();
@@ -388,6 +390,11 @@ TEST_F(WindowTest, AListOf100000RowsIsThereAtOnceAndReadWhileTheWindowGoesOn) {
     delegate.player->playlist->moveEntries(rows - 100, rows);
     ASSERT_TRUE(runUntil([&] { return list.entryAt(rows)->title == "Tagged"; })) << "left, and seen now";
     EXPECT_TRUE(delegate.player->isPlaying());
+    auto& field = *delegate.playlistController->searchField;
+    QTest::keyClick(&table(), Qt::Key_F);
+    QTest::keyClicks(&field.line(), "ter");
+    EXPECT_TRUE(runUntil([&] { return field.result() == "1 of 100,001"; })) << "the last but one";
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{rows - 1});
 
     delegate.clearPlaylist();
     EXPECT_TRUE(runUntil([&] { return !status.isVisible() && table().numberOfRows() == 0; }));
