@@ -3,6 +3,7 @@
 #include "app/FenAppDelegate.h"
 
 #include "app/DisplayText.h"
+#include "app/FenPlaylistController.h"
 #include "app/FileDrop.h"
 #include "app/PageDots.h"
 #include "app/Skin.h"
@@ -123,6 +124,15 @@ void FenAppDelegate::makeMenu() {
     command(QStringLiteral("Save Playlist…"), QKeySequence::Save, [this] { savePlaylist(); });
     m_revert = command(QStringLiteral("Revert to Saved"), {}, [this] { revertPlaylist(); });
     command(QStringLiteral("Clear Playlist"), QKeySequence::New, [this] { clearPlaylist(); });
+    m_menu->addSeparator();
+    command(QStringLiteral("Find…"), QKeySequence::Find, [this] {
+        pageController->turnToPage(0);
+        playlistController->openSearch();
+    });
+    command(QStringLiteral("Go to Playing Track"), Qt::CTRL | Qt::Key_J, [this] {
+        pageController->turnToPage(0);
+        playlistController->showCurrentRow();
+    });
     m_menu->addSeparator();
     command(QStringLiteral("Play or Pause"), Qt::Key_Space, [this] { playerController->playPause(); });
     command(QStringLiteral("Next"), Qt::CTRL | Qt::Key_Right, [this] { playerController->next(); });

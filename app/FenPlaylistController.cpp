@@ -5,6 +5,7 @@
 #include "app/Skin.h"
 #include "app/SourceQueue.h"
 #include "app/StatusLine.h"
+#include "app/search/ListSearch.h"
 #include "controls/InternalPlaylistComboBoxCell.h"
 #include "controls/PlaylistEntryCell.h"
 #include "core/player/TulPlayer.h"
@@ -38,11 +39,16 @@ QColor rowColour(bool selected) {
 
 } // namespace
 
+FenPlaylistController::FenPlaylistController() = default;
+
+FenPlaylistController::~FenPlaylistController() = default;
+
 void FenPlaylistController::initialize() {
     lastPlaylistEntry = -1;
     if (playlistView) setUpTable();
     player->rowChanged = [this](std::int32_t row) {
         if (playlistView) playlistView->viewport()->update(playlistView->rectOfRow(row).toAlignedRect());
+        if (m_search) m_search->rowChanged(row);
     };
     player->loadInternalPlaylists();
     player->listKeeper.changed = [this] { updateSelector(); };
@@ -59,12 +65,14 @@ void FenPlaylistController::loadView(QWidget& view) {
     playlistView = layout.playlistView;
     playlistSelector = layout.playlistSelector;
     statusLine = layout.statusLine;
+    searchField = layout.searchField;
     view.setFocusProxy(playlistView);
     QPalette rows = playlistView->palette();
     rows.setColor(QPalette::Base, rowColour(false));
     playlistView->setPalette(rows);
     playlistView->setDataCell(std::make_unique<PlaylistEntryCell>());
     setUpTable();
+    setUpSearch();
     app::dressInSkin(*playlistView);
     app::dressInSkin(*playlistSelector);
     app::dressInSkin(*statusLine);
@@ -96,7 +104,14 @@ void FenPlaylistController::reInitializeDragAndDrop() {
 
 void FenPlaylistController::reloadPlaylistData() {
     if (!player->playlist || !playlistView) return;
+    const bool isAnother = std::exchange(m_shownList, player->playlist->id) != player->playlist->id;
+    if (isAnother) m_search->close();
     playlistView->reloadData();
+    m_search->listChanged();
+    if (isAnother) {
+        playlistView->selectRowIndexes({});
+        playlistView->scrollRowToVisible(player->playlist->currentIndex);
+    }
     updateSelector();
 }
 
@@ -105,11 +120,16 @@ void FenPlaylistController::updatePlaylistViewSlow() {
     const TulPlaybackState state = player->playbackState();
     if (playlistView && std::exchange(m_shownState, state) != state) playlistView->viewport()->update();
     if (!player->stream) return;
-    const std::int32_t current = player->playlist->currentIndex;
-    if (current == lastPlaylistEntry) return;
+    const TulPlaylist& list = *player->playlist;
+    const std::int32_t current = list.currentIndex;
+    const std::uint64_t entry = list.entryCount() == 0 ? 0 : list.currentEntry()->id;
+    if (current == lastPlaylistEntry && entry == m_lastEntry) return;
+    // Who has scrolled away from what plays looks at something else; a row that was moved is the same still.
+    const bool follows = m_lastEntry == 0 || (entry != m_lastEntry && isInView(m_lastEntry));
     reloadPlaylistData();
-    if (playlistView) playlistView->scrollRowToVisible(current);
+    if (playlistView && follows) playlistView->scrollRowToVisible(current);
     lastPlaylistEntry = current;
+    m_lastEntry = entry;
 }
 
 void FenPlaylistController::updateStatusLine() {
@@ -138,11 +158,9 @@ void FenPlaylistController::updateStatusLine() {
     showsStatus(true);
 }
 
-/// The table makes room for it.
 void FenPlaylistController::showsStatus(bool shows) {
     statusLine->setVisible(shows);
-    const QRect line = statusLine->geometry();
-    playlistView->resize(playlistView->width(), shows ? line.top() : line.bottom() + 1);
+    layOutTable();
 }
 
 QString FenPlaylistController::outcomeText() const {
@@ -171,7 +189,8 @@ void FenPlaylistController::willDisplayCell(cocoa::TextFieldCell& cell, int row)
     entryCell.setInfo1(app::displayText(entry.shownTitle()));
     const QString failure = failureOf(row);
     entryCell.setFailed(!failure.isEmpty());
-    entryCell.setInfo2(failure.isEmpty() ? app::displayText(entry.artistAlbum) : failure);
+    entryCell.setInfo2(failure.isEmpty() ? app::displayText(entry.shownArtistAlbum()) : failure);
+    markFound(entryCell);
     entryCell.setLengthInfo(failure.isEmpty() && isLengthKnown ? app::timeText(entry.length) : QString());
     entryCell.setActive(entry.active);
     entryCell.setPlayIcon(cocoa::Image::named(QStringLiteral("playlist_play_icon")));
@@ -179,12 +198,8 @@ void FenPlaylistController::willDisplayCell(cocoa::TextFieldCell& cell, int row)
     playlistView->noteHeightOfRowsWithIndexesChanged({row});
 }
 
-double FenPlaylistController::heightOfRow(int /*row*/) {
-    return rowHeight;
-}
-
-QString FenPlaylistController::toolTipForCell(int row) {
-    return failureOf(row);
+double FenPlaylistController::heightOfRow(int row) {
+    return m_search && m_search->hides(row) ? 0 : rowHeight;
 }
 
 /// Empty for an entry that is not known to fail.
@@ -215,7 +230,7 @@ bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int 
     const auto source = pasteboard.stringForType(draggedType);
     if (source) player->moveEntry(source->toInt(), row);
     // The list's order has changed under the table; the moved entry stays the one that is marked.
+    playlistView->reloadData();
     playlistView->selectRowIndexes({std::min(row, numberOfRowsInTableView() - 1)});
-    playlistView->viewport()->update();
     return true;
 }

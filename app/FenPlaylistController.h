@@ -10,11 +10,15 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+class PlaylistEntryCell;
 enum class TulPlaybackState;
 
 namespace app {
+class ListSearch;
+class SearchField;
 class SourceQueue;
 class StatusLine;
 } // namespace app
@@ -33,12 +37,16 @@ class FenPlaylistController : public FenMultiFunctionalViewController,
                               public cocoa::TableViewDelegate,
                               public cocoa::ComboBoxDataSource {
 public:
+    FenPlaylistController();
+    ~FenPlaylistController() override;
+
     /// The current index when the slow update last brought it into view.
     std::int32_t lastPlaylistEntry = -1;
     /// Null until the page's view is loaded.
     cocoa::TableView* playlistView = nullptr;
     cocoa::ComboBox* playlistSelector = nullptr;
     app::StatusLine* statusLine = nullptr;
+    app::SearchField* searchField = nullptr;
     /// Set by the delegate before `initialize`.
     app::SourceQueue* sources = nullptr;
 
@@ -50,6 +58,9 @@ public:
     void updatePlaylistViewSlow();
     /// Shows how far the reading of tags has come, and for a while what came of the last command.
     void updateStatusLine();
+    void openSearch();
+    /// Scrolls to the current row, past a search that hides it.
+    void showCurrentRow();
 
     int numberOfRowsInTableView() override;
     QVariant objectValueForTableColumn(int row) override;
@@ -74,7 +85,11 @@ protected:
 
 private:
     void setUpTable();
+    void setUpSearch();
     void showsStatus(bool shows);
+    void layOutTable();
+    void markFound(PlaylistEntryCell& cell) const;
+    bool isInView(std::uint64_t entry) const;
     QString outcomeText() const;
     void updateUnsavedLists();
     QString failureOf(int row) const;
@@ -86,4 +101,7 @@ private:
     QString m_outcome;
     int m_problem = 0; ///< The number of the last one shown.
     TulPlaybackState m_shownState{};
+    std::unique_ptr<app::ListSearch> m_search; ///< Null until the page's view is loaded.
+    std::uint64_t m_shownList = 0;             ///< The id of the one that the table was loaded from.
+    std::uint64_t m_lastEntry = 0;             ///< The id of the one at `lastPlaylistEntry`; 0 for none.
 };

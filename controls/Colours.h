@@ -15,6 +15,11 @@ inline QColor yellow() {
     return QColor::fromRgbF(0.973F, 0.906F, 0.11F);
 }
 
+/// The ground of what a search has found.
+inline QColor mark() {
+    return {0x4a, 0x90, 0xe2, 56};
+}
+
 /// The mark and the reason of a row that does not play; used for nothing else.
 inline QColor red() {
     return {0xe2, 0x79, 0x5a};

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -28,10 +29,17 @@ QFont textFont() {
     return roboto(10, QFont::Normal);
 }
 
+constexpr double numberLeft = 14.0;
+constexpr double infoLeft = 34.0;
+/// Numbers up to here leave the other texts in their place.
+constexpr std::int64_t longestShortNumber = 999;
+/// Between a text and what it must not touch.
+constexpr double textGap = 6.0;
+
 std::optional<AttributedString> attributed(const PlaylistEntryCell::Text& text, const QColor& colour,
-                                           const QFont& font) {
+                                           const QFont& font, const std::vector<TextRange>& marks = {}) {
     if (!text) return std::nullopt;
-    return AttributedString{*text, colour, font};
+    return AttributedString{*text, colour, font, marks};
 }
 
 QRectF textRect(const QRectF& frame, const QPointF& origin, const std::optional<AttributedString>& text) {
@@ -48,11 +56,11 @@ QColor PlaylistEntryCell::getTextColour() const {
 }
 
 std::optional<AttributedString> PlaylistEntryCell::attributedInfo1Value() const {
-    return attributed(m_info1, getTextColour(), titleFont());
+    return attributed(m_info1, getTextColour(), titleFont(), m_info1Marks);
 }
 
 std::optional<AttributedString> PlaylistEntryCell::attributedInfo2Value() const {
-    return attributed(m_info2, m_failed ? colours::red() : getTextColour(), textFont());
+    return attributed(m_info2, m_failed ? colours::red() : getTextColour(), textFont(), m_info2Marks);
 }
 
 std::optional<AttributedString> PlaylistEntryCell::attributedTrackNumberValue() const {
@@ -66,15 +74,33 @@ std::optional<AttributedString> PlaylistEntryCell::attributedLengthInfoValue() c
 }
 
 QRectF PlaylistEntryCell::trackNumberRectForBounds(const QRectF& frame) const {
-    return textRect(frame, frame.topLeft() + QPointF(14.0, 13.0), attributedTrackNumberValue());
+    return textRect(frame, frame.topLeft() + QPointF(numberLeft, 13.0), attributedTrackNumberValue());
 }
 
 QRectF PlaylistEntryCell::info1RectForBounds(const QRectF& frame) const {
-    return textRect(frame, frame.topLeft() + QPointF(34.0, 10.0), attributedInfo1Value());
+    QRectF rect = infoRect(frame, 10.0, attributedInfo1Value());
+    rect.setRight(std::clamp(titleRoom(frame), rect.left(), rect.right()));
+    return rect;
 }
 
 QRectF PlaylistEntryCell::info2RectForBounds(const QRectF& frame) const {
-    return textRect(frame, frame.topLeft() + QPointF(34.0, 30.0), attributedInfo2Value());
+    return infoRect(frame, 30.0, attributedInfo2Value());
+}
+
+QRectF PlaylistEntryCell::infoRect(const QRectF& frame, double top,
+                                   const std::optional<AttributedString>& text) const {
+    double left = infoLeft;
+    if (m_trackNumber > longestShortNumber)
+        left = std::ceil(trackNumberRectForBounds(frame).right() - frame.x() + textGap);
+    return textRect(frame, frame.topLeft() + QPointF(left, top), text);
+}
+
+/// Where the title must end.
+double PlaylistEntryCell::titleRoom(const QRectF& frame) const {
+    if (m_failed) return failureMarkRectForBounds(frame).left() - textGap;
+    if (m_active) return playIconRectForBounds(frame).left() - textGap;
+    const QRectF length = lengthInfoRectForBounds(frame);
+    return length.isEmpty() ? frame.right() : length.left() - textGap;
 }
 
 QRectF PlaylistEntryCell::lengthInfoRectForBounds(const QRectF& frame) const {
@@ -127,6 +153,16 @@ QString PlaylistEntryCell::accessibilityLabel() const {
     for (const Text& text : {m_info1, m_info2, m_lengthInfo})
         if (text && !text->isEmpty()) parts << *text;
     return parts.join(QStringLiteral(", "));
+}
+
+QString PlaylistEntryCell::toolTip(const QRectF& frame) const {
+    const auto isCut = [](const std::optional<AttributedString>& text, const QRectF& rect) {
+        return text && text->size().width() > rect.width();
+    };
+    QStringList lines;
+    if (isCut(attributedInfo1Value(), info1RectForBounds(frame))) lines << *m_info1;
+    if (m_info2 && (m_failed || isCut(attributedInfo2Value(), info2RectForBounds(frame)))) lines << *m_info2;
+    return lines.join(u'\n');
 }
 
 std::unique_ptr<PlaylistEntryCell> PlaylistEntryCell::copyWithZone() const {

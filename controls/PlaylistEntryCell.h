@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 /// One row of the playlist: number, title over a second line, length, and a play icon in the current entry's
 /// row or a mark in that of one which does not play. It keeps no reference to the playlist: the page fills
@@ -33,10 +34,13 @@ public:
     /// The title.
     const Text& info1() const { return m_info1; }
     void setInfo1(Text text) { m_info1 = std::move(text); }
+    /// What of it a search has found.
+    void setInfo1Marks(std::vector<TextRange> marks) { m_info1Marks = std::move(marks); }
 
     /// The second line.
     const Text& info2() const { return m_info2; }
     void setInfo2(Text text) { m_info2 = std::move(text); }
+    void setInfo2Marks(std::vector<TextRange> marks) { m_info2Marks = std::move(marks); }
 
     const cocoa::Image& playIcon() const { return m_playIcon; }
     void setPlayIcon(const cocoa::Image& icon) { m_playIcon = icon; }
@@ -50,8 +54,9 @@ public:
     std::optional<AttributedString> attributedTrackNumberValue() const;
     std::optional<AttributedString> attributedLengthInfoValue() const;
 
-    /// Where each element stands in a row of this frame. A text is cut at the frame's right edge, never in
-    /// height.
+    /// Where each element stands in a row of this frame. A text is cut at the frame's right edge, the title
+    /// where its mark or its length begins, and never in height. A number of four digits and more moves title
+    /// and second line.
     QRectF trackNumberRectForBounds(const QRectF& frame) const;
     QRectF info1RectForBounds(const QRectF& frame) const;
     QRectF info2RectForBounds(const QRectF& frame) const;
@@ -66,17 +71,25 @@ public:
     /// Title, second line and length.
     QString accessibilityLabel() const override;
 
+    /// Lines of plain text: those of title and second line that do not fit into this frame, and why the row
+    /// does not play.
+    QString toolTip(const QRectF& frame) const;
+
     /// The copy shares the images and carries everything else.
     std::unique_ptr<PlaylistEntryCell> copyWithZone() const;
 
 private:
+    QRectF infoRect(const QRectF& frame, double top, const std::optional<AttributedString>& text) const;
+    double titleRoom(const QRectF& frame) const;
     void drawFailureMark(QPainter& painter, const QRectF& frame) const;
 
     bool m_active = false;
     bool m_failed = false;
     std::int64_t m_trackNumber = 0;
     Text m_info1;
+    std::vector<TextRange> m_info1Marks;
     Text m_info2;
+    std::vector<TextRange> m_info2Marks;
     cocoa::Image m_playIcon;
     Text m_lengthInfo;
 };

@@ -82,6 +82,10 @@ public:
     void settleWithoutFile();
     /// The title, or the name of the file as long as there is none.
     [[nodiscard]] std::string shownTitle() const;
+    /// The second line, or the artist as long as there is none.
+    [[nodiscard]] const std::string& shownArtistAlbum() const {
+        return artistAlbum.empty() ? artist : artistAlbum;
+    }
 
     /// Looks for the embedded picture of MPEG audio, FLAC, MP4 and Monkey's Audio files, unless one has been
     /// found before.

@@ -61,6 +61,7 @@ public:
         state.selected = m_table.selectedRowIndexes().contains(m_row);
         state.focused = m_table.hasFocus() && m_table.currentRow() == m_row;
         state.invalid = !isValid();
+        state.invisible = m_table.isRowHidden(m_row);
         return state;
     }
 

@@ -60,10 +60,13 @@ void TableView::setDataCell(std::unique_ptr<TextFieldCell> cell) {
 
 void TableView::reloadData() {
     layOutRows();
-    const int rows = numberOfRows();
-    m_currentRow = std::min(m_currentRow, rows - 1);
-    m_anchorRow = std::min(m_anchorRow, rows - 1);
-    IndexSet kept(m_selected.begin(), m_selected.lower_bound(rows));
+    const int last = numberOfRows() - 1;
+    m_currentRow = std::min(m_currentRow, last);
+    m_anchorRow = std::min(m_anchorRow, last);
+    if (isRowHidden(m_currentRow)) m_currentRow = -1;
+    if (isRowHidden(m_anchorRow)) m_anchorRow = -1;
+    IndexSet kept = m_selected;
+    std::erase_if(kept, [this](int row) { return isRowHidden(row); });
     changeSelection(std::move(kept));
     viewport()->update();
 }
@@ -72,12 +75,16 @@ void TableView::layOutRows() {
     const int rows = m_dataSource == nullptr ? 0 : std::max(0, m_dataSource->numberOfRowsInTableView());
     m_tops.resize(std::size_t(rows) + 1);
     m_tops[0] = 0;
-    for (int row = 0; row < rows; ++row) {
-        const double height = m_delegate == nullptr ? defaultRowHeight : m_delegate->heightOfRow(row);
-        m_tops[std::size_t(row) + 1] = m_tops[std::size_t(row)] + std::max(rowSpacing, height);
-    }
+    for (int row = 0; row < rows; ++row)
+        m_tops[std::size_t(row) + 1] = m_tops[std::size_t(row)] + heightOf(row);
     m_heightsChanged = false;
     updateScrollBar();
+    updatePlaceholder();
+}
+
+double TableView::heightOf(int row) const {
+    const double height = m_delegate == nullptr ? defaultRowHeight : m_delegate->heightOfRow(row);
+    return height == 0 ? 0 : std::max(rowSpacing, height);
 }
 
 void TableView::updateScrollBar() {
@@ -96,12 +103,9 @@ void TableView::noteHeightOfRowsWithIndexesChanged(const IndexSet& rows) {
     if (m_delegate == nullptr) return;
     for (const int row : rows) {
         if (row < 0 || row >= numberOfRows()) continue;
-        const double height = std::max(rowSpacing, m_delegate->heightOfRow(row));
-        if (height != m_tops[std::size_t(row) + 1] - m_tops[std::size_t(row)]) m_heightsChanged = true;
+        if (heightOf(row) != m_tops[std::size_t(row) + 1] - m_tops[std::size_t(row)]) m_heightsChanged = true;
     }
-    if (!m_heightsChanged || m_drawing) return;
-    layOutRows();
-    viewport()->update();
+    if (m_heightsChanged && !m_drawing) reloadData();
 }
 
 QRectF TableView::rectOfRow(int row) const {
@@ -118,7 +122,7 @@ int TableView::rowAtPoint(const QPointF& point) const {
 }
 
 void TableView::scrollRowToVisible(int row) {
-    if (row < 0 || row >= numberOfRows()) return;
+    if (isRowHidden(row)) return;
     const double top = m_tops[std::size_t(row)];
     const double bottom = m_tops[std::size_t(row) + 1];
     const int shownTop = verticalScrollBar()->value();
@@ -131,8 +135,7 @@ void TableView::scrollRowToVisible(int row) {
 }
 
 void TableView::selectRowIndexes(IndexSet rows) {
-    rows.erase(rows.begin(), rows.lower_bound(0));
-    rows.erase(rows.lower_bound(numberOfRows()), rows.end());
+    std::erase_if(rows, [this](int row) { return isRowHidden(row); });
     if (!m_allowsMultipleSelection && rows.size() > 1) rows.erase(std::next(rows.begin()), rows.end());
     if (!rows.empty()) m_currentRow = m_anchorRow = *rows.begin();
     changeSelection(std::move(rows));
@@ -171,15 +174,14 @@ void TableView::paintEvent(QPaintEvent* event) {
     m_drawing = true;
     // One row more than is touched: a cell may draw its separator into the next one's first pixels.
     const QRectF dirty = event->rect();
-    const int first =
-        std::max(0, rowAtPoint({0, std::max(dirty.top(), double(-verticalScrollBar()->value()))}) - 1);
-    for (int row = first; row < numberOfRows() && rectOfRow(row).top() < dirty.bottom(); ++row)
+    const int touched = rowAtPoint({0, std::max(dirty.top(), double(-verticalScrollBar()->value()))});
+    const int above = touched < 0 ? -1 : rowBefore(touched);
+    for (int row = above < 0 ? rowAfter(-1) : above;
+         row < numberOfRows() && rectOfRow(row).top() < dirty.bottom(); row = rowAfter(row))
         drawRow(painter, row);
     m_drawing = false;
     drawDropIndicator(painter);
-    if (!m_heightsChanged) return;
-    layOutRows();
-    viewport()->update();
+    if (m_heightsChanged) reloadData();
 }
 
 bool TableView::viewportEvent(QEvent* event) {
@@ -189,7 +191,8 @@ bool TableView::viewportEvent(QEvent* event) {
     const int row = rowAtPoint(help->pos());
     const QString text = row < 0 ? QString() : m_delegate->toolTipForCell(row);
     // A tool tip guesses whether its text is rich; this one leaves no doubt.
-    const QString shown = text.isEmpty() ? text : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
+    const QString escaped = text.toHtmlEscaped().replace(u'\n', QLatin1String("<br>"));
+    const QString shown = text.isEmpty() ? text : QStringLiteral("<qt>%1</qt>").arg(escaped);
     QToolTip::showText(help->globalPos(), shown, viewport(), rectOfRow(row).toAlignedRect());
     return true;
 }
@@ -197,6 +200,7 @@ bool TableView::viewportEvent(QEvent* event) {
 void TableView::resizeEvent(QResizeEvent* event) {
     QAbstractScrollArea::resizeEvent(event);
     updateScrollBar();
+    updatePlaceholder();
 }
 
 void TableView::scrollContentsBy(int /*dx*/, int dy) {
@@ -213,7 +217,7 @@ void TableView::click(int row, Qt::KeyboardModifiers modifiers) {
     IndexSet rows;
     if (extend && m_anchorRow >= 0) {
         const auto [from, to] = std::minmax(m_anchorRow, row);
-        for (int each = from; each <= to; ++each)
+        for (int each = rowAfter(from - 1); each <= to; each = rowAfter(each))
             rows.insert(rows.end(), each);
     } else if (toggle) {
         rows = m_selected;
@@ -229,9 +233,9 @@ void TableView::click(int row, Qt::KeyboardModifiers modifiers) {
 }
 
 void TableView::moveCurrentRow(int row, Qt::KeyboardModifiers modifiers) {
-    if (numberOfRows() == 0) return;
+    if (row < 0) return;
     m_showsFocus = true;
-    click(std::clamp(row, 0, numberOfRows() - 1), modifiers & Qt::ShiftModifier);
+    click(row, modifiers & Qt::ShiftModifier);
     scrollRowToVisible(m_currentRow);
     QAccessibleEvent focused(this, QAccessible::Focus);
     focused.setChild(m_currentRow);
@@ -273,26 +277,28 @@ void TableView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void TableView::keyPressEvent(QKeyEvent* event) {
-    const int page = std::max(1, int(viewport()->height() / std::max(1.0, rectOfRow(0).height())) - 1);
+    const double height = std::max(1.0, rectOfRow(rowAfter(-1)).height());
+    const int page = std::max(1, int(viewport()->height() / height) - 1);
     const Qt::KeyboardModifiers modifiers = event->modifiers();
-    if (event->matches(QKeySequence::SelectAll) && m_allowsMultipleSelection && numberOfRows() > 0) {
-        m_anchorRow = 0;
-        return click(numberOfRows() - 1, Qt::ShiftModifier);
+    if (event->matches(QKeySequence::SelectAll) && m_allowsMultipleSelection &&
+        rowAfter(-1) < numberOfRows()) {
+        m_anchorRow = rowAfter(-1);
+        return click(rowBefore(numberOfRows()), Qt::ShiftModifier);
     }
     if (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return event->ignore();
     switch (event->key()) {
     case Qt::Key_Up:
-        return moveCurrentRow(m_currentRow - 1, modifiers);
+        return moveCurrentRow(rowAway(m_currentRow, -1), modifiers);
     case Qt::Key_Down:
-        return moveCurrentRow(m_currentRow + 1, modifiers);
+        return moveCurrentRow(rowAway(m_currentRow, 1), modifiers);
     case Qt::Key_PageUp:
-        return moveCurrentRow(m_currentRow - page, modifiers);
+        return moveCurrentRow(rowAway(m_currentRow, -page), modifiers);
     case Qt::Key_PageDown:
-        return moveCurrentRow(m_currentRow + page, modifiers);
+        return moveCurrentRow(rowAway(m_currentRow, page), modifiers);
     case Qt::Key_Home:
-        return moveCurrentRow(0, modifiers);
+        return moveCurrentRow(rowAway(-1, 1), modifiers);
     case Qt::Key_End:
-        return moveCurrentRow(numberOfRows() - 1, modifiers);
+        return moveCurrentRow(rowAway(numberOfRows(), -1), modifiers);
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (m_currentRow >= 0) return sendDoubleAction(m_currentRow);
@@ -312,7 +318,7 @@ void TableView::wheelEvent(QWheelEvent* event) {
 void TableView::focusInEvent(QFocusEvent* event) {
     if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
         m_showsFocus = true;
-        if (m_currentRow < 0 && numberOfRows() > 0) m_currentRow = m_anchorRow = 0;
+        if (m_currentRow < 0) m_currentRow = m_anchorRow = rowAway(-1, 1);
     }
     viewport()->update();
     QAbstractScrollArea::focusInEvent(event);

@@ -17,7 +17,8 @@ namespace cocoa {
 /// only the visible ones are. The table paints no selection of its own: the delegate shows it in the cell.
 ///
 /// A row of height h at y gives its cell the frame (0, y, width, h - 1): the last point is the space between
-/// rows, where a cell may draw a separator below its frame.
+/// rows, where a cell may draw a separator below its frame. A row of height 0 is hidden: it keeps its index,
+/// but is not drawn, keys pass over it, and it cannot be selected by the user.
 ///
 /// Keys: arrows, page keys, Home and End move the selection (with Shift they extend it), Ctrl+A selects all,
 /// Enter is the double action on the current row.
@@ -36,13 +37,26 @@ public:
     TextFieldCell* dataCell() const { return m_dataCell.get(); }
     void setDataCell(std::unique_ptr<TextFieldCell> cell);
 
-    /// Asks for the row count and heights again and redraws. Selected rows that still exist stay selected.
+    /// Asks for the row count and heights again and redraws. Selected rows that are still there, and not
+    /// hidden, stay selected.
     void reloadData();
     int numberOfRows() const { return static_cast<int>(m_tops.size()) - 1; }
     /// Asks for the heights of these rows again; may be called while a row is drawn.
     void noteHeightOfRowsWithIndexesChanged(const IndexSet& rows);
 
-    /// Scrolls as little as needed to show the whole row; a row outside the table changes nothing.
+    /// Also for a row outside the table.
+    bool isRowHidden(int row) const;
+    /// The next row that is not hidden; numberOfRows() when there is none.
+    int rowAfter(int row) const;
+    /// The same upward; -1 when there is none.
+    int rowBefore(int row) const;
+
+    /// Shown in place of the rows while there are none; null for nothing. Takes no part in the mouse's events
+    /// if it is transparent for them.
+    void setPlaceholder(std::unique_ptr<QWidget> placeholder);
+
+    /// Scrolls as little as needed to show the whole row; a row that is hidden, or outside the table, changes
+    /// nothing.
     void scrollRowToVisible(int row);
     /// The row's rectangle in the viewport's coordinates; empty for a row outside the table.
     QRectF rectOfRow(int row) const;
@@ -53,7 +67,7 @@ public:
     /// True at first.
     void setAllowsMultipleSelection(bool allows) { m_allowsMultipleSelection = allows; }
     const IndexSet& selectedRowIndexes() const { return m_selected; }
-    /// Indexes outside the table are dropped.
+    /// Indexes outside the table, and of hidden rows, are dropped.
     void selectRowIndexes(IndexSet rows);
     /// The row that keys move from; -1 at first.
     int currentRow() const { return m_currentRow; }
@@ -101,6 +115,9 @@ private:
 
     void reloadIfRowCountChanged();
     void layOutRows();
+    double heightOf(int row) const;
+    int rowAway(int row, int steps) const;
+    void updatePlaceholder();
     void updateScrollBar();
     void drawRow(QPainter& painter, int row);
     void drawDropIndicator(QPainter& painter) const;
@@ -117,6 +134,7 @@ private:
     TableViewDataSource* m_dataSource = nullptr;
     TableViewDelegate* m_delegate = nullptr;
     std::unique_ptr<TextFieldCell> m_dataCell;
+    std::unique_ptr<QWidget> m_placeholder;
 
     std::vector<double> m_tops{
         0.0}; ///< The top of every row, and the bottom of the last, in points from the first.

@@ -11,7 +11,7 @@ public:
 
     /// Right before `row` is drawn with `cell`, the table's one data cell.
     virtual void willDisplayCell(TextFieldCell& cell, int row) = 0;
-    /// Points from this row's top to the next one's.
+    /// Points from this row's top to the next one's; 0 hides the row.
     virtual double heightOfRow(int row);
     /// What is shown while the pointer rests on a row, as plain text; empty for nothing.
     virtual QString toolTipForCell(int /*row*/) { return {}; }

@@ -7,6 +7,7 @@
 #include "app/ImageButton.h"
 #include "app/StatusLine.h"
 #include "app/TextField.h"
+#include "app/search/SearchField.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "controls/PlaylistEntryCell.h"
@@ -118,6 +119,103 @@ TEST_F(WindowTest, ADoubleClickPlaysAndTheControlsFollow) {
     controls->balanceSlider->moveTo(-1.0);
     EXPECT_EQ(delegate.player->stream->volume(), 0.25F);
     EXPECT_EQ(delegate.player->balance, -1.0F);
+}
+
+TEST_F(WindowTest, TypingInTheListFindsRowsAndArrowsAndEnterPlayThem) {
+    addTracks();
+    auto& field = *delegate.playlistController->searchField;
+    QLineEdit& line = field.line();
+    const auto& list = delegate.player->playlist;
+    const auto shown = [&] {
+        std::string titles;
+        for (int row = table().rowAfter(-1); row < table().numberOfRows(); row = table().rowAfter(row))
+            titles += list->entryAt(row)->title + " ";
+        return titles;
+    };
+    ASSERT_TRUE(runUntil([&] { return table().hasFocus(); }));
+    QTest::keyClick(&table(), Qt::Key_T);
+    EXPECT_TRUE(line.hasFocus());
+    QTest::keyClicks(&line, " BÁND");
+    EXPECT_EQ(line.text(), "t BÁND");
+    EXPECT_EQ(table().y(), field.height()) << "it covers no row";
+    EXPECT_EQ(shown(), "Two Three ");
+    EXPECT_EQ(field.result(), "2 of 3");
+    QTest::keyClick(&line, Qt::Key_Down);
+    QTest::keyClick(&line, Qt::Key_Return);
+    ASSERT_TRUE(shows("Three"));
+    QTest::keyClick(&line, Qt::Key_Space);
+    EXPECT_TRUE(isStarted(delegate.player->playbackState())) << "it is typed, and pauses nothing";
+
+    cocoa::Pasteboard dragged;
+    dragged.setString("2", "tuq.playlistindex");
+    delegate.playlistController->acceptDrop(dragged, 1, cocoa::DropOperation::on);
+    EXPECT_EQ(shown(), "Three Two ");
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{1});
+    line.selectAll();
+    QTest::keyClicks(&line, "ete");
+    EXPECT_EQ(field.result(), "0 of 3");
+    QTest::keyClick(&line, Qt::Key_Return);
+    auto late = std::make_unique<TulPlaylistEntry>();
+    late->source = makeTrack("Été", 990, 20);
+    std::vector<std::unique_ptr<TulPlaylistEntry>> entries;
+    entries.push_back(std::move(late));
+    delegate.player->appendEntries(std::move(entries));
+    delegate.playlistController->reloadPlaylistData();
+    ASSERT_TRUE(runUntil([&] { return field.result() == "1 of 4"; })) << "when its tags are read";
+    EXPECT_EQ(shown(), "Été ");
+    QTest::keyClick(&line, Qt::Key_Escape);
+    EXPECT_FALSE(field.isVisible());
+    EXPECT_TRUE(table().hasFocus());
+    EXPECT_EQ(shown(), "One Three Two Été ");
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{3});
+
+    QTest::keyClick(delegate.window.get(), Qt::Key_2, Qt::ControlModifier);
+    QTest::keyClick(delegate.window.get(), Qt::Key_F, Qt::ControlModifier);
+    ASSERT_TRUE(line.hasFocus()) << "from another page";
+    QTest::keyClicks(&line, "zzz");
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet());
+    QTest::keyClick(&line, Qt::Key_Escape);
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{3}) << "the row of before";
+    QTest::keyClick(&table(), Qt::Key_O);
+    delegate.clearPlaylist();
+    EXPECT_FALSE(field.isVisible()) << "it was of that list";
+    EXPECT_TRUE(table().accessibleDescription().contains("Ctrl+O"));
+}
+
+TEST_F(WindowTest, TheListFollowsWhatPlaysOnlyWhileThatIsInView) {
+    constexpr int rows = 40;
+    std::string lines =
+        R"({"name": "Long", "start": 25, "entries": [{"source": "/nowhere.flac", "artist": "Me"})";
+    const std::string track = makeTrack("Long", 500, 20);
+    for (int row = 1; row < rows; ++row)
+        lines += R"(,{"source": ")" + track + "\"}";
+    support::writeFile(support::scratch() / "long.tuq", lines + "]}");
+    delegate.openSources({(support::scratch() / "long.tuq").string()});
+    const auto inView = [&](int row) {
+        const QRectF rect = table().rectOfRow(row);
+        return !rect.isEmpty() && QRectF(table().viewport()->rect()).contains(rect);
+    };
+    ASSERT_TRUE(runUntil([&] { return table().numberOfRows() == rows; }));
+    EXPECT_TRUE(inView(25)) << "the current row of a list that is opened";
+    EXPECT_EQ(static_cast<PlaylistEntryCell&>(table().preparedCell(0)).info2(), "Me");
+    const auto turnTo = [&](int row) {
+        delegate.player->playlist->selectEntry(row);
+        delegate.player->startCurrentEntry();
+        return runUntil([&] { return delegate.playlistController->lastPlaylistEntry == row; });
+    };
+    ASSERT_TRUE(turnTo(35));
+    EXPECT_TRUE(inView(35)) << "as what played before was in view";
+    table().scrollRowToVisible(0);
+    ASSERT_TRUE(turnTo(30));
+    EXPECT_TRUE(inView(0));
+    delegate.player->playlist->moveEntries(30, 20);
+    ASSERT_TRUE(runUntil([&] { return delegate.playlistController->lastPlaylistEntry == 20; }));
+    EXPECT_TRUE(inView(0)) << "it was moved, nothing else began";
+    QTest::keyClick(&table(), Qt::Key_N);
+    QTest::keyClicks(&delegate.playlistController->searchField->line(), "owhere");
+    EXPECT_FALSE(inView(20));
+    QTest::keyClick(delegate.window.get(), Qt::Key_J, Qt::ControlModifier);
+    EXPECT_TRUE(inView(20)) << "past the search";
 }
 
 TEST_F(WindowTest, TheNextEntryStartsByItselfAndAnEmptiedListEndsRewound) {
@@ -321,6 +419,11 @@ TEST_F(WindowTest, AListOf100000RowsIsThereAtOnceAndReadWhileTheWindowGoesOn) {
     const auto& keeper = delegate.player->listKeeper;
     ASSERT_TRUE(runUntil([&] { return keeper.isKept(*delegate.player->playlist); }));
     EXPECT_LT(longest.milliseconds, 16) << "while the changed list is stored";
+    auto& field = *delegate.playlistController->searchField;
+    QTest::keyClick(&table(), Qt::Key_F);
+    QTest::keyClicks(&field.line(), "ter");
+    EXPECT_TRUE(runUntil([&] { return field.result() == "1 of 100,001"; })) << "the last but one";
+    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{rows - 1});
 
     delegate.clearPlaylist();
     EXPECT_TRUE(runUntil([&] { return !status.isVisible() && table().numberOfRows() == 0; }));

@@ -125,6 +125,48 @@ TEST_F(TableViewTest, AHeightThatChangesWhileDrawingIsLaidOutAfterwards) {
     EXPECT_EQ(table.rowAtPoint({5, 20 * 100}), -1);
 }
 
+TEST_F(TableViewTest, HiddenRowsKeepTheirIndexesAndAreNeitherDrawnNorReached) {
+    rows.hides = [](int row) { return row % 10 != 3; };
+    table.selectRowIndexes({3, 4});
+    table.reloadData();
+    EXPECT_EQ(table.selectedRowIndexes(), IndexSet{3});
+    rows.displayed.clear();
+    support::picture(table);
+    EXPECT_EQ(rows.displayed, (std::vector<int>{3, 13, 23, 33}));
+    EXPECT_EQ(table.rowAtPoint({5, 0}), 3);
+    EXPECT_EQ(table.rowAtPoint({5, 549}), 93);
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        IndexSet selected;
+    } cases[] = {{Qt::Key_Down, {}, {13}},
+                 {Qt::Key_Down, Qt::ShiftModifier, {13, 23}},
+                 {Qt::Key_PageDown, {}, {43}},
+                 {Qt::Key_End, {}, {93}},
+                 {Qt::Key_Down, {}, {93}},
+                 {Qt::Key_Home, {}, {3}},
+                 {Qt::Key_Up, {}, {3}},
+                 {Qt::Key_A, Qt::ControlModifier, {3, 13, 23, 33, 43, 53, 63, 73, 83, 93}}};
+    for (const auto& each : cases) {
+        key(each.key, each.modifiers);
+        EXPECT_EQ(table.selectedRowIndexes(), each.selected) << each.key;
+        EXPECT_FALSE(table.rectOfRow(table.currentRow()).isEmpty()) << each.key;
+    }
+    table.verticalScrollBar()->setValue(300);
+    table.scrollRowToVisible(4);
+    table.selectRowIndexes({4});
+    EXPECT_EQ(table.verticalScrollBar()->value(), 300);
+    EXPECT_EQ(table.selectedRowIndexes(), IndexSet{});
+    rows.hides = [](int) { return true; };
+    table.reloadData();
+    for (const Qt::Key each : {Qt::Key_Down, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_Return})
+        key(each);
+    key(Qt::Key_A, Qt::ControlModifier);
+    support::picture(table);
+    EXPECT_EQ(table.selectedRowIndexes(), IndexSet{});
+    EXPECT_TRUE(doubleClicked.empty());
+}
+
 TEST_F(TableViewTest, AScreenReaderGetsRowsAndSelection) {
     click(1);
     QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&table);

@@ -3,6 +3,7 @@
 #include "platform/cocoa/TableView.h"
 
 #include <atomic>
+#include <functional>
 #include <vector>
 
 /// A list of numbers that notes what its table asks.
@@ -21,7 +22,7 @@ public:
                                                                                               : Qt::black);
         if (table != nullptr) table->noteHeightOfRowsWithIndexesChanged({row});
     }
-    double heightOfRow(int /*row*/) override { return height; }
+    double heightOfRow(int row) override { return hides(row) ? 0 : height; }
 
     bool writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) override {
         pasteboard.setString(QString::number(*rows.begin()), type);
@@ -46,6 +47,7 @@ public:
     const QString type = "test.rowindex";
     std::vector<int> numbers;
     double height = 55;
+    std::function<bool(int row)> hides = [](int) { return false; };
     std::vector<int> displayed;
     std::vector<Dropped> dropped;
     std::atomic<bool> dragBegan = false; ///< These two are read by the thread that moves the pointer.

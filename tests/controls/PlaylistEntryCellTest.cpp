@@ -92,13 +92,65 @@ TEST_F(PlaylistEntryCellTest, AFailedRowShowsItsMarkInsteadOfTheIconAndARedReaso
     }
 }
 
-TEST_F(PlaylistEntryCellTest, ALongTitleReachesTheRightEdgeOverTheIconAndNoFurther) {
-    cell.setActive(true);
-    cell.setLengthInfo(std::nullopt);
+TEST_F(PlaylistEntryCellTest, ALongTitleTouchesNeitherNumberNorMarkNorLength) {
+    const QRectF frame(0, 0, 300, 54);
     cell.setInfo1(QString(200, QChar(0x2588))); // full blocks: no gaps between the letters
-    const QImage row = draw({0, 0, 300, 54});
-    EXPECT_GT(pixels(row, {247, 13, 6, 8}, yellow), 20);
-    EXPECT_EQ(pixels(row, {300, 0, 90, 54}, yellow), 0);
+    cell.setInfo2(QString(200, QChar(0x2588)));
+    const struct {
+        std::int64_t number;
+        bool active;
+        bool failed;
+        const char* length;
+        double end; ///< Of the title.
+    } cases[] = {{7, false, false, "", 300},        {999, false, false, "03:07", 254},
+                 {1000, true, false, "03:07", 241}, {1000, false, true, "", 240},
+                 {100000, true, true, "", 240},     {123456789, false, false, "100:00", 254}};
+    for (const auto& [number, active, failed, length, end] : cases) {
+        SCOPED_TRACE(number);
+        cell.setTrackNumber(number);
+        cell.setActive(active);
+        cell.setFailed(failed);
+        cell.setLengthInfo(QString(length));
+        const QRectF title = cell.info1RectForBounds(frame);
+        const double numberEnd = cell.trackNumberRectForBounds(frame).right();
+        EXPECT_EQ(title.left() == 34, number < 1000);
+        EXPECT_GT(title.left(), numberEnd);
+        EXPECT_EQ(title.right(), end);
+        EXPECT_EQ(cell.info2RectForBounds(frame).left(), title.left());
+        const QImage row = draw(frame);
+        const QRectF gaps[] = {{numberEnd + 0.5, 10, title.left() - numberEnd - 2, 12}, {end + 1, 10, 4, 14}};
+        for (const QRectF& gap : gaps)
+            EXPECT_EQ(pixels(row, gap, cell.getTextColour()), 0) << gap.left();
+    }
+}
+
+TEST_F(PlaylistEntryCellTest, TheToolTipHoldsWhatIsCutAndWhyTheRowFails) {
+    const QRectF frame(0, 0, 300, 54);
+    const QString endless(200, u'm');
+    EXPECT_EQ(cell.toolTip(frame), "");
+    cell.setInfo1(endless);
+    EXPECT_EQ(cell.toolTip(frame), endless);
+    cell.setInfo2("<b>" + endless);
+    EXPECT_EQ(cell.toolTip(frame), endless + "\n<b>" + endless);
+    cell.setInfo1(std::nullopt);
+    cell.setInfo2("File not found");
+    cell.setFailed(true);
+    EXPECT_EQ(cell.toolTip(frame), "File not found");
+}
+
+TEST_F(PlaylistEntryCellTest, WhatWasFoundHasAGroundUnderItsLetters) {
+    const QRectF frame(0, 0, 380, 54);
+    const QImage plain = draw(frame);
+    cell.setInfo2Marks({{0, 7}, {10, 99}}); // more than there is
+    const QImage row = draw(frame);
+    const QRectF text = cell.info2RectForBounds(frame);
+    const auto ground = [&](double x) {
+        return row.pixelColor(static_cast<int>(x), static_cast<int>(text.top()) + 1);
+    };
+    EXPECT_NE(ground(text.left() + 4), grey);
+    EXPECT_NE(ground(text.right() - 4), grey);
+    EXPECT_EQ(ground(text.right() + 4), grey);
+    EXPECT_EQ(plain.copy(0, 0, 380, 28), row.copy(0, 0, 380, 28)) << "the title";
 }
 
 } // namespace
