@@ -134,8 +134,9 @@ void TulStream::play() {
 void TulStream::fadeOutAndPause() {
     if (active() == BASS_ACTIVE_STALLED) BASS_ChannelPause(handle);
     if (!isActive()) return;
-    BASS_ChannelSlideAttribute(handle, BASS_ATTRIB_VOL, 0.0F, fadeOutMs);
+    // Before the slide, which is over at once while the stream has nothing to play yet.
     BASS_ChannelSetSync(handle, BASS_SYNC_SLIDE, 0, &TulStream::pause, nullptr);
+    BASS_ChannelSlideAttribute(handle, BASS_ATTRIB_VOL, 0.0F, fadeOutMs);
 }
 
 void TulStream::fadeOutAndStop() {
