@@ -1,8 +1,9 @@
 #include "core/player/decodeText.h"
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cerrno>
+#include <cstdint>
 #include <iconv.h>
 #include <memory>
 #include <optional>
@@ -21,7 +22,7 @@ using Converter = std::unique_ptr<std::remove_pointer_t<iconv_t>, IconvCloser>;
 /// None where the bytes are not of the encoding; a letter that is cut off at the end is left out.
 std::optional<std::string> toUtf8(std::string_view bytes, const char* encoding) {
     const iconv_t opened = iconv_open("UTF-8", encoding);
-    if (opened == reinterpret_cast<iconv_t>(-1)) return std::nullopt;
+    if (std::bit_cast<std::intptr_t>(opened) == -1) return std::nullopt;
     const Converter converter(opened);
     std::string input(bytes);
     std::string text(bytes.size() * 4, '\0');
