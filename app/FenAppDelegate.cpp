@@ -1,5 +1,6 @@
 #include "app/FenAppDelegate.h"
 
+#include "app/Card.h"
 #include "app/Deliveries.h"
 #include "app/FenCoverArtController.h"
 #include "app/FenPlaylistController.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/Command.h"
 #include "app/FenPlayerController.h"
 #include "platform/cocoa/PageControllerDelegate.h"
 
@@ -13,16 +14,17 @@ class CustomWindow;
 class FenCoverArtController;
 class FenPlaylistController;
 class FenReleaseNotesController;
-class QAction;
 class QMenu;
 class QPoint;
 class TulPlayer;
+enum class TulRepeat;
 
 namespace Ui {
 class MainWindow;
 }
 
 namespace app {
+class Card;
 class Deliveries;
 class FileDrop;
 class Mpris;
@@ -100,7 +102,13 @@ private:
     void loadMainLayout();
     void connectControls(Ui::MainWindow& layout);
     void finishMainLayout(); ///< What the window does not show.
+    app::Commands fileCommands();
+    app::Commands playbackCommands();
+    app::Commands viewCommands();
     void makeMenu();
+    void addToMenu(const app::Command& command);
+    void toggleRepeat(TulRepeat repeat);
+    void toggleKeyList();
     void showMenuAt(const QPoint& place);
     QString sharingTitle() const;
     void addSources(const std::vector<std::string>& sources, bool play);
@@ -111,9 +119,9 @@ private:
     std::unique_ptr<app::UnsavedChanges> m_unsavedChanges;
     std::unique_ptr<app::FileDrop> m_fileDrop;
     std::unique_ptr<app::Mpris> m_mpris;
+    app::Commands m_commands;
     std::unique_ptr<QMenu> m_menu;
-    QAction* m_revert = nullptr;  ///< The menu's.
-    QAction* m_sharing = nullptr; ///< The menu's.
+    std::unique_ptr<app::Card> m_keyList; ///< Null until it is first shown.
     std::unique_ptr<cocoa::Timer> m_slowTimer;
     std::unique_ptr<cocoa::Timer> m_fastTimer;
 };

@@ -5,6 +5,7 @@
 #include "app/FailureText.h"
 #include "app/ImageButton.h"
 #include "app/ImageView.h"
+#include "app/Skin.h"
 #include "app/TextField.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "controls/RixSlider.h"
@@ -16,6 +17,8 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <stdexcept>
 #include <utility>
 
@@ -24,6 +27,11 @@ namespace {
 /// Slow ticks between two changes of the second line.
 constexpr std::int32_t infoChangeTicks = 8;
 constexpr std::int32_t announcementTicks = 3;
+
+constexpr double positionStep = 5.0;
+constexpr double volumeStep = 0.05;
+constexpr double balanceSnap = 0.08;
+constexpr std::chrono::milliseconds seekInterval{100};
 
 /// Throws where the bytes have no display text.
 QString shownText(const std::string& bytes) {
@@ -37,6 +45,16 @@ void setUpSlider(RixSlider& slider, const QString& knob) {
     slider.cell()->setControlSize(cocoa::ControlSize::mini);
 }
 
+QString percentText(double fraction) {
+    return QStringLiteral("%1 %").arg(qRound(fraction * 100));
+}
+
+QString balanceText(double balance) {
+    if (qRound(balance * 100) == 0) return QStringLiteral("Centre");
+    return QStringLiteral("%1 %2").arg(balance < 0 ? QStringLiteral("Left") : QStringLiteral("Right"),
+                                       percentText(std::abs(balance)));
+}
+
 } // namespace
 
 void FenPlayerController::initialize() {
@@ -44,6 +62,16 @@ void FenPlayerController::initialize() {
     setUpSlider(*statusSlider, QStringLiteral("slider_knob.png"));
     setUpSlider(*volumeSlider, QStringLiteral("slider_knob_yellow.png"));
     setUpSlider(*balanceSlider, QStringLiteral("slider_knob_yellow.png"));
+    statusSlider->setStep(positionStep);
+    statusSlider->setActionInterval(seekInterval);
+    statusSlider->setShowsValueAtPointer(true);
+    app::dressInSkin(*statusSlider); // its tool tip
+    statusSlider->setValueText([](double seconds) { return app::timeText(seconds); });
+    volumeSlider->setStep(volumeStep);
+    volumeSlider->setValueText(&percentText);
+    balanceSlider->setSnap(0.0, balanceSnap);
+    balanceSlider->setValueText(&balanceText);
+    timeView->setAction([this] { toggleRemainingTime(); });
     renderSpectrumAnalyzer = true;
     // The art covers it: what lies beneath need not be drawn with every redraw of the spectrum.
     controlsBackground->setAttribute(Qt::WA_OpaquePaintEvent);
@@ -71,16 +99,24 @@ void FenPlayerController::updatePlayerViewSlow() {
     if (!player->stream) return;
     if (state == TulPlaybackState::playing) announceSongWhenKnown();
     if (state == TulPlaybackState::failed) return showFailure();
-    if (player->stream->length() != m_shownLength) showLength();
+    if (player->stream->length() != m_shownLength || player->stream->isLive() != m_showsLive) showLength();
     if (++infoChangeTickCounter == infoChangeTicks) {
         infoChangeTickCounter = 0;
         if (const auto line = app::displayText(player->stream->nextInfoLine()))
             info2View->setStringValue(*line);
     }
+    showTime();
+}
+
+void FenPlayerController::showTime() {
     const double position = player->stream->position();
     if (m_shownLength > 0 && !statusSlider->isTracking())
         statusSlider->setDoubleValue(std::max(position, 0.0));
-    timeView->setStringValue(app::timeText(position));
+    const bool remaining = m_showsRemainingTime && m_shownLength > 0;
+    timeView->setAccessibleName(remaining ? QStringLiteral("Remaining time")
+                                          : QStringLiteral("Elapsed time"));
+    timeView->setStringValue(remaining ? QStringLiteral("−") + app::timeText(m_shownLength - position)
+                                       : app::timeText(position));
 }
 
 void FenPlayerController::handleSongChange() {
@@ -94,7 +130,9 @@ void FenPlayerController::handleSongChange() {
 void FenPlayerController::updateSongInfo() {
     if (!player->stream) return;
     // A failure is shown again, with what is known now.
-    if (!std::exchange(m_showsFailure, false)) showSongOrError();
+    if (std::exchange(m_showsFailure, false)) return;
+    const bool shown = showSongOrError();
+    if (shown && player->stream->isLive()) m_announcementWaits = 1; // a song of its own
 }
 
 bool FenPlayerController::showSongOrError() {
@@ -112,7 +150,8 @@ bool FenPlayerController::showSongOrError() {
 
 void FenPlayerController::showSong() {
     info1View->setStringValue(shownText(player->stream->title));
-    info2View->setStringValue(shownText(player->stream->artist));
+    const std::string& artist = player->stream->artist;
+    info2View->setStringValue(shownText(artist.empty() ? player->stream->album : artist));
     updatePlayPauseButtonState();
 }
 
@@ -123,7 +162,8 @@ void FenPlayerController::showLength() {
     statusSlider->setEnabled(known);
     statusSlider->setMaxValue(known ? m_shownLength : 1.0);
     if (!known) statusSlider->setDoubleValue(0.0);
-    lengthView->setStringValue(app::timeText(m_shownLength));
+    m_showsLive = player->stream->isLive();
+    lengthView->setStringValue(m_showsLive ? QStringLiteral("live") : app::timeText(m_shownLength));
 }
 
 /// The reason takes the title's place, and the title the second line's, until another start.
@@ -146,8 +186,11 @@ void FenPlayerController::announceSong() {
     if (player->playlist->entryCount() == 0) return;
     const TulPlaylistEntry& entry = *player->playlist->currentEntry();
     cocoa::UserNotification notification;
-    notification.title = app::displayText(entry.shownTitle()).value_or(QString());
-    notification.informativeText = app::displayText(entry.artist).value_or(QString());
+    const TulStream& stream = *player->stream;
+    notification.title = app::displayText(stream.title).value_or(QString());
+    const bool namesStation = stream.isLive() && stream.artist.empty();
+    notification.informativeText =
+        app::displayText(namesStation ? stream.album : stream.artist).value_or(QString());
     // The centre shows nothing while the window is active: a picture would be decoded in vain.
     if (QGuiApplication::applicationState() == Qt::ApplicationActive) return;
     app::decodeCover(
@@ -189,16 +232,59 @@ void FenPlayerController::previous() {
     updatePlayPauseButtonState();
 }
 
+void FenPlayerController::stop() {
+    player->stop();
+    updatePlayPauseButtonState();
+}
+
+void FenPlayerController::seekTo(double seconds) {
+    if (!player->stream || !(player->stream->length() > 0)) return;
+    player->stream->seek(std::clamp(seconds, 0.0, player->stream->length()));
+    showTime();
+}
+
+void FenPlayerController::seekBy(double seconds) {
+    if (player->stream) seekTo(player->stream->position() + seconds);
+}
+
+void FenPlayerController::setVolume(double volume) {
+    const double held = volume > 0.0 ? std::min(volume, 1.0) : 0.0;
+    player->setVolume(static_cast<float>(held));
+    volumeSlider->setDoubleValue(held);
+    volumeCaption->showBriefly(QStringLiteral("VOLUME ") + percentText(held));
+}
+
+void FenPlayerController::changeVolume(double difference) {
+    // In whole steps, which do not drift.
+    setVolume(std::round((volumeSlider->doubleValue() + difference) / volumeStep) * volumeStep);
+}
+
+bool FenPlayerController::isMuted() const {
+    return player->volume == 0.0F;
+}
+
+void FenPlayerController::toggleMute() {
+    if (isMuted()) return setVolume(m_mutedVolume);
+    m_mutedVolume = volumeSlider->doubleValue();
+    setVolume(0.0);
+}
+
+void FenPlayerController::toggleRemainingTime() {
+    m_showsRemainingTime = !m_showsRemainingTime;
+    if (player->stream) showTime();
+}
+
 void FenPlayerController::statusSliderChange() {
-    if (player->stream) player->stream->seek(statusSlider->doubleValue());
+    seekTo(statusSlider->doubleValue());
 }
 
 void FenPlayerController::volumeSliderChange() {
-    player->setVolume(static_cast<float>(volumeSlider->doubleValue()));
+    setVolume(volumeSlider->doubleValue());
 }
 
 void FenPlayerController::balanceSliderChange() {
     player->setBalance(static_cast<float>(balanceSlider->doubleValue()));
+    balanceCaption->showBriefly(balanceText(balanceSlider->doubleValue()).toUpper());
 }
 
 void FenPlayerController::toggleSpectrumAnalyzer() {

@@ -34,6 +34,8 @@ public:
     FenSpectrumAnalyzerView* spectrumAnalyzerView = nullptr;
     app::ImageView* controlsBackground = nullptr;
     RixSlider* balanceSlider = nullptr;
+    app::TextField* volumeCaption = nullptr;
+    app::TextField* balanceCaption = nullptr;
 
     void setPlayer(TulPlayer* newPlayer) { player = newPlayer; }
     void initialize();
@@ -49,6 +51,17 @@ public:
     void playPause();
     void next();
     void previous();
+    void stop();
+    /// Held within the track; nothing where the stream cannot seek.
+    void seekTo(double seconds);
+    void seekBy(double seconds);
+    /// 0 silent .. 1 full; held there. Not a number is silence.
+    void setVolume(double volume);
+    void changeVolume(double difference);
+    [[nodiscard]] bool isMuted() const;
+    void toggleMute();
+    void toggleRemainingTime();
+    [[nodiscard]] bool showsRemainingTime() const { return m_showsRemainingTime; }
     void statusSliderChange();
     void volumeSliderChange();
     void balanceSliderChange();
@@ -58,6 +71,7 @@ private:
     void showSong();
     bool showSongOrError();
     void showLength();
+    void showTime();
     void showFailure();
     void announceSongWhenKnown();
     void announceSong();
@@ -66,6 +80,9 @@ private:
     bool m_showsPlaying = false;
     bool m_showsFailure = false;
     double m_shownLength = 0.0;
+    bool m_showsLive = false;
+    bool m_showsRemainingTime = false;
+    double m_mutedVolume = 0.5; ///< What the end of muting goes back to.
     /// Slow ticks that the announcement of what plays still waits for its tags and picture; 0 when it is
     /// made.
     std::int32_t m_announcementWaits = 0;

@@ -9,6 +9,7 @@
 #include "controls/InternalPlaylistComboBoxCell.h"
 #include "controls/PlaylistEntryCell.h"
 #include "core/player/TulPlayer.h"
+#include "core/playlist/resolveEntrySource.h"
 #include "platform/cocoa/ComboBox.h"
 #include "platform/cocoa/TableView.h"
 #include "ui_PlaylistView.h"
@@ -191,8 +192,11 @@ void FenPlaylistController::willDisplayCell(cocoa::TextFieldCell& cell, int row)
     entryCell.setFailed(!failure.isEmpty());
     entryCell.setInfo2(failure.isEmpty() ? app::displayText(entry.shownArtistAlbum()) : failure);
     markFound(entryCell);
-    entryCell.setLengthInfo(failure.isEmpty() && isLengthKnown ? app::timeText(entry.length) : QString());
+    const bool isLive = entry.length <= 0 && isAddress(entry.source);
+    const QString length = isLive ? QStringLiteral("live") : app::timeText(entry.length);
+    entryCell.setLengthInfo(failure.isEmpty() && isLengthKnown ? length : QString());
     entryCell.setActive(entry.active);
+    entryCell.setStopsAfter(player->stopsAfter(entry));
     entryCell.setPlayIcon(cocoa::Image::named(QStringLiteral("playlist_play_icon")));
     entryCell.setBackgroundColor(rowColour(playlistView->selectedRowIndexes().contains(row)));
     playlistView->noteHeightOfRowsWithIndexesChanged({row});

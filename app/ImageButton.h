@@ -8,7 +8,7 @@ namespace app {
 
 /// A button that is nothing but its picture; without one it is transparent and still clicks. Under the
 /// pointer it shows its hover picture or, without one, glows a little; pressed it dims; with the keyboard's
-/// focus it has a ring, and Enter clicks it: Space is the window's.
+/// focus it has a ring, and Enter clicks it as Space does.
 class ImageButton : public QAbstractButton {
     Q_OBJECT
     /// Names of the pictures, for layout files.

@@ -1,9 +1,39 @@
 #include "app/Skin.h"
 
+#include <QApplication>
 #include <QFile>
+#include <QPalette>
+#include <QToolTip>
 #include <QWidget>
 
 namespace app {
+namespace {
+
+QPalette skinPalette() {
+    QPalette palette(QColor(0x29, 0x36, 0x44), QColor(0x22, 0x22, 0x22));
+    palette.setColor(QPalette::Base, QColor(0x15, 0x17, 0x1a));
+    palette.setColor(QPalette::Text, QColor(0xd7, 0xe3, 0xf2));
+    palette.setColor(QPalette::WindowText, QColor(0xb9, 0xc6, 0xd6));
+    palette.setColor(QPalette::ButtonText, QColor(0xd7, 0xe3, 0xf2));
+    palette.setColor(QPalette::Highlight, QColor(0x4a, 0x90, 0xe2));
+    palette.setColor(QPalette::HighlightedText, QColor(0xff, 0xff, 0xff));
+    palette.setColor(QPalette::PlaceholderText, QColor(0x7d, 0x88, 0x96));
+    palette.setColor(QPalette::AlternateBase, QColor(0x1b, 0x1e, 0x22));
+    palette.setColor(QPalette::ToolTipBase, QColor(0x23, 0x27, 0x2c));
+    palette.setColor(QPalette::ToolTipText, QColor(0xd7, 0xe3, 0xf2));
+    palette.setColor(QPalette::Link, QColor(0x4a, 0x90, 0xe2));
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, QColor(0x66, 0x70, 0x7d));
+    return palette;
+}
+
+} // namespace
+
+void useSkinColours() {
+    const QPalette palette = skinPalette();
+    QApplication::setPalette(palette);
+    QToolTip::setPalette(palette);
+}
 
 void dressInSkin(QWidget& widget) {
     static const QString style = [] {

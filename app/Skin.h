@@ -4,8 +4,11 @@ class QWidget;
 
 namespace app {
 
-/// The skin's look for a widget that the platform draws: a menu, a selector, scroll bars. Dialogs stay the
-/// desktop's.
+/// Gives all that the platform draws the skin's colours: dialogs, lists, tool tips. Before any window is
+/// made.
+void useSkinColours();
+
+/// The skin's look for a widget that the platform draws: a menu, a selector, scroll bars.
 void dressInSkin(QWidget& widget);
 
 } // namespace app

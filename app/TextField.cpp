@@ -1,16 +1,26 @@
 #include "app/TextField.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 
+#include <chrono>
 #include <cmath>
+#include <utility>
 
 namespace app {
+namespace {
+
+constexpr std::chrono::milliseconds briefly{1500};
+
+} // namespace
 
 TextField::TextField(QWidget* parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
     QFont roboto(QStringLiteral("Roboto"));
     roboto.setPixelSize(12);
     setFont(roboto);
+    m_brief.setSingleShot(true);
+    m_brief.callOnTimeout([this] { setStringValue(m_own); });
 }
 
 void TextField::setStringValue(const QString& string) {
@@ -18,6 +28,27 @@ void TextField::setStringValue(const QString& string) {
     setText(string);
     setAccessibleDescription(string); // the name says what kind of text it is
     updateToolTip();
+}
+
+void TextField::showBriefly(const QString& string) {
+    if (!m_brief.isActive()) m_own = text();
+    m_brief.start(briefly);
+    setStringValue(string);
+}
+
+void TextField::setAction(std::function<void()> action) {
+    m_action = std::move(action);
+    setCursor(Qt::PointingHandCursor);
+}
+
+/// Accepted, so that the press does not begin to move the window.
+void TextField::mousePressEvent(QMouseEvent* event) {
+    event->setAccepted(m_action && event->button() == Qt::LeftButton);
+}
+
+void TextField::mouseReleaseEvent(QMouseEvent* event) {
+    if (m_action && event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+        m_action();
 }
 
 void TextField::setTextColour(const QColor& colour) {

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <QLabel>
+#include <QTimer>
+
+#include <functional>
 
 namespace app {
 
 /// A line of plain text that ends in an ellipsis where it does not fit; never rich text, whatever a tag
-/// holds. The whole text is its tool tip then.
+/// holds. The whole text is its tool tip then. With an action it can be clicked.
 class TextField : public QLabel {
     Q_OBJECT
     Q_PROPERTY(QColor textColour READ textColour WRITE setTextColour)
@@ -17,6 +20,11 @@ public:
 
     QString stringValue() const { return text(); }
     void setStringValue(const QString& string);
+    /// Shows another text for a moment; its own comes back by itself.
+    void showBriefly(const QString& string);
+
+    /// Called on a click.
+    void setAction(std::function<void()> action);
 
     QColor textColour() const { return m_textColour; }
     void setTextColour(const QColor& colour);
@@ -28,11 +36,16 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     void updateToolTip();
 
     QColor m_textColour = Qt::white;
+    std::function<void()> m_action;
+    QString m_own; ///< While another text is shown briefly.
+    QTimer m_brief;
 };
 
 } // namespace app

@@ -1,6 +1,8 @@
 #include "controls/CustomWindow.h"
 
+#include <QAbstractButton>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWindow>
 
@@ -37,6 +39,17 @@ QPointF CustomWindow::draggedOrigin(const QRectF& visibleFrame, const QRectF& fr
     const QPointF origin = frame.topLeft() + location - initialLocation;
     const double highest = visibleFrame.y() + visibleFrame.height() - frame.height();
     return {origin.x(), std::min(origin.y(), highest)};
+}
+
+bool CustomWindow::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride && qobject_cast<QAbstractButton*>(focusWidget())) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
+            event->accept();
+            return true;
+        }
+    }
+    return Window::event(event);
 }
 
 void CustomWindow::mousePressEvent(QMouseEvent* event) {

@@ -36,6 +36,8 @@ public:
                                  const QPointF& initialLocation);
 
 protected:
+    /// Space is a focused button's before it is any shortcut's.
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;

@@ -112,6 +112,10 @@ QRectF PlaylistEntryCell::playIconRectForBounds(const QRectF& frame) const {
     return {frame.x() + frame.width() - 53.0, frame.y() + 13.0, 6.0, 8.0};
 }
 
+QRectF PlaylistEntryCell::stopMarkRectForBounds(const QRectF& frame) const {
+    return {frame.x() + frame.width() - 46.0, frame.y() + 13.0, 2.0, 8.0};
+}
+
 QRectF PlaylistEntryCell::failureMarkRectForBounds(const QRectF& frame) const {
     return {frame.x() + frame.width() - 54.0, frame.y() + 11.5, 10.0, 10.0};
 }
@@ -126,6 +130,7 @@ void PlaylistEntryCell::drawInteriorWithFrame(QPainter& painter, const QRectF& f
         drawFailureMark(painter, frame);
     else if (m_active)
         m_playIcon.drawInRect(painter, playIconRectForBounds(frame));
+    if (m_stopsAfter && !m_failed) painter.fillRect(stopMarkRectForBounds(frame), getTextColour());
 
     const auto draw = [&](const std::optional<AttributedString>& text, const QRectF& rect) {
         if (text && !text->text.isEmpty()) text->drawInRect(painter, rect);
@@ -152,6 +157,7 @@ QString PlaylistEntryCell::accessibilityLabel() const {
     QStringList parts;
     for (const Text& text : {m_info1, m_info2, m_lengthInfo})
         if (text && !text->isEmpty()) parts << *text;
+    if (m_stopsAfter) parts << QStringLiteral("playing stops after it");
     return parts.join(QStringLiteral(", "));
 }
 

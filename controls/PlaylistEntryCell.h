@@ -27,6 +27,10 @@ public:
     bool failed() const { return m_failed; }
     void setFailed(bool failed) { m_failed = failed; }
 
+    /// True for a row that playing stops after: a bar follows its play icon.
+    bool stopsAfter() const { return m_stopsAfter; }
+    void setStopsAfter(bool stops) { m_stopsAfter = stops; }
+
     /// Shown with two digits at least; 0 shows nothing.
     std::int64_t trackNumber() const { return m_trackNumber; }
     void setTrackNumber(std::int64_t number) { m_trackNumber = number; }
@@ -62,6 +66,7 @@ public:
     QRectF info2RectForBounds(const QRectF& frame) const;
     QRectF lengthInfoRectForBounds(const QRectF& frame) const;
     QRectF playIconRectForBounds(const QRectF& frame) const;
+    QRectF stopMarkRectForBounds(const QRectF& frame) const;
     QRectF failureMarkRectForBounds(const QRectF& frame) const;
     /// Directly below the frame, from the view's left edge.
     QRectF lineRectForBounds(const QRectF& frame) const;
@@ -85,6 +90,7 @@ private:
 
     bool m_active = false;
     bool m_failed = false;
+    bool m_stopsAfter = false;
     std::int64_t m_trackNumber = 0;
     Text m_info1;
     std::vector<TextRange> m_info1Marks;

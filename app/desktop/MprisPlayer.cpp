@@ -4,7 +4,6 @@
 #include "app/FenAppDelegate.h"
 #include "app/FileTypes.h"
 #include "app/desktop/MprisRoot.h"
-#include "controls/RixSlider.h"
 #include "core/player/TulPlayer.h"
 
 #include <QDBusConnection>
@@ -15,6 +14,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <utility>
@@ -29,6 +29,14 @@ using namespace std::chrono_literals;
 constexpr std::chrono::microseconds jump = 750ms;
 
 constexpr double microsecondsPerSecond = 1e6;
+
+struct LoopStatus {
+    QLatin1String name;
+    TulRepeat repeat;
+};
+constexpr std::array<LoopStatus, 3> loopStatuses{{{QLatin1String("None"), TulRepeat::off},
+                                                  {QLatin1String("Playlist"), TulRepeat::list},
+                                                  {QLatin1String("Track"), TulRepeat::track}}};
 
 qlonglong toMicroseconds(double seconds) {
     return static_cast<qlonglong>(std::max(seconds, 0.0) * microsecondsPerSecond);
@@ -146,6 +154,15 @@ QVariantMap MprisPlayer::metadata() const {
     return data;
 }
 
+QString MprisPlayer::loopStatus() const {
+    const auto found = std::ranges::find(loopStatuses, player().repeat(), &LoopStatus::repeat);
+    return QString::fromLatin1(found->name);
+}
+
+bool MprisPlayer::isShuffled() const {
+    return player().isShuffled();
+}
+
 double MprisPlayer::volume() const {
     return player().volume;
 }
@@ -196,8 +213,7 @@ void MprisPlayer::PlayPause() {
 }
 
 void MprisPlayer::Stop() {
-    player().stop();
-    m_delegate.playerController->updatePlayPauseButtonState();
+    m_delegate.playerController->stop();
     announceChanges();
 }
 
@@ -214,15 +230,26 @@ void MprisPlayer::SetPosition(const QDBusObjectPath& track, qlonglong position) 
 }
 
 void MprisPlayer::moveTo(qlonglong position) {
-    player().stream->seek(static_cast<double>(position) / microsecondsPerSecond);
+    m_delegate.playerController->seekTo(static_cast<double>(position) / microsecondsPerSecond);
     noteTime();
     Q_EMIT Seeked(m_position);
 }
 
 void MprisPlayer::setVolume(double volume) {
-    const double held = volume > 0.0 ? std::min(volume, 1.0) : 0.0; // what is no number is silence
-    m_delegate.playerController->volumeSlider->setDoubleValue(held);
-    m_delegate.playerController->volumeSliderChange();
+    m_delegate.playerController->setVolume(volume);
+    announceChanges();
+}
+
+void MprisPlayer::setLoopStatus(const QString& status) {
+    const auto found =
+        std::ranges::find_if(loopStatuses, [&](const LoopStatus& known) { return known.name == status; });
+    if (found == loopStatuses.end()) return;
+    player().setRepeat(found->repeat);
+    announceChanges();
+}
+
+void MprisPlayer::setShuffled(bool shuffled) {
+    player().setShuffled(shuffled);
     announceChanges();
 }
 

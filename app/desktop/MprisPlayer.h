@@ -21,6 +21,8 @@ class MprisPlayer : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
     Q_PROPERTY(QString PlaybackStatus READ playbackStatus)
+    Q_PROPERTY(QString LoopStatus READ loopStatus WRITE setLoopStatus)
+    Q_PROPERTY(bool Shuffle READ isShuffled WRITE setShuffled)
     Q_PROPERTY(double Rate READ rate)
     Q_PROPERTY(double MinimumRate READ rate)
     Q_PROPERTY(double MaximumRate READ rate)
@@ -45,6 +47,11 @@ public:
     void openWaiting();
 
     QString playbackStatus() const;
+    QString loopStatus() const;
+    /// What is no status changes nothing.
+    void setLoopStatus(const QString& status);
+    bool isShuffled() const;
+    void setShuffled(bool shuffled);
     static double rate() { return 1.0; }
     QVariantMap metadata() const;
     double volume() const;

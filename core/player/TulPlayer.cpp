@@ -63,10 +63,11 @@ void TulPlayer::startEntry() {
 
     TulPlaylistEntry& entry = *playlist->currentEntry();
     stream = std::make_unique<TulStream>();
-    stream->title = entry.shownTitle();
-    stream->artist = entry.artist;
-    stream->album = entry.album;
+    m_streamTitle = {};
+    setTexts(entry);
     m_playingEntry = entry.id;
+    if (m_stopsAfter != entry.id) m_stopsAfter = 0;
+    m_order.started(*playlist);
     stream->open(entry.source);
     if (m_request == TulPlaybackRequest::pause) stream->holdAtStart();
     stream->setEndSync(&TulPlayer::onStreamEnded);
@@ -85,15 +86,20 @@ void TulPlayer::startEntry() {
 
 void TulPlayer::prepareNext() {
     if (!stream) return;
-    const bool endsHere = playlist->entryCount() == 0 || m_request == TulPlaybackRequest::stop;
-    stream->setNext(endsHere ? std::string() : playlist->followingEntry()->source);
+    const bool endsHere = m_stopsAfter != 0 || m_request == TulPlaybackRequest::stop;
+    const TulPlaylistEntry* const next = endsHere ? nullptr : m_order.followingEntry(*playlist);
+    stream->setNext(next ? next->source : std::string());
 }
 
 void TulPlayer::update() {
     networkSharing->dropDeadEncoder();
     prepareNext();
+    followStreamTitle();
     const TulPlaybackState state = playbackState();
-    if (state == TulPlaybackState::playing) markCurrentEntry({});
+    if (state == TulPlaybackState::playing) {
+        markCurrentEntry({});
+        takeLength();
+    }
     // The end of a fade paused it just as it was resumed.
     if (state == TulPlaybackState::paused && m_request == TulPlaybackRequest::play) stream->play();
 }
@@ -130,11 +136,27 @@ bool TulPlayer::isPlaying() const {
 }
 
 void TulPlayer::next() {
-    playlist->nextEntry() ? startCurrentEntry() : restartCurrent();
+    m_order.nextEntry(*playlist) ? startCurrentEntry() : restartCurrent();
 }
 
 void TulPlayer::previous() {
-    playlist->previousEntry() ? startCurrentEntry() : restartCurrent();
+    m_order.previousEntry(*playlist) ? startCurrentEntry() : restartCurrent();
+}
+
+void TulPlayer::setRepeat(TulRepeat repeat) {
+    m_order.setRepeat(repeat);
+    prepareNext();
+}
+
+void TulPlayer::setShuffled(bool shuffled) {
+    m_order.setShuffled(shuffled);
+    prepareNext();
+}
+
+void TulPlayer::setStopsAfterEntry(bool stops) {
+    m_stopsAfter = stops && stream ? m_playingEntry : 0;
+    prepareNext();
+    if (rowChanged) rowChanged(playlist->currentIndex);
 }
 
 void TulPlayer::stop() {
@@ -166,14 +188,21 @@ void TulPlayer::onStreamEnded(HSYNC /*sync*/, DWORD channel, DWORD /*data*/, voi
 /// Only the end of the stream that is there now counts: a command may have replaced it meanwhile.
 void TulPlayer::streamEnded(HSTREAM ended) {
     if (!stream || stream->handle != ended) return;
-    if (const TulFailure failure = stream->failure()) {
+    const TulFailure failure = stream->failure();
+    if (failure) {
         markCurrentEntry(failure);
         if (!goesOnAfter(failure)) return;
     } else {
         m_failedInARow = 0;
     }
-    if (playlist->entryCount() == 0 || m_request == TulPlaybackRequest::stop) return stop();
-    playlist->nextEntry();
+    goOn(failure.kind != TulFailure::Kind::none);
+}
+
+/// With what follows by itself. What cannot be played is not repeated.
+void TulPlayer::goOn(bool afterFailure) {
+    const bool endsHere = std::exchange(m_stopsAfter, 0) != 0 || m_request == TulPlaybackRequest::stop;
+    if (endsHere || !m_order.followingEntry(*playlist)) return stop();
+    if (afterFailure || m_order.repeat() != TulRepeat::track) m_order.nextEntry(*playlist);
     m_skipsFailures = true;
     startEntry();
 }
@@ -195,6 +224,16 @@ void TulPlayer::markCurrentEntry(const TulFailure& failure) {
     if (entry.source == stream->source) entry.failure = failure;
 }
 
+/// Of an entry whose tags do not say it, as of an address.
+void TulPlayer::takeLength() {
+    if (playlist->entryCount() == 0) return;
+    TulPlaylistEntry& entry = *playlist->currentEntry();
+    const bool isUnknown = entry.length <= 0 && entry.tags == TulPlaylistEntry::Tags::read;
+    if (entry.id != m_playingEntry || !isUnknown || stream->length() <= 0) return;
+    entry.length = stream->length();
+    if (rowChanged) rowChanged(playlist->currentIndex);
+}
+
 void TulPlayer::setVolume(float newVolume) {
     // Setting it would end a fade; play() sets it again.
     if (stream && playbackState() != TulPlaybackState::fadingOut) stream->setVolume(newVolume);
@@ -208,12 +247,34 @@ void TulPlayer::setBalance(float newBalance) {
 
 void TulPlayer::entryChanged(const TulPlaylistEntry& entry, std::int32_t row) {
     if (stream && entry.id == m_playingEntry) {
-        stream->title = entry.shownTitle();
-        stream->artist = entry.artist;
-        stream->album = entry.album;
+        setTexts(entry);
         m_songInfoChanged = true;
     }
     if (rowChanged) rowChanged(row);
+}
+
+void TulPlayer::setTexts(const TulPlaylistEntry& entry) {
+    m_entryTexts = {.station = {}, .title = entry.shownTitle(), .artist = entry.artist, .album = entry.album};
+    showTexts();
+}
+
+/// What a stream says of what it plays takes the place of the entry's texts, and the station that of the
+/// album.
+void TulPlayer::showTexts() {
+    const TulStreamTitle& said = m_streamTitle;
+    const TulStreamTitle& texts = said.title.empty() ? m_entryTexts : said;
+    stream->title = said.title.empty() && !said.station.empty() ? said.station : texts.title;
+    stream->artist = texts.artist;
+    stream->album = said.title.empty() || said.station.empty() ? texts.album : said.station;
+}
+
+void TulPlayer::followStreamTitle() {
+    if (!stream) return;
+    TulStreamTitle said = stream->streamTitle();
+    if (said == m_streamTitle) return;
+    m_streamTitle = std::move(said);
+    showTexts();
+    m_songInfoChanged = true;
 }
 
 bool TulPlayer::takeSongChanged() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/background/Workers.h"
+#include "core/player/TulPlayOrder.h"
 #include "core/player/TulPlaybackState.h"
 #include "core/player/TulStream.h"
 #include "core/playlist/ListKeeper.h"
@@ -90,6 +91,16 @@ public:
     [[nodiscard]] TulFailure failure() const;
     void next();
     void previous();
+    /// In which order the entries are played, and what follows the last. For this run.
+    [[nodiscard]] TulRepeat repeat() const { return m_order.repeat(); }
+    void setRepeat(TulRepeat repeat);
+    [[nodiscard]] bool isShuffled() const { return m_order.isShuffled(); }
+    void setShuffled(bool shuffled);
+    /// Whether playing stops at the end of the entry that plays now. Over with that entry.
+    [[nodiscard]] bool stopsAfterEntry() const { return m_stopsAfter != 0; }
+    void setStopsAfterEntry(bool stops);
+    /// Whether that is this one.
+    [[nodiscard]] bool stopsAfter(const TulPlaylistEntry& entry) const { return m_stopsAfter == entry.id; }
     /// Fades out and goes back to the start of the stream, where play() then begins.
     void stop();
     void restartCurrent();
@@ -149,6 +160,11 @@ private:
     void startEntry();
     void streamEnded(HSTREAM ended);
     [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
+    void takeLength();
+    void goOn(bool afterFailure);
+    void setTexts(const TulPlaylistEntry& entry);
+    void showTexts();
+    void followStreamTitle();
     void markCurrentEntry(const TulFailure& failure);
     void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
     void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
@@ -174,5 +190,9 @@ private:
     std::uint64_t m_opening = 0; ///< Counts what has been opened or given up.
     Opened m_opened;
     std::uint64_t m_playingEntry = 0; ///< The id of the one that `stream` was opened for.
+    std::uint64_t m_stopsAfter = 0;   ///< The id of the one that playing stops after; 0 for none.
+    TulPlayOrder m_order;
+    TulStreamTitle m_entryTexts;  ///< Of the entry that plays, whatever its stream says.
+    TulStreamTitle m_streamTitle; ///< What its stream said last.
     bool m_songInfoChanged = false;
 };

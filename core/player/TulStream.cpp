@@ -87,6 +87,12 @@ TulFailure::Kind failureKind(DWORD status) {
     }
 }
 
+std::string tags(HSTREAM handle, DWORD which) {
+    std::string text(8192, '\0');
+    text.resize(BASS_ChannelGetTags(handle, which, text.data(), static_cast<DWORD>(text.size())));
+    return text;
+}
+
 float attribute(HSTREAM handle, DWORD which) {
     float value = 0;
     BASS_ChannelGetAttribute(handle, which, &value);
@@ -128,8 +134,9 @@ void TulStream::play() {
 void TulStream::fadeOutAndPause() {
     if (active() == BASS_ACTIVE_STALLED) BASS_ChannelPause(handle);
     if (!isActive()) return;
-    BASS_ChannelSlideAttribute(handle, BASS_ATTRIB_VOL, 0.0F, fadeOutMs);
+    // Before the slide, which is over at once while the stream has nothing to play yet.
     BASS_ChannelSetSync(handle, BASS_SYNC_SLIDE, 0, &TulStream::pause, nullptr);
+    BASS_ChannelSlideAttribute(handle, BASS_ATTRIB_VOL, 0.0F, fadeOutMs);
 }
 
 void TulStream::fadeOutAndStop() {
@@ -157,6 +164,17 @@ double TulStream::length() const {
 
 void TulStream::setEndSync(SYNCPROC* callback) {
     BASS_ChannelSetSync(handle, BASS_SYNC_END | BASS_SYNC_ONETIME, 0, callback, nullptr);
+}
+
+bool TulStream::isLive() const {
+    return isNetworkSource(source) && BASS_StreamGetStatus(handle, nullptr) == BASS_STREAM_OPEN &&
+           length() < 0;
+}
+
+TulStreamTitle TulStream::streamTitle() const {
+    if (!isNetworkSource(source)) return {};
+    return parseStreamTitle(tags(handle, BASS_TAG_ICY), tags(handle, BASS_TAG_META),
+                            tags(handle, BASS_TAG_OGG));
 }
 
 bool TulStream::isConnecting() const {
@@ -196,7 +214,8 @@ void TulStream::setBalance(float balance) {
 std::string TulStream::nextInfoLine() {
     const bool artistsTurn = infoToggle == 1;
     infoToggle = artistsTurn ? 2 : 1;
-    return artistsTurn ? artist : album;
+    const bool showsArtist = artistsTurn ? !artist.empty() || album.empty() : album.empty();
+    return showsArtist ? artist : album;
 }
 
 TulSpectrum TulStream::spectrum() {

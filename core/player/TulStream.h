@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/player/TulSpectrum.h"
+#include "core/player/TulStreamTitle.h"
 #include "core/playlist/TulFailure.h"
 #include "platform/bass/bass.h"
 
@@ -58,6 +59,11 @@ public:
     /// stream has failed.
     void setEndSync(SYNCPROC* callback);
 
+    /// Plays, and has no end that is known.
+    [[nodiscard]] bool isLive() const;
+    /// What an address says of itself and of the sound that is being played; nothing for a file.
+    [[nodiscard]] TulStreamTitle streamTitle() const;
+
     /// Nothing has been ready to be played yet.
     [[nodiscard]] bool isConnecting() const;
     /// Why it does not play. Kept for as long as the stream is.
@@ -73,7 +79,7 @@ public:
     [[nodiscard]] float balance() const;
     void setBalance(float balance);
 
-    /// Artist and album in turn.
+    /// Artist and album in turn; one of them alone where the other is empty.
     std::string nextInfoLine();
     TulSpectrum spectrum();
 

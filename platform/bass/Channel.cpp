@@ -16,6 +16,9 @@ constexpr Voice::Config networkVoice{.framesAhead = 491520, .refillFrames = samp
 /// The source that follows is opened when so much of this one is left to be decoded.
 constexpr std::int64_t prepareFrames = std::int64_t{10} * sampleRate;
 
+/// A stream that changes its tags more often loses some.
+constexpr std::size_t maxTagsAhead = 64;
+
 DWORD statusOf(Failure failure) {
     switch (failure) {
     case Failure::none:
@@ -126,6 +129,14 @@ void Channel::release(const Lock& lock) {
 
 std::int64_t Channel::position(const Lock& /*lock*/) {
     return m_seek ? *m_seek : m_voice.playedFrame(m_engine.output.playedFrame());
+}
+
+const StreamTags& Channel::tags(const Lock& /*lock*/) {
+    static const StreamTags none;
+    const std::int64_t played = m_voice.playedFrame(m_engine.output.playedFrame());
+    while (m_tags.size() > 1 && m_tags[1].frame <= played)
+        m_tags.pop_front();
+    return m_tags.empty() ? none : m_tags.front().tags;
 }
 
 // ---- mixing ----
@@ -384,6 +395,11 @@ void Channel::readAll(const Lock& lock, bool broken) {
     m_voice.complete();
     wrote(lock);
     linkNext(lock);
+}
+
+void Channel::told(const Lock& /*lock*/, StreamTags tags) {
+    if (m_tags.size() == maxTagsAhead) m_tags.pop_back();
+    m_tags.push_back({m_voice.decodedFrame(), std::move(tags)});
 }
 
 void Channel::sought(const Lock& lock, std::int64_t frame, bool reached) {

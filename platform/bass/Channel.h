@@ -6,6 +6,7 @@
 #include "platform/bass/Voice.h"
 #include "platform/bass/source/Source.h"
 
+#include <deque>
 #include <memory>
 #include <optional>
 #include <semaphore>
@@ -38,6 +39,8 @@ public:
     bool seek(const Lock& lock, std::int64_t frame);
     std::int64_t position(const Lock& lock);
     std::optional<std::int64_t> length(const Lock& /*lock*/) const { return m_length; }
+    /// What the stream says of the frame that is being played.
+    const StreamTags& tags(const Lock& lock);
     /// Silent from now on, whatever is still asked of it; its worker ends by itself.
     void release(const Lock& lock);
 
@@ -99,6 +102,7 @@ private:
     void wrote(const Lock& lock);
     void readAll(const Lock& lock, bool broken);
     void sought(const Lock& lock, std::int64_t frame, bool reached);
+    void told(const Lock& lock, StreamTags tags);
 
     const DWORD m_handle;
     const SourceName m_name;
@@ -118,6 +122,11 @@ private:
     std::optional<std::int64_t> m_seek; ///< Asked for, not done.
     bool m_seekBegun = false;           ///< False while it waits for the end of a fade.
     std::vector<Sync> m_syncs;
+    struct TagsFrom {
+        std::int64_t frame;
+        StreamTags tags;
+    };
+    std::deque<TagsFrom> m_tags; ///< Of what is played, then of what is decoded ahead.
 
     SourceName m_nextName;
     std::shared_ptr<Channel> m_next; ///< Made for `m_nextName` shortly before the end.

@@ -92,7 +92,9 @@ void StreamWorker::read(Lock& lock) {
     if (!m_unwritten) {
         lock.unlock();
         m_unwritten = m_source->read(samplesOf(m_chunk));
+        auto tags = m_source->takeTags();
         lock.lock();
+        if (tags) channel.told(lock, std::move(*tags));
     }
     // A seek that has begun may be refused, and then reading goes on here; a rewind may have taken the room.
     if ((channel.m_seek && channel.m_seekBegun) || channel.voice().writable() < m_unwritten->frames) return;

@@ -46,6 +46,10 @@ public:
 
     bool isComplete() const { return m_complete; }
     std::size_t readable() const { return m_ring.readable(); }
+    /// The frame of the source that is written next; while frames are mixed, a little more.
+    std::int64_t decodedFrame() const {
+        return m_timeline.mixedFrame() + static_cast<std::int64_t>(m_ring.readable());
+    }
     /// Wants frames, and has none.
     bool isDry() const { return m_dry; }
 

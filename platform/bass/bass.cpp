@@ -39,6 +39,19 @@ bool isAttribute(DWORD attribute) {
     return attribute == BASS_ATTRIB_VOL || attribute == BASS_ATTRIB_PAN;
 }
 
+const std::string* saidAs(DWORD kind, const bass::StreamTags& tags) {
+    switch (kind) {
+    case BASS_TAG_OGG:
+        return &tags.comments;
+    case BASS_TAG_ICY:
+        return &tags.headers;
+    case BASS_TAG_META:
+        return &tags.metadata;
+    default:
+        return nullptr;
+    }
+}
+
 std::uint32_t framesOf(DWORD ms) {
     return static_cast<std::uint32_t>(std::min<QWORD>(QWORD{ms} * bass::sampleRate / 1000, ~DWORD{0}));
 }
@@ -178,6 +191,13 @@ QWORD BASS_ChannelSeconds2Bytes(DWORD handle, double seconds) {
     constexpr double maxFrames = 1e15;
     const double frames = std::clamp(seconds * bass::sampleRate + tolerance, 0.0, maxFrames);
     return static_cast<QWORD>(frames) * bytesPerFrame;
+}
+
+DWORD BASS_ChannelGetTags(DWORD handle, DWORD tags, char* text, DWORD size) {
+    const Access channel(handle);
+    if (!channel || !text) return 0;
+    const std::string* const said = saidAs(tags, channel->tags(channel.lock));
+    return said ? static_cast<DWORD>(said->copy(text, size)) : 0;
 }
 
 DWORD BASS_ChannelGetData(DWORD handle, void* buffer, DWORD request) {

@@ -57,6 +57,13 @@ using SYNCPROC = void(HSYNC handle, DWORD channel, DWORD data, void* user);
 /// Receives the raw bytes of a network stream while they are downloaded.
 using DOWNLOADPROC = void(const void* buffer, DWORD length, void* user);
 
+/// What BASS_ChannelGetTags is asked for: comments of the container ("TITLE=", "ARTIST=", "ALBUM=", each
+/// ended by a NUL), the fields of an internet radio's answer (lines "icy-name: NAME" and so on), its last
+/// packet of metadata ("StreamTitle='TITLE';").
+inline constexpr DWORD BASS_TAG_OGG = 2;
+inline constexpr DWORD BASS_TAG_ICY = 4;
+inline constexpr DWORD BASS_TAG_META = 5;
+
 /// Starts the library. `device` -1 is the default output device, the only one offered; `freq` must be 44100,
 /// the remaining arguments 0 and null. The device itself is opened by a thread of the library's own, again
 /// and again until there is one; what plays meanwhile waits. FALSE when no device could ever be opened, or
@@ -80,8 +87,9 @@ HSTREAM BASS_APE_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWOR
 HSTREAM BASS_OPUS_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
 HSTREAM BASS_WV_StreamCreateFile(BOOL mem, const void* file, QWORD offset, QWORD length, DWORD flags);
 
-/// As BASS_StreamCreateFile for an http or https address; follows redirects within these two. `offset` and
-/// `flags` must be 0, `proc` null. 0 for text that is no such address.
+/// As BASS_StreamCreateFile for an http or https address; follows redirects within these two, and opens the
+/// first address that a list of a radio station (m3u, pls) names. `offset` and `flags` must be 0, `proc`
+/// null. 0 for text that is no such address.
 HSTREAM BASS_StreamCreateURL(const char* url, DWORD offset, DWORD flags, DOWNLOADPROC* proc, void* user);
 
 /// What has become of a stream: BASS_StreamGetStatus.
@@ -156,6 +164,10 @@ QWORD BASS_ChannelGetLength(DWORD handle, DWORD mode);
 double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos);
 /// Byte position of a time, rounded down to a whole frame; negative times are the start.
 QWORD BASS_ChannelSeconds2Bytes(DWORD handle, double seconds);
+
+/// Copies what the stream says of the sound that is being played now, as the bytes that were sent, at most
+/// `size` of them and no more than some thousands. Answers how many; 0 where nothing is said.
+DWORD BASS_ChannelGetTags(DWORD handle, DWORD tags, char* text, DWORD size);
 
 /// BASS_DATA_FFT1024: writes 512 floats, the magnitudes of the last 1024 frames played (channels averaged,
 /// Hann window), scaled so that a full-scale sine in the middle of a bin gives 1.0. Answers the bytes read.

@@ -64,6 +64,8 @@ void FilePanel::setAllowedFileTypes(const QString& description, const QStringLis
 void FilePanel::setUp(QFileDialog& dialog) const {
     dialog.setWindowTitle(m_title);
     if (!m_extensions.isEmpty()) {
+        dialog.setOption(
+            QFileDialog::HideNameFilterDetails); // dozens of patterns, of which the list shows few
         dialog.setNameFilters({filterOf(m_description, m_extensions), QObject::tr("All files (*)")});
     }
     const QString folder = lastFolder().isEmpty() ? m_directory : lastFolder();

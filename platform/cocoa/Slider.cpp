@@ -5,15 +5,23 @@
 
 #include <QAccessible>
 #include <QCoreApplication>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QStyle>
+#include <QToolTip>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
 
 namespace cocoa {
+namespace {
+
+/// Tool tips appear below the place they are shown at; this one is to be above the bar.
+constexpr int toolTipRise = 48;
+
+} // namespace
 
 /// The knob is held: where the pointer took it, from its centre.
 class Slider::Tracking {
@@ -28,9 +36,11 @@ private:
 Slider::Slider(QWidget* parent) : QWidget(parent), m_cell(std::make_unique<SliderCell>()) {
     installAccessibility();
     m_cell->setControlView(this);
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setAttribute(Qt::WA_Hover); // the hover look of knobs
+    m_lateAction.setSingleShot(true);
+    m_lateAction.callOnTimeout([this] { sendAction(); });
 }
 
 Slider::~Slider() = default;
@@ -44,11 +54,12 @@ void Slider::setCell(std::unique_ptr<SliderCell> cell) {
 }
 
 void Slider::setDoubleValue(double value) {
-    if (!isTracking()) m_cell->setDoubleValue(value); // the knob stays under the user's hand
+    // The knob stays under the user's hand, and where it was put until that has been reported.
+    if (!isTracking() && !m_lateAction.isActive()) m_cell->setDoubleValue(value);
 }
 
-QString Slider::valueText() const {
-    return m_valueText ? m_valueText(doubleValue()) : QString::number(doubleValue());
+QString Slider::valueTextOf(double value) const {
+    return m_valueText ? m_valueText(value) : QString::number(value);
 }
 
 bool Slider::isTracking() const {
@@ -73,20 +84,51 @@ void Slider::moveTo(double value) {
     if (doubleValue() == before) return;
     QAccessibleValueChangeEvent changed(this, doubleValue());
     QAccessible::updateAccessibility(&changed);
+    callAction();
+}
+
+void Slider::callAction() {
+    const qint64 interval = m_actionInterval.count();
+    if (!m_sinceAction.isValid() || m_sinceAction.hasExpired(interval)) return sendAction();
+    if (!m_lateAction.isActive())
+        m_lateAction.start(static_cast<int>(std::max<qint64>(interval - m_sinceAction.elapsed(), 0)));
+}
+
+void Slider::sendAction() {
+    m_lateAction.stop();
+    if (m_actionInterval.count() > 0) m_sinceAction.start();
     if (m_action) m_action();
 }
 
+double Slider::travel() const {
+    return m_cell->barRectFlipped(true).width() - m_cell->knobThickness();
+}
+
+/// With the knob's centre at `x`.
+double Slider::valueAt(double x) const {
+    const double left = m_cell->barRectFlipped(true).x() + m_cell->knobThickness() / 2;
+    return minValue() + std::clamp((x - left) / travel(), 0.0, 1.0) * (maxValue() - minValue());
+}
+
 void Slider::moveKnobTo(double x) {
-    const QRectF bar = m_cell->barRectFlipped(true);
-    const double travel = bar.width() - m_cell->knobThickness();
-    if (travel <= 0) return;
-    const double fraction = std::clamp((x - bar.x() - m_cell->knobThickness() / 2) / travel, 0.0, 1.0);
-    moveTo(minValue() + fraction * (maxValue() - minValue()));
+    if (travel() <= 0) return;
+    const double value = valueAt(x);
+    const bool snaps = m_snap && std::abs(value - m_snap->value) < m_snap->distance;
+    moveTo(snaps ? m_snap->value : value);
+    showValueAt(x);
+}
+
+void Slider::showValueAt(double x) {
+    if (!m_showsValueAtPointer || travel() <= 0) return;
+    const double onBar = std::clamp(x, 0.0, static_cast<double>(width()));
+    const QPoint above = mapToGlobal(QPoint(static_cast<int>(onBar), -toolTipRise));
+    QToolTip::showText(above, valueTextOf(valueAt(x)), this);
 }
 
 void Slider::stopTracking() {
     QCoreApplication::instance()->removeEventFilter(this);
     m_tracking.reset();
+    if (m_lateAction.isActive()) sendAction();
 }
 
 void Slider::paintEvent(QPaintEvent* /*event*/) {
@@ -107,7 +149,7 @@ void Slider::mousePressEvent(QMouseEvent* event) {
     const bool onKnob = x >= knob.left() && x <= knob.right();
     m_tracking = std::make_unique<Tracking>(onKnob ? x - knob.center().x() : 0.0);
     QCoreApplication::instance()->installEventFilter(this);
-    if (!onKnob) moveKnobTo(x);
+    onKnob ? showValueAt(x) : moveKnobTo(x);
 }
 
 void Slider::mouseMoveEvent(QMouseEvent* event) {
@@ -122,17 +164,19 @@ void Slider::keyPressEvent(QKeyEvent* event) {
     if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
         return event->ignore();
     const double range = maxValue() - minValue();
+    const double step = m_step.value_or(range / 100);
+    const double page = m_step ? *m_step * 6 : range / 10;
     switch (event->key()) {
     case Qt::Key_Left:
     case Qt::Key_Down:
-        return moveTo(doubleValue() - range / 100);
+        return moveTo(doubleValue() - step);
     case Qt::Key_Right:
     case Qt::Key_Up:
-        return moveTo(doubleValue() + range / 100);
+        return moveTo(doubleValue() + step);
     case Qt::Key_PageDown:
-        return moveTo(doubleValue() - range / 10);
+        return moveTo(doubleValue() - page);
     case Qt::Key_PageUp:
-        return moveTo(doubleValue() + range / 10);
+        return moveTo(doubleValue() + page);
     case Qt::Key_Home:
         return moveTo(minValue());
     case Qt::Key_End:
@@ -146,7 +190,7 @@ void Slider::wheelEvent(QWheelEvent* event) {
     // One notch of a wheel is 120; sideways strokes belong to whoever turns pages.
     const QPoint angle = event->angleDelta();
     if (std::abs(angle.x()) > std::abs(angle.y()) || isTracking()) return event->ignore();
-    moveTo(doubleValue() + angle.y() / 120.0 * (maxValue() - minValue()) / 50);
+    moveTo(doubleValue() + angle.y() / 120.0 * m_step.value_or((maxValue() - minValue()) / 50));
     event->accept();
 }
 
@@ -161,6 +205,10 @@ bool Slider::eventFilter(QObject* watched, QEvent* event) {
 
 bool Slider::event(QEvent* event) {
     switch (event->type()) {
+    case QEvent::ToolTip:
+        if (!m_showsValueAtPointer || !(minValue() < maxValue())) break;
+        showValueAt(static_cast<QHelpEvent*>(event)->pos().x());
+        return true;
     case QEvent::Hide:
     case QEvent::UngrabMouse:
         stopTracking();

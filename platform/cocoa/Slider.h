@@ -2,14 +2,20 @@
 
 #include "platform/cocoa/SliderCell.h"
 
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace cocoa {
 
 /// A horizontal slider that draws through its cell. The user moves it by dragging, by a click (the knob jumps
-/// there), by the wheel and by keys: arrows a hundredth of the range, page keys a tenth, Home and End to the
-/// ends. While the knob is held, the run loop is tracking (RunLoop).
+/// there), by the wheel and by keys: arrows a hundredth of the range, a notch of the wheel a fiftieth, page
+/// keys a tenth, Home and End to the ends. While the knob is held, the run loop is tracking (RunLoop). Only
+/// Tab gives it the keyboard.
 class Slider : public QWidget {
     Q_OBJECT
     Q_PROPERTY(double minValue READ minValue WRITE setMinValue)
@@ -31,11 +37,21 @@ public:
     void setMaxValue(double value) { m_cell->setMaxValue(value); }
     void setDoubleValue(double value);
 
+    /// Arrows and a notch of the wheel move by `step` whatever the range is, page keys by six of it.
+    void setStep(double step) { m_step = step; }
+    /// A knob that is dragged to less than `distance` from `value` rests there.
+    void setSnap(double value, double distance) { m_snap = {value, distance}; }
+    /// The action is called no more often than this; the last change is always reported, at the latest when
+    /// the knob is released.
+    void setActionInterval(std::chrono::milliseconds interval) { m_actionInterval = interval; }
+    /// The value under the pointer is shown in a tool tip, while it rests and while it drags.
+    void setShowsValueAtPointer(bool shows) { m_showsValueAtPointer = shows; }
+
     /// Called on every change that the user makes; never by setDoubleValue.
     void setAction(std::function<void()> action) { m_action = std::move(action); }
     /// The value as a screen reader says it; by default the number.
     void setValueText(std::function<QString(double)> text) { m_valueText = std::move(text); }
-    QString valueText() const;
+    QString valueText() const { return valueTextOf(doubleValue()); }
 
     /// True while the user holds the knob.
     bool isTracking() const;
@@ -62,13 +78,29 @@ protected:
 
 private:
     class Tracking;
+    QString valueTextOf(double value) const;
+    double travel() const;
+    double valueAt(double x) const;
     void moveKnobTo(double x);
+    void showValueAt(double x);
     void stopTracking();
+    void callAction();
+    void sendAction();
 
     std::unique_ptr<SliderCell> m_cell;
     std::unique_ptr<Tracking> m_tracking;
     std::function<void()> m_action;
     std::function<QString(double)> m_valueText;
+    std::optional<double> m_step;
+    struct Snap {
+        double value;
+        double distance;
+    };
+    std::optional<Snap> m_snap;
+    std::chrono::milliseconds m_actionInterval{0};
+    QElapsedTimer m_sinceAction;
+    QTimer m_lateAction; ///< Runs while a change has not been reported.
+    bool m_showsValueAtPointer = false;
 };
 
 } // namespace cocoa

@@ -448,6 +448,21 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     EXPECT_EQ(received.size(), 2U);
     EXPECT_EQ(received.back().title, "Elm & Oak") << "nothing was said of the one before";
     EXPECT_EQ(received.back().replaces, 41U) << "it takes the place of the first";
+
+    const std::string wav = support::readFile(
+        support::writeWav(support::scratch() / "radio.wav", support::sine(2200, 30 * 44100)));
+    support::HttpServer radio([&](auto& client) {
+        support::HttpServer::sendRadio(client, "Station", wav, 4 * 44100 * 3, {"StreamTitle='Fig & Fir';"});
+        client.stall();
+    });
+    desk.turnBack();
+    answer("ctrl+u", "Stream address", radio.url("/live"));
+    ASSERT_TRUE(showsRows(4));
+    desk.doubleClick(place::row(3));
+    desk.turnAway();
+    ASSERT_TRUE(hears(2200));
+    ASSERT_TRUE(Desk::until([&] { return received.back().title == "Fig & Fir"; }));
+    EXPECT_EQ(received.back().body, "Station");
 }
 
 /// A panel with the desktop's media keys: what it is told of the player.
@@ -539,6 +554,14 @@ TEST_F(RoadTest, MediaKeysAndPanelsOfTheDesktopSteerIt) {
     EXPECT_NE(metadata().value("mpris:trackid").value<QDBusObjectPath>(), track);
     EXPECT_FALSE(metadata().contains("mpris:artUrl"));
     EXPECT_FALSE(QFile::exists(cover.toLocalFile()));
+
+    EXPECT_EQ(panel.told.value("LoopStatus"), "Playlist");
+    player.setProperty("LoopStatus", "Track");
+    player.setProperty("Shuffle", true);
+    EXPECT_TRUE(Desk::until(
+        [&] { return panel.told.value("LoopStatus") == "Track" && panel.told.value("Shuffle") == true; }));
+    player.setProperty("LoopStatus", "Whatever");
+    EXPECT_EQ(player.property("LoopStatus"), "Track");
 
     player.setProperty("Volume", -3.0);
     EXPECT_TRUE(fallsSilent());

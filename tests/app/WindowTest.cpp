@@ -1,5 +1,6 @@
 // The window with real media, the audio library without a device in real time, and input events.
 
+#include "app/Card.h"
 #include "app/CoverArtView.h"
 #include "app/FenAppDelegate.h"
 #include "app/FenCoverArtController.h"
@@ -16,12 +17,15 @@
 #include "platform/cocoa/ComboBox.h"
 #include "platform/cocoa/PageController.h"
 #include "platform/cocoa/TableView.h"
+#include "tests/support/HttpServer.h"
 #include "tests/support/Media.h"
 #include "tests/support/TestApplication.h"
 
 #include <QDropEvent>
 #include <QHelpEvent>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMimeData>
 #include <QTest>
 #include <QTimer>
@@ -33,6 +37,7 @@
 #include <algorithm>
 #include <ctime>
 #include <functional>
+#include <stdexcept>
 #include <tuple>
 #include <utility>
 
@@ -85,7 +90,7 @@ protected:
         delegate.playlistController->reloadPlaylistData();
     }
     bool shows(const char* title) {
-        return runUntil([&] { return controls->info1View->text() == QLatin1String(title); });
+        return runUntil([&] { return controls->info1View->text() == QString::fromUtf8(title); });
     }
     void click(QWidget* button) { QTest::mouseClick(button, Qt::LeftButton); }
 
@@ -329,6 +334,136 @@ TEST_F(WindowTest, AFileThatCannotBeReadOrWrittenIsNamedAndTheListStays) {
         EXPECT_TRUE(delegate.player->playlist->isChanged());
         EXPECT_EQ(delegate.player->internalPlaylistManager->count(), 0);
     }
+}
+
+TEST_F(WindowTest, AStationShowsItsNameAndEachTitleWhenItIsPlayed) {
+    const std::string wav =
+        support::readFile(support::writeWav(support::scratch() / "radio.wav", support::sine(440, 44100 * 8)));
+    constexpr std::size_t interval = 4 * 44100 * 2; // of two seconds
+    support::HttpServer radio([&](support::HttpServer::Client& client) {
+        support::HttpServer::sendRadio(
+            client, "<i>Station", wav, interval,
+            {"StreamTitle='Caf\xe9 & \xc9t\xe9';", "StreamTitle='It's <b>Two';junk"});
+        client.stall();
+    });
+    support::HttpServer site([&](support::HttpServer::Client& client) {
+        client.send("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n[playlist]\nFile1=" + radio.url("/live") +
+                    "\n");
+    });
+    delegate.openSources({site.url("/listen.pls")});
+    ASSERT_TRUE(shows("<i>Station"));
+    EXPECT_TRUE(runUntil([&] { return controls->lengthView->text() == "live"; }));
+    for (const auto& [title, from] : {std::pair{"Café & Été", 2.0}, {"It's <b>Two", 4.0}}) {
+        ASSERT_TRUE(shows(title));
+        EXPECT_GE(delegate.player->stream->position(), from - 0.1) << "not when it is read ahead";
+        EXPECT_LT(delegate.player->stream->position(), from + 1.5);
+        EXPECT_EQ(controls->info2View->text(), "<i>Station");
+    }
+    const auto& row = static_cast<PlaylistEntryCell&>(table().preparedCell(0));
+    EXPECT_EQ(row.lengthInfo(), "live");
+    EXPECT_FALSE(controls->statusSlider->isEnabled());
+}
+
+TEST_F(WindowTest, KeysSlidersAndTheTimeSteerWhatPlays) {
+    addTracks();
+    doubleClickRow(0);
+    ASSERT_TRUE(shows("One"));
+    ASSERT_TRUE(runUntil([&] { return controls->lengthView->text() == "00:20"; }));
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers) {
+        QTest::keyClick(delegate.window->focusWidget(), key, modifiers);
+    };
+    const auto position = [&] { return delegate.player->stream->position(); };
+    click(controls->playPauseButton);
+    ASSERT_TRUE(runUntil([&] { return delegate.player->playbackState() == TulPlaybackState::paused; }));
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        double to;
+    } jumps[] = {{Qt::Key_Right, Qt::ShiftModifier, 15},
+                 {Qt::Key_Left, Qt::ShiftModifier, 5},
+                 {Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier, 0},
+                 {Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier, 20}};
+    for (const auto& [key, modifiers, to] : jumps) {
+        controls->seekTo(10);
+        press(key, modifiers);
+        EXPECT_NEAR(position(), to, 0.001);
+    }
+    controls->seekTo(12);
+    EXPECT_EQ(controls->timeView->text(), "00:12");
+    controls->timeView->show(); // paused, it is hidden
+    click(controls->timeView);
+    EXPECT_EQ(controls->timeView->text(), "−00:08");
+    click(controls->timeView);
+    EXPECT_EQ(controls->timeView->text(), "00:12");
+
+    for (const auto& [key, percent] :
+         {std::pair{Qt::Key_Up, 55}, {Qt::Key_Down, 50}, {Qt::Key_0, 0}, {Qt::Key_0, 50}}) {
+        press(key, Qt::ControlModifier);
+        EXPECT_NEAR(delegate.player->volume, percent / 100.0, 1e-6);
+        EXPECT_NEAR(controls->volumeSlider->doubleValue(), percent / 100.0, 1e-6);
+        EXPECT_EQ(controls->volumeCaption->text(), QString("VOLUME %1 %").arg(percent));
+    }
+    for (int i = 0; i < 30; ++i)
+        press(Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(delegate.player->volume, 1.0F);
+    const QPoint middle = controls->balanceSlider->rect().center();
+    QTest::mouseClick(controls->balanceSlider, Qt::LeftButton, {}, {0, middle.y()});
+    EXPECT_EQ(controls->balanceCaption->text(), "LEFT 100 %");
+    QTest::mouseClick(controls->balanceSlider, Qt::LeftButton, {}, middle + QPoint(2, 0));
+    EXPECT_EQ(delegate.player->balance, 0.0F);
+    EXPECT_EQ(controls->balanceCaption->text(), "CENTRE");
+    EXPECT_TRUE(runUntil([&] {
+        return controls->balanceCaption->text() == "BALANCE" && controls->volumeCaption->text() == "VOLUME";
+    }));
+
+    EXPECT_EQ(delegate.window->focusWidget(), &table());
+    QWidget* const next = delegate.window->findChild<QWidget*>("nextButton");
+    next->setFocus();
+    press(Qt::Key_Space, {});
+    ASSERT_TRUE(shows("Two")) << "Space presses the button that has the keyboard";
+    EXPECT_TRUE(delegate.player->isPlaying());
+    table().setFocus();
+    press(Qt::Key_Space, {});
+    EXPECT_FALSE(isStarted(delegate.player->playbackState()));
+}
+
+TEST_F(WindowTest, TheListOfKeysAndTheMenuSayWhatTheCommandsDo) {
+    addTracks();
+    doubleClickRow(0);
+    ASSERT_TRUE(shows("One"));
+    const auto item = [&](const char* title) -> QAction& {
+        for (QAction* action : delegate.window->actions())
+            if (action->text() == QLatin1String(title)) return *action;
+        throw std::runtime_error(title);
+    };
+    const auto isOn = [&](const char* title) {
+        QMenu* const menu = qobject_cast<QMenu*>(item(title).parent());
+        QMetaObject::invokeMethod(menu, "aboutToShow");
+        return item(title).isChecked();
+    };
+    EXPECT_TRUE(isOn("Repeat List") && isOn("Spectrum"));
+    for (const char* title : {"Stop After This Track", "Repeat Track", "Shuffle", "Mute", "Remaining Time"}) {
+        EXPECT_FALSE(isOn(title)) << title;
+        item(title).trigger();
+        EXPECT_TRUE(isOn(title)) << title;
+    }
+    EXPECT_FALSE(isOn("Repeat List"));
+    EXPECT_TRUE(static_cast<PlaylistEntryCell&>(table().preparedCell(0)).stopsAfter());
+    EXPECT_FALSE(static_cast<PlaylistEntryCell&>(table().preparedCell(1)).stopsAfter());
+
+    QTest::keyClick(delegate.window->focusWidget(), Qt::Key_F1);
+    const auto* const card = delegate.window->findChild<app::Card*>();
+    ASSERT_TRUE(card && card->isVisible());
+    QStringList listed;
+    for (const QLabel* text : card->findChildren<QLabel*>())
+        listed << text->text();
+    for (const QAction* action : delegate.window->actions()) {
+        const QString keys = action->shortcut().toString(QKeySequence::NativeText);
+        EXPECT_TRUE(keys.isEmpty() || listed.contains(keys)) << keys.toStdString();
+    }
+    QTest::keyClick(delegate.window->focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(card->isVisible());
+    EXPECT_EQ(delegate.window->focusWidget(), &table());
 }
 
 TEST_F(WindowTest, TheCoverIsTheOneThatPlays) {

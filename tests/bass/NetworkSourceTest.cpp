@@ -5,8 +5,11 @@
 #include "tests/support/Media.h"
 
 #include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <map>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -131,6 +134,104 @@ TEST(Network, StripsIcyMetadataAndGoesOnAfterADrop) {
     const std::vector<float> played = sounds::exactly(sound());
     EXPECT_GT(sounds::correlation(played, twice.samples, 0), 0.97);
     EXPECT_GT(sounds::correlation(played, std::span(twice.samples).subspan(frames * 2), 0), 0.97);
+}
+
+/// What a source says, and from which frame on, as far as `count` frames.
+std::vector<std::pair<std::int64_t, bass::StreamTags>> tagsOf(bass::Source& source, std::int64_t count) {
+    std::vector<std::pair<std::int64_t, bass::StreamTags>> said;
+    std::array<float, 256 * bass::channelCount> part;
+    for (std::int64_t frame = 0; frame < count;) {
+        const ReadResult result = source.read(part);
+        if (const auto tags = source.takeTags()) said.emplace_back(frame, *tags);
+        if (result.status != Status::more) break;
+        frame += static_cast<std::int64_t>(result.frames);
+    }
+    return said;
+}
+
+TEST(Network, SaysWhatAStationSaysWhereItSaysIt) {
+    const std::string wav = support::readFile(support::writeWav(support::scratch() / "radio.wav", sound()));
+    constexpr std::size_t interval = 200'000; // bytes: 50,000 frames
+    HttpServer server([&](Client& client) {
+        HttpServer::sendRadio(client, "Station", wav, interval,
+                              {"StreamTitle='One';", "", "StreamTitle='Two';", "StreamTitle='Two';"});
+        client.stall();
+    });
+    const auto source = open(server.url());
+    ASSERT_TRUE(source);
+    const auto said = tagsOf(*source, frames - 5000);
+    ASSERT_EQ(said.size(), 3U);
+    EXPECT_EQ(said[0].first, 0);
+    EXPECT_NE(said[0].second.headers.find("icy-name: Station"), std::string::npos);
+    EXPECT_EQ(said[0].second.metadata, "");
+    EXPECT_EQ(said[1].second.metadata, "StreamTitle='One';");
+    EXPECT_NEAR(static_cast<double>(said[1].first), 50'000, 1100);
+    EXPECT_EQ(said[2].second.metadata, "StreamTitle='Two';");
+    EXPECT_NEAR(static_cast<double>(said[2].first), 150'000, 1100);
+}
+
+TEST(Network, SaysTheCommentsOfEveryLinkOfAChainedStream) {
+    constexpr std::int64_t linkFrames = 100'000;
+    const std::span<const std::int16_t> part = std::span(sound()).first(linkFrames * 2);
+    const std::vector<std::vector<std::string>> encoders = {
+        {"oggenc", "-Q", "-t", "TITLE", "-a", "Band", "-o", "OUT", "IN"},
+        {"opusenc", "--quiet", "--title", "TITLE", "--artist", "Band", "IN", "OUT"},
+        {"flac", "-s", "-f", "--ogg", "--serial-number=SERIAL", "-T", "TITLE=TITLE", "-T", "ARTIST=Band",
+         "-o", "OUT", "IN"}};
+    for (const auto& encoder : encoders) {
+        SCOPED_TRACE(encoder[0]);
+        std::string stream;
+        for (const std::string title : {"First", "Second"}) {
+            auto command = encoder;
+            std::ranges::replace(command, "TITLE", title);
+            std::ranges::replace(command, "TITLE=TITLE", "TITLE=" + title);
+            std::ranges::replace(command, "--serial-number=SERIAL",
+                                 "--serial-number=" + std::to_string(title.size()));
+            stream += support::readFile(support::encode("link.ogg", part, 44100, 2, command));
+        }
+        HttpServer server([&](Client& client) {
+            client.send(liveHead + stream);
+            client.stall();
+        });
+        const auto source = open(server.url());
+        ASSERT_TRUE(source);
+        const auto said = tagsOf(*source, 2 * linkFrames - 5000);
+        ASSERT_EQ(said.size(), 2U);
+        EXPECT_EQ(said[0].first, 0);
+        EXPECT_NE(said[0].second.comments.find(std::string("TITLE=First\0", 12)), std::string::npos);
+        EXPECT_NE(said[1].second.comments.find(std::string("TITLE=Second\0", 13)), std::string::npos);
+        EXPECT_NE(said[1].second.comments.find(std::string("ARTIST=Band\0", 12)), std::string::npos);
+        EXPECT_NEAR(static_cast<double>(said[1].first), linkFrames, 4500);
+    }
+}
+
+TEST(Network, OpensTheStreamThatAStationsListNames) {
+    std::string list;
+    HttpServer server([&](Client& client) {
+        if (client.request.starts_with("GET /sound")) return HttpServer::sendFile(client, flac());
+        client.send("HTTP/1.1 200 OK\r\nContent-Type: audio/mpeg\r\n\r\n" + list); // many say no better
+    });
+    const std::string url = server.url("/sound");
+    for (const std::string& good :
+         {"#EXTM3U\n#EXTINF:-1,Radio\n" + url + "\n", url + "\r\nhttp://127.0.0.1:1/\r\n",
+          "\xEF\xBB\xBF\r\n#EXTM3U\r" + url + "\r",
+          "[playlist]\nNumberOfEntries=1\nFile1=" + url + "\nTitle1=x",
+          "[PLAYLIST]\r\nTitle1=File\r\nfile1= " + url + " \r\n",
+          "# x\n/etc/passwd\nfile:///etc/passwd\n" + url}) {
+        list = good;
+        const auto source = open(server.url("/list"));
+        ASSERT_TRUE(source) << good;
+        expectSound(*source, 0, 2000);
+    }
+    for (const std::string& bad :
+         {std::string("#EXTM3U\n/music/a.mp3\n"), "#EXTM3U\n#EXT-X-TARGETDURATION:9\n" + url,
+          "#EXTM3U\n" + server.url("/list"), "#EXTM3U\nfile://" + url, std::string("[playlist]\n"),
+          "#" + std::string(70'000, 'x') + "\n" + url}) {
+        list = bad;
+        const int before = server.requestCount();
+        EXPECT_FALSE(open(server.url("/list"), quick)) << bad.substr(0, 80);
+        EXPECT_LE(server.requestCount() - before, 2);
+    }
 }
 
 TEST(Network, PlaysTheLinksOfAChainedStreamInTurn) {

@@ -3,13 +3,16 @@
 #include "tests/support/TestApplication.h"
 
 #include <QAccessible>
+#include <QHelpEvent>
 #include <QTest>
+#include <QToolTip>
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace {
 
@@ -62,6 +65,51 @@ TEST_F(SliderTest, WheelMovesUpAndDownAndLeavesSidewaysStrokes) {
     EXPECT_DOUBLE_EQ(afterWheel({0, 120}), 104);
     EXPECT_DOUBLE_EQ(afterWheel({0, -240}), 96);
     EXPECT_DOUBLE_EQ(afterWheel({240, 10}), 96);
+}
+
+TEST_F(SliderTest, StepsSnapsAndTheValueUnderThePointerAreTheOwnersToChoose) {
+    slider.setStep(5);
+    slider.setSnap(100, 8);
+    slider.setShowsValueAtPointer(true);
+    slider.setValueText([](double value) { return QString("at %1").arg(value); });
+    EXPECT_DOUBLE_EQ(afterKey(Qt::Key_Right, 100), 105) << "a key does not snap";
+    EXPECT_DOUBLE_EQ(afterKey(Qt::Key_PageDown, 100), 70);
+    EXPECT_DOUBLE_EQ(afterWheel({0, 60}), 72.5);
+    QTest::mousePress(&slider, Qt::LeftButton, {}, at(20));
+    EXPECT_EQ(QToolTip::text(), "at 20");
+    QTest::mouseMove(&slider, at(107));
+    EXPECT_DOUBLE_EQ(slider.doubleValue(), 100);
+    EXPECT_EQ(QToolTip::text(), "at 107");
+    QTest::mouseMove(&slider, at(108));
+    EXPECT_DOUBLE_EQ(slider.doubleValue(), 108);
+    QTest::mouseRelease(&slider, Qt::LeftButton, {}, at(108));
+    EXPECT_FALSE(slider.hasFocus()) << "a click leaves the keyboard where it is";
+    QHelpEvent rest(QEvent::ToolTip, at(30), slider.mapToGlobal(at(30)));
+    QApplication::sendEvent(&slider, &rest);
+    EXPECT_EQ(QToolTip::text(), "at 30");
+    EXPECT_DOUBLE_EQ(slider.doubleValue(), 108);
+}
+
+TEST_F(SliderTest, ActionsAreLimitedButTheLastValueIsReported) {
+    std::vector<double> reported;
+    slider.setAction([&] { reported.push_back(slider.doubleValue()); });
+    slider.setActionInterval(std::chrono::hours(1));
+    QTest::mousePress(&slider, Qt::LeftButton, {}, at(10));
+    for (int value = 11; value < 60; ++value)
+        QTest::mouseMove(&slider, at(value));
+    EXPECT_EQ(reported, std::vector<double>{10});
+    QTest::mouseRelease(&slider, Qt::LeftButton, {}, at(59));
+    EXPECT_EQ(reported, (std::vector<double>{10, 59}));
+
+    slider.setActionInterval(std::chrono::milliseconds(50));
+    ASSERT_TRUE(support::runUntil([&] {
+        afterKey(Qt::Key_Home, 30); // at once when the interval is over
+        return reported.back() == 0;
+    }));
+    afterKey(Qt::Key_End, 0);
+    slider.setDoubleValue(5);
+    EXPECT_DOUBLE_EQ(slider.doubleValue(), 200) << "it stays until it has been reported";
+    EXPECT_TRUE(support::runUntil([&] { return reported.back() == 200; }));
 }
 
 TEST_F(SliderTest, AClickJumpsAndAHeldKnobKeepsItsPlaceUnderThePointer) {

@@ -188,6 +188,126 @@ TEST_F(Player, QueuesWhatFollowsWheneverThatChangesAndOnlyThen) {
     }
 }
 
+TEST_F(Player, ModesDecideWhatIsQueuedAndWhatFollows) {
+    const auto repeat = [this](TulRepeat mode) { return [this, mode] { player->setRepeat(mode); }; };
+    const struct {
+        std::int32_t from;
+        std::function<void()> set;
+        std::string next;     // queued, when the first one plays
+        std::int32_t current; // after its end
+        State state;
+    } cases[] = {
+        {1, repeat(TulRepeat::off), "1 /c.mp3", 2, State::playing},
+        {2, repeat(TulRepeat::off), "0 -", 2, State::stopped},
+        {2, repeat(TulRepeat::list), "1 /a.mp3", 0, State::playing},
+        {1, repeat(TulRepeat::track), "1 /b.mp3", 1, State::playing},
+        {1, [this] { player->setStopsAfterEntry(true); }, "0 -", 1, State::stopped},
+        {1, [this] { player->setStopsAfterEntry(true), player->setStopsAfterEntry(false); }, "1 /c.mp3", 2,
+         State::playing},
+        {0, [this] { player->setStopsAfterEntry(true), player->next(); }, "1 /c.mp3", 2, State::playing},
+    };
+    add({"/a.mp3", "/b.mp3", "/c.mp3"});
+    for (const auto& row : cases) {
+        SCOPED_TRACE(&row - cases);
+        player->setRepeat(TulRepeat::list);
+        player->playlist->selectEntry(row.from);
+        player->startCurrentEntry();
+        row.set();
+        EXPECT_EQ(bass.last().next, row.next);
+        endTrack();
+        EXPECT_EQ(current(), row.current);
+        EXPECT_EQ(state(), row.state);
+        EXPECT_FALSE(player->stopsAfterEntry()) << "once";
+    }
+    player->setRepeat(TulRepeat::track);
+    player->playlist->selectEntry(0);
+    player->startCurrentEntry();
+    endTrack();
+    fail(BASS_STREAM_LOST);
+    EXPECT_EQ(current(), 1) << "what broke off is not tried again";
+    player->next();
+    EXPECT_EQ(current(), 2) << "by hand to another";
+}
+
+TEST_F(Player, ShufflesWithoutRepetitionAndGoesBackThroughWhatWasPlayed) {
+    constexpr std::int32_t count = 40;
+    for (int i = 0; i < count; ++i)
+        add({"/" + std::to_string(i) + ".mp3"});
+    player->playlist->selectEntry(7);
+    player->startCurrentEntry();
+    player->setShuffled(true);
+    player->previous();
+    EXPECT_EQ(current(), 7) << "nothing has been played before";
+    std::vector<std::int32_t> played{current()};
+    for (int i = 1; i < count; ++i) {
+        const std::string queued = bass.last().next;
+        i % 2 ? endTrack() : player->next();
+        EXPECT_EQ("1 /" + std::to_string(current()) + ".mp3", queued);
+        played.push_back(current());
+    }
+    EXPECT_FALSE(std::ranges::is_sorted(played));
+    const auto isOrder = [&](std::vector<std::int32_t> rows) {
+        std::ranges::sort(rows);
+        return rows.front() == 0 && rows.back() == count - 1 &&
+               std::ranges::adjacent_find(rows) == rows.end();
+    };
+    EXPECT_TRUE(isOrder(played));
+
+    for (int i = count - 2; i >= count - 5; --i) {
+        player->previous();
+        EXPECT_EQ(current(), played[i]);
+    }
+    player->playlist->entries.erase(player->playlist->entries.begin() + played[count - 4]); // it was to come
+    player->playlist->currentIndex -= played[count - 4] < current() ? 1 : 0;
+    player->update();
+    endTrack();
+    EXPECT_EQ(player->stream->source, "/" + std::to_string(played[count - 3]) + ".mp3");
+    player->next();
+    player->next();
+    const std::string last = player->stream->source;
+    player->setRepeat(TulRepeat::off);
+    EXPECT_EQ(bass.last().next, "0 -") << "all have been played";
+    player->setRepeat(TulRepeat::list);
+    EXPECT_TRUE(bass.last().next != "0 -" && bass.last().next != "1 " + last) << bass.last().next;
+
+    player->setShuffled(false);
+    EXPECT_EQ(bass.last().next, "1 " + player->playlist->followingEntry()->source);
+    player->clearPlaylist();
+    add({"/only.mp3"});
+    player->setShuffled(true);
+    player->startCurrentEntry();
+    EXPECT_EQ(bass.last().next, "1 /only.mp3");
+}
+
+TEST_F(Player, AStreamsOwnTitlesTakeThePlaceOfTheEntrys) {
+    add({"http://h/radio", "/a.mp3"});
+    player->startCurrentEntry();
+    const auto texts = [this] {
+        player->update();
+        return player->stream->title + "|" + player->stream->artist + "|" + player->stream->album;
+    };
+    bass.last().isLive = true;
+    EXPECT_EQ(texts(), "radio||");
+    EXPECT_FALSE(player->takeSongInfoChanged());
+    bass.last().tags = {{BASS_TAG_ICY, "icy-name: Station\n"}};
+    EXPECT_EQ(texts(), "Station||");
+    EXPECT_TRUE(player->takeSongInfoChanged());
+    bass.last().tags[BASS_TAG_META] = "StreamTitle='Band - Song';";
+    EXPECT_EQ(texts(), "Band - Song||Station");
+    EXPECT_EQ(player->stream->nextInfoLine(), "Station");
+    EXPECT_EQ(player->stream->nextInfoLine(), "Station");
+    EXPECT_TRUE(player->stream->isLive());
+    EXPECT_TRUE(player->takeSongInfoChanged());
+    EXPECT_EQ(texts(), "Band - Song||Station");
+    EXPECT_FALSE(player->takeSongInfoChanged());
+    EXPECT_EQ(player->playlist->entryAt(0)->title, "radio") << "the list keeps its own";
+    bass.last().tags[BASS_TAG_META] = "StreamTitle='';";
+    EXPECT_EQ(texts(), "Station||");
+    player->next();
+    bass.last().tags = {{BASS_TAG_OGG, std::string("TITLE=no\0", 9)}};
+    EXPECT_EQ(texts(), "a||") << "a file's are read elsewhere";
+}
+
 TEST_F(Player, GoesOnAtTheEndOfATrackOnceAndOnTheMainThread) {
     add({"/a.mp3", "/b.mp3", "/c.mp3"});
     player->playlist->selectEntry(1);

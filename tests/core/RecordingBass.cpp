@@ -155,7 +155,8 @@ BOOL BASS_ChannelSetPosition(DWORD handle, QWORD pos, DWORD /*mode*/) {
 }
 
 QWORD BASS_ChannelGetLength(DWORD handle, DWORD mode) {
-    return findWorking(handle) && mode == BASS_POS_BYTE ? 80 : BASS_QWORD_ERROR;
+    const Channel* channel = findWorking(handle);
+    return channel && !channel->isLive && mode == BASS_POS_BYTE ? 80 : BASS_QWORD_ERROR;
 }
 
 double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos) {
@@ -164,6 +165,11 @@ double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos) {
 
 QWORD BASS_ChannelSeconds2Bytes(DWORD /*handle*/, double seconds) {
     return static_cast<QWORD>(seconds * 8);
+}
+
+DWORD BASS_ChannelGetTags(DWORD handle, DWORD tags, char* text, DWORD size) {
+    Channel* channel = findWorking(handle);
+    return channel ? static_cast<DWORD>(channel->tags[tags].copy(text, size)) : 0;
 }
 
 DWORD BASS_ChannelGetData(DWORD /*handle*/, void* buffer, DWORD /*request*/) {

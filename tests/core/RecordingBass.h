@@ -21,6 +21,8 @@ struct Channel {
     std::string source; ///< Its kind (BASS_SOURCE_) and source, like "1 /a.mp3".
     std::string next;   ///< The same of what was last set to follow.
     int nextChanges = 0;
+    std::map<DWORD, std::string> tags; ///< By their kind (BASS_TAG_).
+    bool isLive = false;
     SYNCPROC* endSync = nullptr;
     SYNCPROC* slideSync = nullptr;
 };

@@ -114,4 +114,16 @@ void HttpServer::sendFile(Client& client, std::string_view content, std::size_t 
     client.send(rest.substr(0, most));
 }
 
+void HttpServer::sendRadio(Client& client, const std::string& name, std::string_view content,
+                           std::size_t interval, const std::vector<std::string>& packets) {
+    client.send("ICY 200 OK\r\nicy-name: " + name + "\r\nicy-metaint: " + std::to_string(interval) +
+                "\r\n\r\n");
+    for (std::size_t i = 0; i * interval < content.size(); ++i) {
+        if (!client.send(content.substr(i * interval, interval))) return;
+        std::string packet = i < packets.size() ? packets[i] : std::string();
+        packet.resize((packet.size() + 15) / 16 * 16);
+        if (!client.send(static_cast<char>(packet.size() / 16) + packet)) return;
+    }
+}
+
 } // namespace support

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 namespace support {
 
@@ -52,6 +53,10 @@ public:
 
     /// Sends `content` as a finite file that honours ranges, at most `most` bytes of it before closing.
     static void sendFile(Client& client, std::string_view content, std::size_t most = std::string::npos);
+    /// Sends `content` as a radio station does that is called `name`, with a packet of metadata behind every
+    /// `interval` bytes: one of `packets` after the other, then empty ones.
+    static void sendRadio(Client& client, const std::string& name, std::string_view content,
+                          std::size_t interval, const std::vector<std::string>& packets);
 
 private:
     void accept();

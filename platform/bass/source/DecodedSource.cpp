@@ -88,6 +88,12 @@ bool DecodedSource::goTo(std::int64_t frame) {
     return true;
 }
 
+std::optional<StreamTags> DecodedSource::takeTags() {
+    auto comments = m_decoder->takeComments();
+    if (!comments) return std::nullopt;
+    return StreamTags{.headers = {}, .metadata = {}, .comments = std::move(*comments)};
+}
+
 std::optional<std::int64_t> DecodedSource::lengthFrames() const {
     const auto length = m_decoder->length();
     if (!length) return std::nullopt;

@@ -18,6 +18,8 @@ public:
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
     [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override;
+    /// Comments only.
+    [[nodiscard]] std::optional<StreamTags> takeTags() override;
 
 private:
     DecodedSource(std::shared_ptr<ByteSource> bytes, std::unique_ptr<Decoder> decoder)

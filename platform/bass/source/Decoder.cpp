@@ -1,5 +1,7 @@
 #include "platform/bass/source/Decoder.h"
 
+#include "platform/bass/source/OggComments.h"
+
 #include <algorithm>
 #include <cmath>
 #include <string_view>
@@ -20,11 +22,25 @@ bool isSane(const AVFrame& frame) {
            frame.ch_layout.nb_channels >= 1 && frame.ch_layout.nb_channels <= maxChannels;
 }
 
+std::string_view bytesOf(const AVPacket& packet) {
+    return {reinterpret_cast<const char*>(packet.data), static_cast<std::size_t>(packet.size)};
+}
+
 /// Each link of a chained stream starts with headers, which FFmpeg hands out as if they were sound.
 bool isOpusHeader(const AVPacket& packet) {
-    const std::string_view bytes(reinterpret_cast<const char*>(packet.data),
-                                 static_cast<std::size_t>(packet.size));
-    return bytes.starts_with("OpusHead") || bytes.starts_with("OpusTags");
+    return bytesOf(packet).starts_with("OpusHead") || bytesOf(packet).starts_with("OpusTags");
+}
+
+/// The comments among them; none in any other packet.
+std::optional<std::string> commentsIn(const AVPacket& packet, AVCodecID codec) {
+    constexpr std::string_view opusTags = "OpusTags";
+    constexpr int flacComments = 4; // the type of a metadata block; a frame of sound starts with 0xFF
+    const std::string_view bytes = bytesOf(packet);
+    if (codec == AV_CODEC_ID_OPUS && bytes.starts_with(opusTags))
+        return readComments(bytes.substr(opusTags.size()));
+    if (codec == AV_CODEC_ID_FLAC && bytes.size() > 4 && (bytes[0] & 0x7f) == flacComments)
+        return readComments(bytes.substr(4)); // behind its type and length
+    return std::nullopt;
 }
 
 } // namespace
@@ -146,6 +162,9 @@ Status Decoder::feed() {
         m_flacTime = flac::firstSample({m_packet->data, static_cast<std::size_t>(m_packet->size)}, *m_flac);
     if (result == AVERROR(EIO)) return Status::failed;
     if (result == AVERROR(EAGAIN)) return Status::more;
+    if (auto comments = m_demuxer->takeComments()) m_comments = std::move(comments);
+    if (result >= 0)
+        if (auto comments = commentsIn(*m_packet, m_codec->codec_id)) m_comments = std::move(comments);
     // Damage ends the sound like its end does: what was decoded until here is still played.
     if (result < 0) return avcodec_send_packet(m_codec.get(), nullptr) < 0 ? Status::end : Status::more;
     if (m_codec->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*m_packet)) {

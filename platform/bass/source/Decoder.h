@@ -5,6 +5,8 @@
 
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 
 namespace bass {
 
@@ -32,6 +34,11 @@ public:
     [[nodiscard]] AVRounding rounding() const { return m_rounding; }
     /// Frames at `rate`; none when the container does not know.
     [[nodiscard]] std::optional<std::int64_t> length() const { return m_length; }
+    /// What the container says of the sound, in the form of StreamTags, when that has changed since the last
+    /// call.
+    [[nodiscard]] std::optional<std::string> takeComments() {
+        return std::exchange(m_comments, std::nullopt);
+    }
 
 private:
     Decoder(ByteSource& bytes, Format format) : m_bytes(bytes), m_format(format) {}
@@ -64,6 +71,7 @@ private:
     bool m_fetched = false;        ///< `m_frame` waits to be taken
     bool m_ended = false;
     bool m_lostItsPlace = false;
+    std::optional<std::string> m_comments; ///< not taken yet
 };
 
 } // namespace bass

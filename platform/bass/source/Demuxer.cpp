@@ -2,6 +2,7 @@
 
 #include "platform/bass/source/FlacHeader.h"
 #include "platform/bass/source/LameTag.h"
+#include "platform/bass/source/OggComments.h"
 
 #include <algorithm>
 #include <array>
@@ -9,6 +10,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 
 extern "C" {
 #include <libavutil/avstring.h>
@@ -166,6 +168,20 @@ int Demuxer::next(AVPacket& packet) {
         if (result < 0 || packet.stream_index == m_stream->index) return result;
         if (m_bytes.interrupted()) return AVERROR_EXIT;
     }
+}
+
+std::optional<std::string> Demuxer::takeComments() {
+    const bool changed = (m_stream->event_flags & AVSTREAM_EVENT_FLAG_METADATA_UPDATED) != 0;
+    if (std::exchange(m_commentsTaken, true) && !changed) return std::nullopt;
+    m_stream->event_flags &= ~AVSTREAM_EVENT_FLAG_METADATA_UPDATED;
+    std::string comments;
+    for (const AVDictionary* texts : {m_stream->metadata, m_context->metadata}) {
+        const AVDictionaryEntry* text = nullptr;
+        while ((text = av_dict_get(texts, "", text, AV_DICT_IGNORE_SUFFIX)))
+            addComment(comments, text->key, text->value);
+    }
+    av_dict_free(&m_stream->metadata); // FFmpeg appends those of the next link
+    return comments;
 }
 
 bool Demuxer::seek(std::int64_t timestamp) {

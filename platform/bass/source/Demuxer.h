@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace bass {
 
@@ -23,6 +24,10 @@ public:
     [[nodiscard]] bool seek(std::int64_t timestamp);
     /// Whether the time of the first packet after a seek is only guessed when it lies at the byte `offset`.
     [[nodiscard]] bool guessesTimeAt(std::int64_t offset);
+
+    /// What the container says of the sound, in the form of StreamTags, at first and when it has changed
+    /// since the last call.
+    [[nodiscard]] std::optional<std::string> takeComments();
 
     [[nodiscard]] AVStream& stream() const { return *m_stream; }
     /// Whether the container is one that FFmpeg calls `name`.
@@ -57,6 +62,7 @@ private:
     std::optional<std::int64_t> m_lastPage;   ///< offset of Ogg's, once it was looked for
     bool m_paddingPastLength = false;
     bool m_constantBitRate = false;
+    bool m_commentsTaken = false;
 };
 
 } // namespace bass

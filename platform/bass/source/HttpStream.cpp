@@ -19,6 +19,9 @@ std::string textOption(AVIOContext& connection, const char* name) {
     return text;
 }
 
+/// A server's answer is bounded for the whole, not for what is shown of it.
+constexpr std::size_t maxHeaderBytes = 4096;
+
 bool isHttp(std::string_view url) {
     return url.starts_with("http://") || url.starts_with("https://");
 }
@@ -77,7 +80,8 @@ bool HttpStream::connect(std::int64_t offset) {
     m_offset = offset;
     m_size = avio_size(connection);
     m_seekable = m_size >= 0 && (connection->seekable & AVIO_SEEKABLE_NORMAL);
-    m_live = m_size < 0 && !textOption(*connection, "icy_metadata_headers").empty();
+    m_icyHeaders = textOption(*connection, "icy_metadata_headers").substr(0, maxHeaderBytes);
+    m_live = m_size < 0 && !m_icyHeaders.empty();
     return true;
 }
 
@@ -104,8 +108,7 @@ int HttpStream::read(std::span<std::uint8_t> out) {
             m_lastByte = Clock::now();
             m_pause = {};
             m_failure = Failure::none;
-            // FFmpeg keeps every field that a server ever put into its ICY metadata.
-            av_opt_set_dict_val(m_connection.get(), "metadata", nullptr, AV_OPT_SEARCH_CHILDREN);
+            takeMetadata();
             return count;
         }
         // An interrupted connection is lost, too: it may have stopped within a TLS record or a chunk's
@@ -118,6 +121,15 @@ int HttpStream::read(std::span<std::uint8_t> out) {
         if (ended) return AVERROR_EOF;
     }
     return AVERROR_EXIT;
+}
+
+void HttpStream::takeMetadata() {
+    // FFmpeg keeps every field that a server ever put into its ICY metadata.
+    av_opt_set_dict_val(m_connection.get(), "metadata", nullptr, AV_OPT_SEARCH_CHILDREN);
+    std::string packet = textOption(*m_connection, "icy_metadata_packet");
+    if (packet.empty()) return;
+    m_icyMetadata = std::move(packet);
+    av_opt_set(m_connection.get(), "icy_metadata_packet", "", AV_OPT_SEARCH_CHILDREN);
 }
 
 /// Connects again where the bytes broke off. 0, AVERROR_EXIT when interrupted, or AVERROR(EIO).

@@ -9,7 +9,7 @@
 
 namespace bass {
 
-/// The bytes behind an http or https address, without the ICY metadata between them.
+/// The bytes behind an http or https address, without the ICY metadata between them, which are kept.
 ///
 /// Redirects lead to http and https only. A finite file whose connection drops is resumed where it broke off;
 /// a live stream (a server that sends ICY headers and no length) ends then, and may be connected anew.
@@ -33,6 +33,10 @@ public:
     [[nodiscard]] bool isLive() const { return m_live; }
     /// What the server answered last.
     [[nodiscard]] int httpStatus() const { return m_log.httpStatus; }
+    /// What the server says of the stream: the fields of its answer, and the packet before the byte read
+    /// last. A packet comes first in what a read brings, never within it.
+    [[nodiscard]] const std::string& icyHeaders() const { return m_icyHeaders; }
+    [[nodiscard]] const std::string& icyMetadata() const { return m_icyMetadata; }
 
     [[nodiscard]] int read(std::span<std::uint8_t> out) override;
     [[nodiscard]] std::int64_t seek(std::int64_t offset) override;
@@ -43,6 +47,7 @@ public:
 
 private:
     static int mustStop(void* self);
+    void takeMetadata();
     void waitAtMost(Clock::duration limit);
     [[nodiscard]] bool isOpening() const { return m_openedBy != Clock::time_point::max(); }
     [[nodiscard]] int resume();
@@ -61,6 +66,8 @@ private:
     bool m_seekable = false;
     bool m_live = false;
     bool m_ignoresRanges = false;
+    std::string m_icyHeaders;
+    std::string m_icyMetadata;
     Clock::time_point m_lastByte; ///< when bytes came last
     Clock::duration m_pause{0};   ///< before the next try; none after bytes have come
     Failure m_failure = Failure::none;

@@ -2,6 +2,7 @@
 
 #include "platform/bass/source/DecodedSource.h"
 #include "platform/bass/source/ServerBytes.h"
+#include "platform/bass/source/StationList.h"
 
 #include <algorithm>
 #include <mutex>
@@ -54,10 +55,18 @@ Failure ReconnectingSource::connect() {
     return failure;
 }
 
+Failure ReconnectingSource::connectTo(std::string url) {
+    m_isListed = true;
+    m_http = std::make_shared<HttpStream>(std::move(url), m_limits, m_cancel);
+    return connect();
+}
+
 /// Decodes what is connected, from here on.
 Failure ReconnectingSource::openSource() {
     std::shared_ptr<ServerBytes> bytes = ServerBytes::open(m_http);
     if (!bytes) return failureOf(*m_http);
+    if (!m_isListed && isStationList(bytes->peek(stationListHeadBytes)))
+        if (auto named = firstAddress(bytes->peek(maxStationListBytes))) return connectTo(std::move(*named));
     OpenedSource opened = DecodedSource::open(std::move(bytes), Format::any);
     m_source = std::move(opened.source);
     return opened.failure;
@@ -76,6 +85,15 @@ ReadResult ReconnectingSource::read(std::span<float> out) {
 
 bool ReconnectingSource::seek(std::int64_t frame) {
     return m_source && m_source->seek(frame);
+}
+
+std::optional<StreamTags> ReconnectingSource::takeTags() {
+    StreamTags tags{m_http->icyHeaders(), m_http->icyMetadata(), m_tags.comments};
+    if (m_source)
+        if (auto told = m_source->takeTags()) tags.comments = std::move(told->comments);
+    if (tags == m_tags) return std::nullopt;
+    m_tags = tags;
+    return tags;
 }
 
 /// Tries until there is sound. False when it was cancelled.

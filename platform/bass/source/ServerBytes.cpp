@@ -68,6 +68,12 @@ bool ServerBytes::skipFlacMetadata() {
     return complete;
 }
 
+std::string_view ServerBytes::peek(std::size_t count) {
+    allow(static_cast<std::int64_t>(count));
+    static_cast<void>(fetch(count));
+    return std::string_view(m_head).substr(0, count);
+}
+
 /// Makes `m_head` at least `count` bytes long.
 bool ServerBytes::fetch(std::size_t count) {
     while (m_head.size() < count) {

@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace bass {
 
@@ -16,6 +17,10 @@ public:
     /// What lies in front of the sound is skipped, up to 16 MB of it where the server cannot seek. Null when
     /// it is longer or `bytes` cannot be read.
     [[nodiscard]] static std::shared_ptr<ServerBytes> open(std::shared_ptr<ByteSource> bytes);
+
+    /// Before anything is read: the first `count` bytes, or fewer where there are no more. They are read all
+    /// the same.
+    [[nodiscard]] std::string_view peek(std::size_t count);
 
     [[nodiscard]] int read(std::span<std::uint8_t> out) override;
     [[nodiscard]] std::int64_t seek(std::int64_t offset) override;

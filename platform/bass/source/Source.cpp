@@ -7,14 +7,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <optional>
 
 namespace bass {
-namespace {
-
-/// `address` without the blanks and line ends that it brings along when it is copied, and with its scheme in
-/// lower case, as FFmpeg knows it; none when it is no http or https address.
-std::optional<std::string> normalized(const std::string& address) {
+std::optional<std::string> normalizedAddress(const std::string& address) {
     constexpr const char* blanks = " \t\r\n";
     const std::size_t first = address.find_first_not_of(blanks);
     if (first == std::string::npos) return std::nullopt;
@@ -30,10 +25,8 @@ std::optional<std::string> normalized(const std::string& address) {
     return url;
 }
 
-} // namespace
-
 bool isHttpAddress(const std::string& address) {
-    return normalized(address).has_value();
+    return normalizedAddress(address).has_value();
 }
 
 OpenedSource openFile(const std::string& path, Format format, std::shared_ptr<Cancel> cancel) {
@@ -49,7 +42,7 @@ OpenedSource openUrl(const std::string& address, std::shared_ptr<Cancel> cancel)
 
 OpenedSource openUrl(const std::string& address, std::shared_ptr<Cancel> cancel,
                      const NetworkLimits& limits) {
-    const std::optional<std::string> url = normalized(address);
+    const std::optional<std::string> url = normalizedAddress(address);
     if (!url) return {nullptr, Failure::notFound};
     silenceFfmpeg();
     return ReconnectingSource::open(*url, limits, std::move(cancel));

@@ -2,6 +2,7 @@
 
 #include "platform/bass/FrameFormat.h"
 #include "platform/bass/source/Cancel.h"
+#include "platform/bass/source/StreamTags.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -39,6 +40,8 @@ public:
     [[nodiscard]] virtual bool seek(std::int64_t frame) = 0;
     /// Length in frames, fixed at opening; none when it is not known (live streams).
     [[nodiscard]] virtual std::optional<std::int64_t> lengthFrames() const = 0;
+    /// What is said of the frames that the last read brought, when that has changed since the last call.
+    [[nodiscard]] virtual std::optional<StreamTags> takeTags() { return std::nullopt; }
 };
 
 /// Which content a file may hold to be accepted.
@@ -65,6 +68,9 @@ struct OpenedSource {
     int httpStatus = 0; ///< with Failure::httpStatus: what the server answered (404, 503, …)
 };
 
+/// `address` without the blanks and line ends that it brings along when it is copied, and with its scheme in
+/// lower case, as FFmpeg knows it; none when it is no http or https address.
+[[nodiscard]] std::optional<std::string> normalizedAddress(const std::string& address);
 /// Whether `address` (blanks around it ignored, the scheme in any case) is one that openUrl takes.
 [[nodiscard]] bool isHttpAddress(const std::string& address);
 

@@ -1,0 +1,83 @@
+#include "app/Card.h"
+
+#include "app/Skin.h"
+
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace app {
+namespace {
+
+constexpr QMargins margins{16, 12, 16, 12};
+constexpr int outerMargin = 24;
+
+/// The parent deletes it.
+template <typename Widget, typename... Arguments> Widget* childOf(QWidget* parent, Arguments&&... arguments) {
+    return std::make_unique<Widget>(std::forward<Arguments>(arguments)..., parent).release();
+}
+
+} // namespace
+
+Card::Card(const QString& title, std::unique_ptr<QWidget> content, QWidget& parent, const QRect& covered)
+    : QWidget(&parent) {
+    hide();
+    setGeometry(covered);
+    setAccessibleName(title);
+    dressInSkin(*this);
+
+    auto* const frame = childOf<QFrame>(this);
+    frame->setObjectName(QStringLiteral("card"));
+    auto* const outer = childOf<QVBoxLayout>(this);
+    outer->setContentsMargins(outerMargin, outerMargin / 2, outerMargin, outerMargin / 2);
+    outer->addWidget(frame);
+
+    auto* const layout = childOf<QVBoxLayout>(frame);
+    layout->setContentsMargins(margins);
+    auto* const heading = childOf<QLabel>(frame, title);
+    heading->setObjectName(QStringLiteral("cardTitle"));
+    layout->addWidget(heading);
+    auto* const area = childOf<QScrollArea>(frame);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidget(content.release());
+    layout->addWidget(area);
+    auto* const close = childOf<QPushButton>(frame, tr("Close"));
+    layout->addWidget(close, 0, Qt::AlignRight);
+    connect(close, &QPushButton::clicked, this, &Card::hide);
+    m_close = close;
+}
+
+void Card::open() {
+    m_hadFocus = window()->focusWidget();
+    show();
+    raise();
+    m_close->setFocus();
+}
+
+void Card::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (m_hadFocus) m_hadFocus->setFocus();
+    m_hadFocus.clear();
+}
+
+void Card::paintEvent(QPaintEvent* /*event*/) {
+    QPainter(this).fillRect(rect(), QColor(0, 0, 0, 130));
+}
+
+/// Those on the card itself come here, too, where nothing on it takes them.
+void Card::mousePressEvent(QMouseEvent* event) {
+    const QWidget* const under = childAt(event->position().toPoint());
+    if (!under) hide();
+}
+
+void Card::keyPressEvent(QKeyEvent* event) {
+    event->key() == Qt::Key_Escape ? hide() : QWidget::keyPressEvent(event);
+}
+
+} // namespace app

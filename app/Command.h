@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QKeySequence>
+#include <QString>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace app {
+
+/// What the user can have done by the menu or a key. One table of these makes the menu, its shortcuts, and
+/// the list of keys.
+struct Command {
+    enum class Place { menu, keyOnly };
+
+    QString title = {}; ///< Empty: a line between two groups of the menu.
+    std::optional<QKeySequence> key = {};
+    std::function<void()> action = {};
+    Place place = Place::menu;
+    bool repeats = false;                   ///< While the key is held; else one press is one command.
+    std::function<bool()> isOn = {};        ///< Of a command that switches something.
+    std::function<QString()> titleNow = {}; ///< In the place of a title that changes.
+};
+
+using Commands = std::vector<Command>;
+
+} // namespace app

@@ -1,0 +1,191 @@
+// The commands, and the menu and the keys that are made of them.
+
+#include "app/FenAppDelegate.h"
+
+#include "app/Card.h"
+#include "app/KeyList.h"
+#include "app/Skin.h"
+#include "controls/CustomWindow.h"
+#include "core/player/TulNetworkSharing.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/PageController.h"
+#include "platform/cocoa/RunLoop.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QSysInfo>
+
+#include <utility>
+
+namespace {
+
+constexpr double shortJump = 5.0;
+constexpr double longJump = 30.0;
+constexpr double volumeStep = 0.05;
+
+} // namespace
+
+bool FenAppDelegate::takesCommands() {
+    return cocoa::RunLoop::isInDefaultMode() && QApplication::activeModalWidget() == nullptr;
+}
+
+app::Commands FenAppDelegate::fileCommands() {
+    return {
+        {.title = QStringLiteral("Add Files…"),
+         .key = QKeySequence::Open,
+         .action = [this] { openDocument(); }},
+        {.title = QStringLiteral("Add Stream…"),
+         .key = Qt::CTRL | Qt::Key_U,
+         .action = [this] { openStream(); }},
+        {},
+        {.title = QStringLiteral("Open Playlist…"),
+         .key = Qt::CTRL | Qt::Key_L,
+         .action = [this] { openPlaylist(); }},
+        {.title = QStringLiteral("Save Playlist…"),
+         .key = QKeySequence::Save,
+         .action = [this] { savePlaylist(); }},
+        {.title = QStringLiteral("Clear Playlist"),
+         .key = QKeySequence::New,
+         .action = [this] { clearPlaylist(); }},
+        {},
+    };
+}
+
+app::Commands FenAppDelegate::playbackCommands() {
+    FenPlayerController* const controls = playerController.get();
+    const auto held = [](const QString& title, QKeyCombination key, std::function<void()> action) {
+        return app::Command{.title = title,
+                            .key = key,
+                            .action = std::move(action),
+                            .place = app::Command::Place::keyOnly,
+                            .repeats = true};
+    };
+    return {
+        {.title = QStringLiteral("Play or Pause"),
+         .key = Qt::Key_Space,
+         .action = [=] { controls->playPause(); },
+         .titleNow =
+             [this] {
+                 return isStarted(player->playbackState()) ? QStringLiteral("Pause") : QStringLiteral("Play");
+             }},
+        {.title = QStringLiteral("Next"),
+         .key = Qt::CTRL | Qt::Key_Right,
+         .action = [=] { controls->next(); }},
+        {.title = QStringLiteral("Previous"),
+         .key = Qt::CTRL | Qt::Key_Left,
+         .action = [=] { controls->previous(); }},
+        held(QStringLiteral("Forward 5 Seconds"), Qt::SHIFT | Qt::Key_Right,
+             [=] { controls->seekBy(shortJump); }),
+        held(QStringLiteral("Back 5 Seconds"), Qt::SHIFT | Qt::Key_Left,
+             [=] { controls->seekBy(-shortJump); }),
+        held(QStringLiteral("Forward 30 Seconds"), Qt::CTRL | Qt::SHIFT | Qt::Key_Right,
+             [=] { controls->seekBy(longJump); }),
+        held(QStringLiteral("Back 30 Seconds"), Qt::CTRL | Qt::SHIFT | Qt::Key_Left,
+             [=] { controls->seekBy(-longJump); }),
+        {.title = QStringLiteral("Stop After This Track"),
+         .key = Qt::CTRL | Qt::Key_T,
+         .action = [this] { player->setStopsAfterEntry(!player->stopsAfterEntry()); },
+         .isOn = [this] { return player->stopsAfterEntry(); }},
+        {},
+        {.title = QStringLiteral("Repeat Track"),
+         .key = Qt::CTRL | Qt::Key_R,
+         .action = [this] { toggleRepeat(TulRepeat::track); },
+         .isOn = [this] { return player->repeat() == TulRepeat::track; }},
+        {.title = QStringLiteral("Repeat List"),
+         .action = [this] { toggleRepeat(TulRepeat::list); },
+         .isOn = [this] { return player->repeat() == TulRepeat::list; }},
+        {.title = QStringLiteral("Shuffle"),
+         .key = Qt::CTRL | Qt::Key_H,
+         .action = [this] { player->setShuffled(!player->isShuffled()); },
+         .isOn = [this] { return player->isShuffled(); }},
+        {},
+        held(QStringLiteral("Louder"), Qt::CTRL | Qt::Key_Up, [=] { controls->changeVolume(volumeStep); }),
+        held(QStringLiteral("Quieter"), Qt::CTRL | Qt::Key_Down,
+             [=] { controls->changeVolume(-volumeStep); }),
+        {.title = QStringLiteral("Mute"),
+         .key = Qt::CTRL | Qt::Key_0,
+         .action = [=] { controls->toggleMute(); },
+         .isOn = [=] { return controls->isMuted(); }},
+    };
+}
+
+app::Commands FenAppDelegate::viewCommands() {
+    FenPlayerController* const controls = playerController.get();
+    const auto page = [this](const QString& title, QKeyCombination key, int index) {
+        return app::Command{
+            .title = title, .key = key, .action = [this, index] { pageController->turnToPage(index); }};
+    };
+    return {
+        {.title = QStringLiteral("Remaining Time"),
+         .action = [=] { controls->toggleRemainingTime(); },
+         .isOn = [=] { return controls->showsRemainingTime(); }},
+        {.title = QStringLiteral("Spectrum"),
+         .key = Qt::CTRL | Qt::Key_E,
+         .action = [this] { toggleSpectrumAnalyzer(); },
+         .isOn = [=] { return controls->renderSpectrumAnalyzer; }},
+        {.title = QStringLiteral("Share on the Network"),
+         .action = [this] { toggleNetworkSharing(); },
+         .isOn = [this] { return player->networkSharingEnabled; },
+         .titleNow = [this] { return sharingTitle(); }},
+        {},
+        page(QStringLiteral("Playlist"), Qt::CTRL | Qt::Key_1, 0),
+        page(QStringLiteral("Cover Art"), Qt::CTRL | Qt::Key_2, 1),
+        page(QStringLiteral("Release Notes"), Qt::CTRL | Qt::Key_3, 2),
+        {},
+        {.title = QStringLiteral("Keyboard Shortcuts"),
+         .key = Qt::Key_F1,
+         .action = [this] { toggleKeyList(); }},
+        {.title = QStringLiteral("Minimise"),
+         .key = Qt::CTRL | Qt::Key_M,
+         .action = [this] { window->showMinimized(); }},
+        {.title = QStringLiteral("Quit"), .key = Qt::CTRL | Qt::Key_Q, .action = [] { quit(); }},
+    };
+}
+
+void FenAppDelegate::makeMenu() {
+    for (auto&& group : {fileCommands(), playbackCommands(), viewCommands()})
+        m_commands.insert(m_commands.end(), group.begin(), group.end());
+    m_menu = std::make_unique<QMenu>();
+    app::dressInSkin(*m_menu);
+    for (const app::Command& command : m_commands)
+        command.title.isEmpty() ? static_cast<void>(m_menu->addSeparator()) : addToMenu(command);
+}
+
+void FenAppDelegate::addToMenu(const app::Command& command) {
+    QAction* const item = std::make_unique<QAction>(command.title, m_menu.get()).release();
+    item->setAutoRepeat(command.repeats);
+    item->setCheckable(command.isOn != nullptr);
+    if (command.key) item->setShortcut(*command.key);
+    QObject::connect(item, &QAction::triggered, window.get(), [action = command.action] {
+        if (takesCommands()) action();
+    });
+    QObject::connect(m_menu.get(), &QMenu::aboutToShow, item, [item, command] {
+        if (command.titleNow) item->setText(command.titleNow());
+        if (command.isOn) item->setChecked(command.isOn());
+    });
+    if (command.place == app::Command::Place::menu) m_menu->addAction(item);
+    window->addAction(item); // the keys work while the menu is closed, too
+}
+
+void FenAppDelegate::showMenuAt(const QPoint& place) {
+    m_menu->popup(place);
+}
+
+void FenAppDelegate::toggleRepeat(TulRepeat repeat) {
+    player->setRepeat(player->repeat() == repeat ? TulRepeat::off : repeat);
+}
+
+void FenAppDelegate::toggleKeyList() {
+    if (!m_keyList)
+        m_keyList =
+            std::make_unique<app::Card>(QStringLiteral("Keyboard Shortcuts"), app::makeKeyList(m_commands),
+                                        *window, pageController->geometry());
+    m_keyList->isVisible() ? m_keyList->hide() : m_keyList->open();
+}
+
+QString FenAppDelegate::sharingTitle() const {
+    if (const std::uint32_t port = player->networkSharing->port; port != 0)
+        return QStringLiteral("Shared at http://%1:%2/").arg(QSysInfo::machineHostName()).arg(port);
+    const bool failed = player->networkSharingEnabled && player->stream;
+    return failed ? QStringLiteral("Sharing Is Not Possible Now") : QStringLiteral("Share on the Network");
+}

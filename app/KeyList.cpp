@@ -1,0 +1,33 @@
+#include "app/KeyList.h"
+
+#include <QGridLayout>
+#include <QLabel>
+
+namespace app {
+namespace {
+
+constexpr int rowSpacing = 7;
+constexpr int scrollBarWidth = 9;
+
+} // namespace
+
+std::unique_ptr<QWidget> makeKeyList(const Commands& commands) {
+    auto list = std::make_unique<QWidget>();
+    QGridLayout* const layout = std::make_unique<QGridLayout>(list.get()).release();
+    layout->setContentsMargins(0, 0, scrollBarWidth, 0);
+    layout->setVerticalSpacing(rowSpacing);
+    layout->setColumnStretch(0, 1);
+    int row = 0;
+    for (const Command& command : commands) {
+        if (!command.key) continue;
+        auto keys = std::make_unique<QLabel>(command.key->toString(QKeySequence::NativeText));
+        keys->setObjectName(QStringLiteral("keys"));
+        layout->addWidget(std::make_unique<QLabel>(command.title).release(), row, 0);
+        layout->addWidget(keys.release(), row, 1, Qt::AlignRight);
+        ++row;
+    }
+    layout->setRowStretch(row, 1);
+    return list;
+}
+
+} // namespace app

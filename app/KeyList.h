@@ -1,0 +1,14 @@
+#pragma once
+
+#include "app/Command.h"
+
+#include <QWidget>
+
+#include <memory>
+
+namespace app {
+
+/// A list of the commands that have keys, with these.
+[[nodiscard]] std::unique_ptr<QWidget> makeKeyList(const Commands& commands);
+
+} // namespace app
