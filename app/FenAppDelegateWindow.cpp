@@ -147,5 +147,7 @@ QString FenAppDelegate::sharingTitle() const {
     if (const std::uint32_t port = player->networkSharing->port; port != 0)
         return QStringLiteral("Shared at http://%1:%2/").arg(QSysInfo::machineHostName()).arg(port);
     const bool failed = player->networkSharingEnabled && player->stream;
+    if (failed && player->networkSharing->isEncoderMissing)
+        return QStringLiteral("Sharing Needs the Program “oggenc”");
     return failed ? QStringLiteral("Sharing Is Not Possible Now") : QStringLiteral("Share on the Network");
 }
