@@ -1,15 +1,32 @@
 #include "core/player/TulNetworkSharing.h"
 
+#include "core/background/besideProgram.h"
 #include "core/player/TulStream.h"
 #include "platform/bass/bassenc.h"
+
+#include <iomanip>
+#include <sstream>
 
 namespace {
 
 /// Raw 16-bit stereo in, 160 kbit/s throughout.
-constexpr const char* commandLine = "./oggenc -r -R 44100 -M 160 -m 160 -";
+constexpr const char* options = " -r -R 44100 -M 160 -m 160 -";
 constexpr const char* sharingPort = "9090";
 constexpr DWORD bufferBytes = 40000;
 constexpr DWORD burstBytes = 40000;
+
+/// From the working directory, from beside this program, or from PATH.
+HENCODE startEncoder(HSTREAM channel) {
+    std::ostringstream beside;
+    beside << std::quoted(besideProgram("oggenc"));
+    for (const std::string& program : {std::string("./oggenc"), beside.str(), std::string("oggenc")}) {
+        const std::string commandLine = program + options;
+        if (const HENCODE started =
+                BASS_Encode_Start(channel, commandLine.c_str(), BASS_ENCODE_NOHEAD, nullptr, nullptr))
+            return started;
+    }
+    return 0;
+}
 
 } // namespace
 
@@ -22,7 +39,8 @@ std::int32_t TulNetworkSharing::start(const TulStream& stream) {
     if (encoder != 0) {
         BASS_Encode_SetChannel(encoder, stream.handle);
     } else {
-        encoder = BASS_Encode_Start(stream.handle, commandLine, BASS_ENCODE_NOHEAD, nullptr, nullptr);
+        encoder = startEncoder(stream.handle);
+        isEncoderMissing = encoder == 0 && stream.handle != 0;
         port = BASS_Encode_ServerInit(encoder, sharingPort, bufferBytes, burstBytes, 0, nullptr, nullptr);
     }
     return static_cast<std::int32_t>(port);

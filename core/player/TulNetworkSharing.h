@@ -5,8 +5,9 @@
 class TulStream;
 
 /// Lets other machines hear what the player plays: an external Vorbis encoder hears the streams one after the
-/// other, and its output is served over HTTP. Without the encoder's program it stays idle, and with its port
-/// taken it encodes for nobody; neither is reported.
+/// other, and its output is served over HTTP. The encoder is the program "oggenc", from the working
+/// directory, from beside the player or from PATH. Without it sharing stays idle; with its port taken it
+/// encodes for nobody.
 ///
 /// Threads: the owner's only.
 class TulNetworkSharing {
@@ -21,6 +22,8 @@ public:
     std::uint32_t encoder = 0;
     /// Where the server listens; 0 while it does not.
     std::uint32_t port = 0;
+    /// The last start found no program to start.
+    bool isEncoderMissing = false;
 
     /// Follows a stream that has just started, and starts encoder and server when there is no encoder.
     /// Answers `port`.

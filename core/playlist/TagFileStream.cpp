@@ -1,11 +1,9 @@
 #include "core/playlist/TagFileStream.h"
 
-#include "core/playlist/resolveEntrySource.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -14,45 +12,30 @@ namespace {
 
 constexpr long blockBytes = 8192;
 
-/// TagLib reads what is nested by calling itself, without a limit: boxes of MP4 from here, chapters from the
-/// block that holds them. No honest file comes near these.
-constexpr std::ptrdiff_t deepestStack = 512L * 1024;
-constexpr std::size_t mostChapters = 1000;
+/// TagLib reads a whole ID3v2 tag at once. Of a longer one it gets what comes first.
+constexpr unsigned long maxBlockBytes = 33UL << 20;
 
-const char* stackHere() {
-    return static_cast<const char*>(__builtin_frame_address(0));
-}
+/// Half of a surrogate pair in UTF-8: three bytes, as the character that is put in its place.
+constexpr std::string_view replacement = "\xef\xbf\xbd";
 
-/// Whether the frame that begins here is packed: nobody sees how many are in it before TagLib unpacks them.
-bool isPacked(std::string_view frame) {
-    constexpr std::size_t headerBytes = 10;
-    constexpr int packed = 0x08 | 0x80; // in ID3v2.4 and in 2.3
-    return frame.size() >= headerBytes && static_cast<unsigned char>(frame[4]) < 0x10 &&
-           (frame[9] & packed) != 0;
-}
-
-bool holdsTooManyChapters(const TagLib::ByteVector& bytes) {
-    const std::string_view text(bytes.data(), bytes.size());
-    std::size_t count = 0;
-    for (auto at = text.find('C'); at != text.npos && count <= mostChapters; at = text.find('C', at + 1)) {
-        const std::string_view id = text.substr(at, 4);
-        if (id != "CHAP" && id != "CTOC") continue;
-        if (isPacked(text.substr(at))) return true;
-        ++count;
+char* findHalfPair(char* from, char* end) {
+    for (; end - from >= 3; ++from) {
+        from = static_cast<char*>(std::memchr(from, 0xed, static_cast<std::size_t>(end - from) - 2));
+        if (!from) return nullptr;
+        if ((from[1] & 0xe0) == 0xa0 && (from[2] & 0xc0) == 0x80) return from;
     }
-    return count > mostChapters;
+    return nullptr;
 }
 
 /// Non-blocking: opening a named pipe would otherwise wait for its writer.
-int openFile(const std::string& source) {
-    if (isAddress(source)) return -1;
-    return ::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+int openFile(const std::string& path) {
+    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
 }
 
 } // namespace
 
-TagFileStream::TagFileStream(const std::string& source)
-    : m_path(source), m_file(openFile(source)), m_stack(stackHere()) {
+TagFileStream::TagFileStream(const std::string& path, bool mendsText)
+    : m_path(path), m_file(openFile(path)), m_mendsText(mendsText) {
     struct stat status {};
     if (m_file.isOpen() && ::fstat(m_file.get(), &status) == 0 && S_ISREG(status.st_mode))
         m_length = status.st_size;
@@ -60,26 +43,32 @@ TagFileStream::TagFileStream(const std::string& source)
 
 TagLib::ByteVector TagFileStream::readBlock(unsigned long length) {
     if (!isOpen() || m_position < 0 || m_position >= m_length) return {};
-    if (std::abs(m_stack - stackHere()) > deepestStack) return {};
     const auto size = static_cast<unsigned>(
-        std::min<unsigned long>({length, static_cast<unsigned long>(m_length - m_position), 0x7fffffffUL}));
-
-    std::size_t count = 0;
+        std::min({length, static_cast<unsigned long>(m_length - m_position), maxBlockBytes}));
     TagLib::ByteVector bytes;
     if (size > blockBytes / 2) {
         bytes.resize(size);
-        count = readAt(m_position, bytes.data(), size);
-        bytes.resize(static_cast<unsigned>(count));
-        if (holdsTooManyChapters(bytes)) return {};
+        bytes.resize(static_cast<unsigned>(readAt(m_position, bytes.data(), size)));
     } else {
         keepBlockAt(m_position);
         const auto start = static_cast<std::size_t>(m_position - m_blockStart);
         if (start >= m_block.size()) return {}; // the file has become shorter
-        count = std::min<std::size_t>(size, m_block.size() - start);
+        const auto count = std::min<std::size_t>(size, m_block.size() - start);
         bytes = TagLib::ByteVector(m_block.data() + start, static_cast<unsigned>(count));
     }
-    m_position += static_cast<long>(count);
+    mendText(bytes);
+    m_position += static_cast<long>(bytes.size());
     return bytes;
+}
+
+void TagFileStream::mendText(TagLib::ByteVector& bytes) {
+    if (m_hadBrokenText && !m_mendsText) return;
+    char* const end = bytes.data() + bytes.size();
+    for (char* at = bytes.data(); (at = findHalfPair(at, end)); at += replacement.size()) {
+        m_hadBrokenText = true;
+        if (!m_mendsText) return;
+        std::ranges::copy(replacement, at);
+    }
 }
 
 /// Afterwards the kept block holds at least half a block from `offset` on, as far as the file goes.

@@ -1,5 +1,6 @@
 #include "core/playlist/TulPlaylistEntry.h"
 
+#include "core/playlist/TagProgram.h"
 #include "core/playlist/resolveEntrySource.h"
 
 #include <atomic>
@@ -43,6 +44,14 @@ void TulPlaylistEntry::takeTrackInfo(const std::optional<TrackInfo>& info, bool 
     }
     if (title.empty()) title = titleFromSource();
     tags = Tags::read;
+}
+
+void TulPlaylistEntry::loadCoverArt() {
+    if (coverArtSize >= 1) return;
+    tags::Message picture = tags::ask(tags::Question::coverArt, source);
+    if (picture.size == 0) return;
+    coverArt = std::move(picture.bytes);
+    coverArtSize = static_cast<std::int32_t>(picture.size);
 }
 
 void TulPlaylistEntry::settleWithoutFile() {

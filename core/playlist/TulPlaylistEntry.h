@@ -88,10 +88,11 @@ public:
     }
 
     /// Looks for the embedded picture of MPEG audio, FLAC, MP4 and Monkey's Audio files, unless one has been
-    /// found before.
+    /// found before. What is longer than 32 MB is no picture.
     void loadCoverArt();
 
-    /// The places where pictures are. Each answers whether it has stored one.
+    /// The places where pictures are, as the program that reads tags finds them. Each answers whether it has
+    /// stored one.
     bool coverArtFromID3v2(TagLib::ID3v2::Tag& tag);
     bool coverArtFromAPE(TagLib::APE::Tag& tag);
     bool coverArtFromFLAC(TagLib::FLAC::File& file);

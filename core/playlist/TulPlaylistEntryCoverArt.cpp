@@ -1,50 +1,13 @@
-#include "core/playlist/TaggedFile.h"
+#include "core/playlist/TagMessage.h"
 #include "core/playlist/TulPlaylistEntry.h"
 
 #include <algorithm>
-#include <exception>
-#include <limits>
 #include <taglib/apefile.h>
 #include <taglib/apetag.h>
 #include <taglib/attachedpictureframe.h>
 #include <taglib/flacfile.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/mp4file.h>
-#include <taglib/mpegfile.h>
-
-namespace {
-
-bool findCoverArt(TulPlaylistEntry& entry, TagLib::File* file) {
-    if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(file)) {
-        auto* id3v2 = mpeg->ID3v2Tag(false);
-        if (id3v2 && entry.coverArtFromID3v2(*id3v2)) return true;
-        auto* ape = mpeg->APETag(false);
-        return ape && entry.coverArtFromAPE(*ape);
-    }
-    if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(file)) {
-        if (entry.coverArtFromFLAC(*flac)) return true;
-        auto* id3v2 = flac->ID3v2Tag(false);
-        return id3v2 && entry.coverArtFromID3v2(*id3v2);
-    }
-    if (auto* mp4 = dynamic_cast<TagLib::MP4::File*>(file)) return entry.coverArtFromMP4(*mp4);
-    if (auto* monkeys = dynamic_cast<TagLib::APE::File*>(file)) {
-        auto* ape = monkeys->APETag(false);
-        return ape && entry.coverArtFromAPE(*ape);
-    }
-    return false;
-}
-
-} // namespace
-
-void TulPlaylistEntry::loadCoverArt() {
-    if (coverArtSize >= 1) return;
-    try {
-        const TaggedFile tagged(source);
-        findCoverArt(*this, tagged.ref().file());
-    } catch (const std::exception&) {
-        // As for tags: sizes that no memory holds are no picture.
-    }
-}
 
 bool TulPlaylistEntry::coverArtFromID3v2(TagLib::ID3v2::Tag& tag) {
     const TagLib::ID3v2::FrameList& frames = tag.frameList("APIC");
@@ -88,10 +51,9 @@ bool TulPlaylistEntry::coverArtFromMP4(TagLib::MP4::File& file) {
 }
 
 bool TulPlaylistEntry::storeCoverArt(const char* bytes, std::size_t size) {
-    if (size == 0 || size > std::numeric_limits<std::int32_t>::max()) return false;
-    auto copy = std::make_unique<char[]>(size);
-    std::copy_n(bytes, size, copy.get());
-    coverArt = std::move(copy);
+    if (size == 0 || size > tags::maxPictureBytes) return false;
+    coverArt = std::make_unique_for_overwrite<char[]>(size);
+    std::copy_n(bytes, size, coverArt.get());
     coverArtSize = static_cast<std::int32_t>(size);
     return true;
 }

@@ -51,7 +51,9 @@ QString nameOfType(const QFileInfo& file, const QStringList& extensions) {
 
 bool mayReplace(QWidget& window, const QString& path) {
     const QString question = QObject::tr("“%1” exists already. Replace it?").arg(QFileInfo(path).fileName());
-    return QMessageBox::question(&window, QString(), question) == QMessageBox::Yes;
+    QMessageBox box(QMessageBox::Question, QString(), question, QMessageBox::Yes | QMessageBox::No, &window);
+    box.setTextFormat(Qt::PlainText); // a name may look like markup
+    return box.exec() == QMessageBox::Yes;
 }
 
 } // namespace

@@ -323,7 +323,8 @@ TEST(Network, NeverReachesALocalFile) {
     for (const std::string& url :
          {wav.string(), "file://" + wav.string(), "concat:http://x|" + wav.string(),
           std::string("ftp://127.0.0.1/http"), std::string("http:"), std::string("http://"),
-          std::string("http:///a"), std::string("x http://127.0.0.1/"), std::string()}) {
+          std::string("http:///a"), std::string("http://127.0.0.1/a HTTP/1.0\r\nX: y"),
+          std::string("x http://127.0.0.1/"), std::string()}) {
         EXPECT_FALSE(bass::isHttpAddress(url)) << url;
         EXPECT_FALSE(open(url)) << url;
     }

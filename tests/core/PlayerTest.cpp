@@ -647,9 +647,14 @@ TEST_F(Player, SharesEveryTrackThroughOneEncoderWhileItRuns) {
     bass.hasEncoder = false;
     player->play();
     EXPECT_EQ(sharing.port, 0U);
+    EXPECT_TRUE(sharing.isEncoderMissing);
+    const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    EXPECT_EQ(bass.encodersTried,
+              (std::vector<std::string>{"./oggenc", '"' + folder + "/oggenc\"", "oggenc"}));
     bass.hasEncoder = true; // installed meanwhile
     player->next();
     EXPECT_TRUE(shares());
+    EXPECT_FALSE(sharing.isEncoderMissing);
     player->next();
     EXPECT_TRUE(shares());
     EXPECT_EQ(bass.encoder.starts, 1);

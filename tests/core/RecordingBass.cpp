@@ -182,7 +182,10 @@ DWORD BASS_ChannelGetData(DWORD /*handle*/, void* buffer, DWORD /*request*/) {
     return 2048;
 }
 
-HENCODE BASS_Encode_Start(DWORD channel, const char*, DWORD, ENCODEPROC* /*proc*/, void* /*user*/) {
+HENCODE BASS_Encode_Start(DWORD channel, const char* commandLine, DWORD, ENCODEPROC* /*proc*/,
+                          void* /*user*/) {
+    const std::string command(commandLine);
+    bass.encodersTried.push_back(command.substr(0, command.find(" -")));
     if (!bass.hasEncoder) return 0;
     bass.encoder = {.runs = true, .channel = channel, .starts = bass.encoder.starts + 1};
     return encoderHandle;

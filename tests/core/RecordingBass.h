@@ -40,6 +40,7 @@ struct Bass {
     DWORD status = BASS_STREAM_OPEN;
     bool dataFails = false;
     bool hasEncoder = true;
+    std::vector<std::string> encodersTried; ///< Their commands, without options.
     bool portIsFree = true;
     Encoder encoder;
     std::vector<float> magnitudes = std::vector<float>(512, 0.0F);

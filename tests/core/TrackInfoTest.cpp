@@ -115,31 +115,91 @@ TEST(TrackInfo, FillsOnlyWhatIsMissing) {
     EXPECT_EQ(entry.title, "Lied ♥");
 }
 
-/// `bits` to the byte, most significant first, as sizes are stored in boxes (8) and tags (7).
-std::string sizeBytes(std::size_t size, int bits) {
-    std::string bytes;
-    for (int shift = 3 * bits; shift >= 0; shift -= bits)
-        bytes += static_cast<char>((size >> shift) & ((1U << bits) - 1));
-    return bytes;
+std::string tagFrame(const std::string& kind, const std::string& data, const std::string& flags = {0, 0}) {
+    std::string size;
+    for (int shift = 21; shift >= 0; shift -= 7)
+        size += static_cast<char>(data.size() >> shift & 0x7f);
+    return kind + size + flags + data;
 }
 
-TEST(TrackInfo, NestingWithoutEndIsNoTag) {
-    constexpr std::size_t levels = 100'000;
-    std::string boxes = sizeBytes(20, 8) + "ftypM4A " + std::string(4, '\0') + "M4A ";
-    std::string chapters;
-    const std::string chapter = std::string("\0\0a\0", 4) + std::string(16, '\0');
-    for (std::size_t left = levels; left > 0; --left) {
-        boxes += sizeBytes(8 * left, 8) + "moov";
-        chapters += "CHAP" + sizeBytes(28 * left - 10, 7) + chapter;
-    }
-    support::writeFile(media() / "deep.m4a", boxes);
-    support::writeFile(media() / "deep.mp3",
-                       "ID3\x04" + std::string(2, '\0') + sizeBytes(chapters.size(), 7) + chapters);
-    for (const char* name : {"deep.m4a", "deep.mp3"}) {
-        TulPlaylistEntry entry((media() / name).string());
-        EXPECT_EQ(entry.title, "deep");
+/// A sound with these frames before it.
+std::string tagged(const std::string& name, const std::string& frames) {
+    const std::string tag = tagFrame("ID3\x04", frames, {}).erase(4, 0).insert(4, 2, '\0');
+    support::writeFile(media() / name, tag + support::readFile(media() / "bare-a.mp3"));
+    return (media() / name).string();
+}
+
+/// The file of that name, with "\u2665" in its tags replaced by three other bytes.
+std::string withoutHeart(const std::string& name, const std::string& bytes) {
+    std::string content = support::readFile(media() / name);
+    for (auto at = content.find("\u2665"); at != content.npos; at = content.find("\u2665", at))
+        content.replace(at, bytes.size(), bytes);
+    support::writeFile(media() / ("heartless-" + name), content);
+    return (media() / ("heartless-" + name)).string();
+}
+
+TEST(TrackInfo, OneCharacterThatIsNoneCostsNoOther) {
+    const std::string halves("\x01\xff\xfeL\0\x00\xd8i\0\x00\xdc\x3d\xd8\x00\xdex\0\x01\xd8", 19);
+    const std::pair<std::string, std::string> cases[] = {
+        {tagged("utf16.mp3", tagFrame("TIT2", halves)), "L\ufffdi\ufffd\U0001f600x\ufffd"},
+        {tagged("utf8.mp3", tagFrame("TIT2", "\3L\xed\xa0\x80ied")), "L\ufffdied"},
+        {tagged("whole.mp3", tagFrame("TIT2", std::string("\1\xff\xfe\x3d\xd8\x00\xde", 7))), "\U0001f600"},
+        {withoutHeart("a.flac", "\xed\xb0\x80"), "Lied \ufffd"},
+        {withoutHeart("a.ogg", "\xed\xa0\x80"), "Lied \ufffd"},
+        {withoutHeart("a.opus", "\xed\xbf\xbf"), "Lied \ufffd"},
+        {withoutHeart("a.m4a", "\xed\xaf\xbf"), "Lied \ufffd"},
+        {withoutHeart("a.wv", "\xed\xb0\x80"), "Lied \ufffd"},
+        {withoutHeart("artist-only.flac", "\xed\x9f\xbf"), "Lied \xed\x9f\xbf"}, // just below them
+    };
+    for (const auto& [path, title] : cases)
+        EXPECT_EQ(TulPlaylistEntry(path).title, title) << path;
+}
+
+TEST(TrackInfo, WhatOnlyLooksHostileIsRead) {
+    const std::string title = tagFrame("TIT2", "\3Lied");
+    const std::string lyrics = tagFrame("USLT", "\3deu" + std::string(1, '\0') + "CHAP\nYOU");
+    const std::string chapter = tagFrame("CHAP", std::string("a\0", 2) + std::string(16, '\0') + title);
+    // "\3Lied" as deflate stores it.
+    const std::string packed("\0\0\0\5\x78\x01\x01\x05\x00\xfa\xff\3Lied\x03\xad\x01\x82", 20);
+    const std::string picture = std::string("\0image/png\0\3\0", 13);
+    constexpr std::size_t megabyte = 1 << 20;
+    const struct {
+        const char* name;
+        std::string frames;
+        std::size_t picture;
+    } cases[] = {
+        {"lyrics.mp3", lyrics + title, 0},
+        {"chapters.mp3", chapter + chapter + title, 0},
+        {"packed.mp3", tagFrame("TIT2", packed, {0, 9}), 0},
+        {"large.mp3", title + tagFrame("APIC", picture + std::string(32 * megabyte, 'x')), 32 * megabyte},
+        {"too-large.mp3", title + tagFrame("APIC", picture + std::string(33 * megabyte, 'x')), 0},
+    };
+    for (const auto& [name, frames, size] : cases) {
+        TulPlaylistEntry entry(tagged(name, frames));
+        EXPECT_EQ(entry.title, "Lied") << name;
         entry.loadCoverArt();
-        EXPECT_EQ(entry.coverArtSize, 0);
+        EXPECT_EQ(static_cast<std::size_t>(entry.coverArtSize), size) << name;
+    }
+}
+
+TEST(TrackInfo, AnyNameIsAName) {
+    const std::string bytes("\xff\xfe\xed\xa0\x80\n%s<b>&\\", 13);
+    const std::string names[] = {bytes + ".flac",
+                                 std::string(255, 'x'),
+                                 std::string(250, '\xff') + ".flac",
+                                 "-rf",
+                                 "..",
+                                 "a\tb.flac",
+                                 std::string(5000, 'y') + ".flac",
+                                 std::string("a\0b.flac", 8),
+                                 std::string(3000, '/')};
+    for (const std::string& name : names) {
+        const std::string path = (media() / "").string() + name;
+        std::error_code isNoName;
+        fs::copy_file(media() / "a.flac", path, isNoName);
+        TulPlaylistEntry entry(path);
+        entry.loadCoverArt();
+        EXPECT_EQ(entry.artist, isNoName ? "" : "Bänd") << name;
     }
 }
 

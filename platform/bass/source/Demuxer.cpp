@@ -1,5 +1,6 @@
 #include "platform/bass/source/Demuxer.h"
 
+#include "platform/bass/source/FfmpegMemory.h"
 #include "platform/bass/source/FlacHeader.h"
 #include "platform/bass/source/LameTag.h"
 #include "platform/bass/source/OggComments.h"
@@ -62,6 +63,7 @@ bool isComplete(const AVStream& stream) {
 } // namespace
 
 std::unique_ptr<Demuxer> Demuxer::open(ByteSource& bytes, Format format) {
+    const OpeningTime limited;
     std::unique_ptr<Demuxer> demuxer(new Demuxer(bytes));
     if (!demuxer->openContainer() || !demuxer->chooseStream() || !demuxer->isOf(format)) return nullptr;
     demuxer->measure();
@@ -76,12 +78,13 @@ bool Demuxer::readFrom(std::int64_t offset) {
 
 const AVInputFormat* Demuxer::probe() {
     if (!readFrom(0)) return nullptr;
-    // A tag may be longer than any probe: what follows it is the content.
+    // A tag may be longer than any probe, and FFmpeg would keep its pictures: the content is what follows.
     const std::int64_t tagsEnd = m_bytes.seekable() ? skipId3Tags(*m_avio) : 0;
     if (tagsEnd > 0 && !readFrom(tagsEnd)) return nullptr;
     const AVInputFormat* format = nullptr;
     if (av_probe_input_buffer2(m_avio.get(), &format, nullptr, nullptr, 0, probeBytes) < 0) return nullptr;
-    if (tagsEnd > 0 && !readFrom(0)) return nullptr;
+    if (tagsEnd > 0 && (!readFrom(0) || avio_seek(m_avio.get(), tagsEnd, SEEK_SET) != tagsEnd))
+        return nullptr;
     return format;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/bass/source/Source.h"
 
 #include "platform/bass/source/DecodedSource.h"
+#include "platform/bass/source/FfmpegMemory.h"
 #include "platform/bass/source/FileIo.h"
 #include "platform/bass/source/ProtocolLog.h"
 #include "platform/bass/source/ReconnectingSource.h"
@@ -20,6 +21,9 @@ std::optional<std::string> normalizedAddress(const std::string& address) {
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     const std::string scheme = url.substr(0, end);
     const std::string host = url.substr(end + 3);
+    // FFmpeg sends them as they are: a line end in an address would begin a header of its own.
+    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    if (std::ranges::any_of(url, isControl)) return std::nullopt;
     const bool hasHost = !host.empty() && std::string("/?#:").find(host[0]) == std::string::npos;
     if ((scheme != "http" && scheme != "https") || !hasHost) return std::nullopt;
     return url;
@@ -33,6 +37,7 @@ OpenedSource openFile(const std::string& path, Format format, std::shared_ptr<Ca
     silenceFfmpeg();
     FileIo::Opened opened = FileIo::open(path, std::move(cancel));
     if (!opened.file) return {nullptr, opened.failure};
+    limitFfmpegMemory(opened.file->size());
     return DecodedSource::open(std::move(opened.file), format);
 }
 
@@ -45,6 +50,7 @@ OpenedSource openUrl(const std::string& address, std::shared_ptr<Cancel> cancel,
     const std::optional<std::string> url = normalizedAddress(address);
     if (!url) return {nullptr, Failure::notFound};
     silenceFfmpeg();
+    limitFfmpegMemory(-1);
     return ReconnectingSource::open(*url, limits, std::move(cancel));
 }
 
