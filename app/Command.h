@@ -20,6 +20,7 @@ struct Command {
     Place place = Place::menu;
     bool repeats = false;                   ///< While the key is held; else one press is one command.
     std::function<bool()> isOn = {};        ///< Of a command that switches something.
+    std::function<bool()> isEnabled = {};   ///< Asked when the menu opens; the action must bear it, too.
     std::function<QString()> titleNow = {}; ///< In the place of a title that changes.
 };
 

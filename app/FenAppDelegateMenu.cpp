@@ -3,6 +3,7 @@
 #include "app/FenAppDelegate.h"
 
 #include "app/Card.h"
+#include "app/FenPlaylistController.h"
 #include "app/KeyList.h"
 #include "app/Skin.h"
 #include "controls/CustomWindow.h"
@@ -44,9 +45,27 @@ app::Commands FenAppDelegate::fileCommands() {
         {.title = QStringLiteral("Save Playlist…"),
          .key = QKeySequence::Save,
          .action = [this] { savePlaylist(); }},
+        {.title = QStringLiteral("Revert to Saved"),
+         .action = [this] { revertPlaylist(); },
+         .isEnabled = [this] { return !player->playlist->path.empty() && player->playlist->isChanged(); }},
         {.title = QStringLiteral("Clear Playlist"),
          .key = QKeySequence::New,
          .action = [this] { clearPlaylist(); }},
+        {},
+        {.title = QStringLiteral("Find…"),
+         .key = QKeySequence::Find,
+         .action =
+             [this] {
+                 pageController->turnToPage(0);
+                 playlistController->openSearch();
+             }},
+        {.title = QStringLiteral("Go to Playing Track"),
+         .key = Qt::CTRL | Qt::Key_J,
+         .action =
+             [this] {
+                 pageController->turnToPage(0);
+                 playlistController->showCurrentRow();
+             }},
         {},
     };
 }
@@ -162,6 +181,7 @@ void FenAppDelegate::addToMenu(const app::Command& command) {
     QObject::connect(m_menu.get(), &QMenu::aboutToShow, item, [item, command] {
         if (command.titleNow) item->setText(command.titleNow());
         if (command.isOn) item->setChecked(command.isOn());
+        if (command.isEnabled) item->setEnabled(command.isEnabled());
     });
     if (command.place == app::Command::Place::menu) m_menu->addAction(item);
     window->addAction(item); // the keys work while the menu is closed, too
@@ -187,5 +207,7 @@ QString FenAppDelegate::sharingTitle() const {
     if (const std::uint32_t port = player->networkSharing->port; port != 0)
         return QStringLiteral("Shared at http://%1:%2/").arg(QSysInfo::machineHostName()).arg(port);
     const bool failed = player->networkSharingEnabled && player->stream;
+    if (failed && player->networkSharing->isEncoderMissing)
+        return QStringLiteral("Sharing Needs the Program “oggenc”");
     return failed ? QStringLiteral("Sharing Is Not Possible Now") : QStringLiteral("Share on the Network");
 }

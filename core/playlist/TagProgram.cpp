@@ -1,7 +1,7 @@
 #include "core/playlist/TagProgram.h"
 
 #include "core/background/besideProgram.h"
-#include "core/playlist/FileDescriptor.h"
+#include "core/files/FileDescriptor.h"
 #include "core/playlist/resolveEntrySource.h"
 
 #include <array>
