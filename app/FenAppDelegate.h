@@ -27,6 +27,7 @@ class Deliveries;
 class FileDrop;
 class Mpris;
 class PageDots;
+class PlaylistEditor;
 class SourceQueue;
 class TextField;
 class UnsavedChanges;
@@ -54,6 +55,8 @@ public:
     std::unique_ptr<FenCoverArtController> coverArtController;
     std::unique_ptr<FenReleaseNotesController> releaseNotesController;
     std::unique_ptr<CustomWindow> window;
+    /// What every edit of the playlist goes through.
+    std::unique_ptr<app::PlaylistEditor> editor;
     /// The main layout's; owned by the window.
     cocoa::PageController* pageController = nullptr;
     app::TextField* pageName = nullptr;
@@ -74,6 +77,7 @@ public:
     void finishSaving();
 
     void openDocument();
+    void addFolder();
     void openPlaylist();
     void savePlaylist();
     void clearPlaylist();
@@ -103,8 +107,6 @@ private:
     void makeMenu();
     void showMenuAt(const QPoint& place);
     QString sharingTitle() const;
-    void addSources(const std::vector<std::string>& sources, bool play);
-
     app::PageDots* m_pageDots = nullptr;
     std::unique_ptr<app::SourceQueue> m_sources;
     std::unique_ptr<app::Deliveries> m_deliveries;

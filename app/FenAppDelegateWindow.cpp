@@ -7,6 +7,8 @@
 #include "app/PageDots.h"
 #include "app/Skin.h"
 #include "app/TextField.h"
+#include "app/editing/EditMenu.h"
+#include "app/editing/PlaylistEditor.h"
 #include "controls/CustomWindow.h"
 #include "core/files/folders.h"
 #include "core/player/TulNetworkSharing.h"
@@ -61,8 +63,6 @@ void FenAppDelegate::loadMainLayout() {
     playerController->controlsBackground = layout.controlsBackground;
     playerController->balanceSlider = layout.balanceSlider;
     connectControls(layout);
-    m_fileDrop =
-        std::make_unique<app::FileDrop>(*window, [this](const auto& sources) { addSources(sources, false); });
 }
 
 void FenAppDelegate::finishMainLayout() {
@@ -104,9 +104,9 @@ bool FenAppDelegate::takesCommands() {
 void FenAppDelegate::makeMenu() {
     m_menu = std::make_unique<QMenu>();
     app::dressInSkin(*m_menu);
-    const auto command = [this](const QString& title, const QKeySequence& keys,
-                                std::function<void()> action) {
-        QAction* item = m_menu->addAction(title);
+    const app::AddCommand addCommand = [this](QMenu& menu, const QString& title, const QKeySequence& keys,
+                                              std::function<void()> action) {
+        QAction* item = menu.addAction(title);
         item->setShortcut(keys);
         item->setAutoRepeat(false); // one press, one command, however long it is held
         QObject::connect(item, &QAction::triggered, window.get(), [action = std::move(action)] {
@@ -116,13 +116,20 @@ void FenAppDelegate::makeMenu() {
         window->addAction(item);
         return item;
     };
+    const auto command = [this, &addCommand](const QString& title, const QKeySequence& keys,
+                                             std::function<void()> action) {
+        return addCommand(*m_menu, title, keys, std::move(action));
+    };
     command(QStringLiteral("Add Files…"), QKeySequence::Open, [this] { openDocument(); });
+    command(QStringLiteral("Add Folder…"), Qt::CTRL | Qt::SHIFT | Qt::Key_O, [this] { addFolder(); });
     command(QStringLiteral("Add Stream…"), Qt::CTRL | Qt::Key_U, [this] { openStream(); });
     m_menu->addSeparator();
     command(QStringLiteral("Open Playlist…"), Qt::CTRL | Qt::Key_L, [this] { openPlaylist(); });
     command(QStringLiteral("Save Playlist…"), QKeySequence::Save, [this] { savePlaylist(); });
     m_revert = command(QStringLiteral("Revert to Saved"), {}, [this] { revertPlaylist(); });
     command(QStringLiteral("Clear Playlist"), QKeySequence::New, [this] { clearPlaylist(); });
+    m_menu->addSeparator();
+    app::addEditCommands(*m_menu, *window, *editor, addCommand);
     m_menu->addSeparator();
     command(QStringLiteral("Play or Pause"), Qt::Key_Space, [this] { playerController->playPause(); });
     command(QStringLiteral("Next"), Qt::CTRL | Qt::Key_Right, [this] { playerController->next(); });

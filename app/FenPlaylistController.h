@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/FenMultiFunctionalViewController.h"
+#include "core/playlist/TulPlaylist.h"
 #include "core/playlist/UnsavedLists.h"
 #include "platform/cocoa/ComboBoxDataSource.h"
 #include "platform/cocoa/TableViewDataSource.h"
@@ -10,11 +11,17 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 enum class TulPlaybackState;
 
 namespace app {
+struct EditedSelection;
+class PlaylistEditor;
+class RowMenu;
 class SourceQueue;
 class StatusLine;
 } // namespace app
@@ -33,6 +40,9 @@ class FenPlaylistController : public FenMultiFunctionalViewController,
                               public cocoa::TableViewDelegate,
                               public cocoa::ComboBoxDataSource {
 public:
+    FenPlaylistController();
+    ~FenPlaylistController() override;
+
     /// The current index when the slow update last brought it into view.
     std::int32_t lastPlaylistEntry = -1;
     /// Null until the page's view is loaded.
@@ -41,6 +51,8 @@ public:
     app::StatusLine* statusLine = nullptr;
     /// Set by the delegate before `initialize`.
     app::SourceQueue* sources = nullptr;
+    /// Before `initialize`: what edits go through, and which tells of them. It must outlive the page.
+    void setEditor(app::PlaylistEditor& editor);
 
     void initialize() override;
     void reInitializeDragAndDrop();
@@ -58,6 +70,17 @@ public:
     QString toolTipForCell(int row) override;
     void doubleClick();
 
+    /// Of the playlist.
+    TulRows selectedRows() const;
+    /// The one that keys and the menu mean; -1 when there is none.
+    std::int32_t currentRow() const;
+    void playCurrentRow();
+
+    /// Files of other programs are dragged to this place of the screen: shows where they would be inserted.
+    void showDropPlace(const std::optional<QPointF>& place);
+    /// The id of the entry that they would come before; 0 for the end.
+    std::uint64_t entryAtDropPlace(const QPointF& place) const;
+
     bool writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) override;
     cocoa::DragOperation validateDrop(const cocoa::Pasteboard& pasteboard, int proposedRow,
                                       cocoa::DropOperation operation) override;
@@ -74,11 +97,16 @@ protected:
 
 private:
     void setUpTable();
+    void showEdited(const std::optional<app::EditedSelection>& selection);
+    void play(std::int32_t row);
+    std::optional<QPointF> placeInTable(const QPointF& place) const;
     void showsStatus(bool shows);
     QString outcomeText() const;
     void updateUnsavedLists();
     QString failureOf(int row) const;
 
+    app::PlaylistEditor* m_editor = nullptr;
+    std::unique_ptr<app::RowMenu> m_rowMenu;
     QElapsedTimer m_busy; ///< Invalid while nothing is being read.
     QElapsedTimer m_told; ///< Since the line has said what it says.
     /// Those that no internal playlist stands for, as of the last `updateSelector`.

@@ -1,3 +1,4 @@
+#include "core/playlist/FileDetails.h"
 #include "core/playlist/TulPlaylist.h"
 #include "tests/support/Media.h"
 
@@ -121,6 +122,35 @@ std::string sizeBytes(std::size_t size, int bits) {
     for (int shift = 3 * bits; shift >= 0; shift -= bits)
         bytes += static_cast<char>((size >> shift) & ((1U << bits) - 1));
     return bytes;
+}
+
+TEST(FileDetails, SayWhatEachFormatHolds) {
+    const struct {
+        const char* file;
+        const char* format;
+        int rate, channels, bits;
+    } cases[] = {
+        {"a.flac", "FLAC", 44100, 2, 16},     {"a.mp3", "MP3", 44100, 2, 0},
+        {"a.ogg", "Ogg Vorbis", 44100, 2, 0}, {"a.opus", "Opus", 48000, 2, 0},
+        {"a.wv", "WavPack", 44100, 2, 16},    {"a.m4a", "AAC", 44100, 2, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        const auto details = readFileDetails((media() / c.file).string());
+        ASSERT_TRUE(details);
+        EXPECT_EQ(details->format, c.format);
+        EXPECT_EQ(details->sampleRate, c.rate);
+        EXPECT_EQ(details->channels, c.channels);
+        EXPECT_EQ(details->bitsPerSample, c.bits);
+        EXPECT_NEAR(details->length, 2, 0.1);
+        EXPECT_GT(details->bitRate, 0);
+        EXPECT_EQ(details->size, fs::file_size(media() / c.file));
+        ASSERT_EQ(details->tags.size(), 3U);
+        EXPECT_EQ(details->tags[0], (std::pair<std::string, std::string>("Title", "Lied ♥")));
+    }
+    for (const auto& nothing :
+         {(media() / "gone.flac").string(), media().string(), std::string("http://h/a.mp3")})
+        EXPECT_FALSE(readFileDetails(nothing)) << nothing;
 }
 
 TEST(TrackInfo, NestingWithoutEndIsNoTag) {
