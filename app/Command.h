@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAction>
 #include <QKeySequence>
 #include <QString>
 
@@ -17,11 +18,15 @@ struct Command {
     QString title = {}; ///< Empty: a line between two groups of the menu.
     std::optional<QKeySequence> key = {};
     std::function<void()> action = {};
+    QString submenu = {};    ///< The title of the menu within the menu that it is in, if any.
     Place place = Place::menu;
     bool repeats = false;                   ///< While the key is held; else one press is one command.
     std::function<bool()> isOn = {};        ///< Of a command that switches something.
     std::function<bool()> isEnabled = {};   ///< Asked when the menu opens; the action must bear it, too.
     std::function<QString()> titleNow = {}; ///< In the place of a title that changes.
+    QAction* item = nullptr;                ///< Made elsewhere, in the place of title, key and action.
+
+    [[nodiscard]] bool isSeparator() const { return title.isEmpty() && !item; }
 };
 
 using Commands = std::vector<Command>;

@@ -11,6 +11,7 @@
 #include "app/TextField.h"
 #include "app/UnsavedChanges.h"
 #include "app/desktop/Mpris.h"
+#include "app/editing/PlaylistEditor.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "core/player/TulPlayer.h"
@@ -59,8 +60,9 @@ void FenAppDelegate::applicationDidFinishLaunching() {
         QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(task), Qt::QueuedConnection);
     });
     player->setStorePath(storePath());
-    m_sources =
-        std::make_unique<app::SourceQueue>(*player, [this] { playlistController->reloadPlaylistData(); });
+    editor = std::make_unique<app::PlaylistEditor>(*player);
+    m_sources = std::make_unique<app::SourceQueue>(*player, *editor,
+                                                   [this] { playlistController->reloadPlaylistData(); });
     m_deliveries = std::make_unique<app::Deliveries>(player->workers,
                                                      [this] { playlistController->updateStatusLine(); });
 
@@ -80,6 +82,8 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     playlistController->setPlayer(player.get());
     coverArtController->setPlayer(player.get());
     playlistController->sources = m_sources.get();
+    playlistController->setEditor(*editor);
+    m_fileDrop = std::make_unique<app::FileDrop>(*window, *playlistController, *m_sources);
 
     playerController->initialize();
     playlistController->initialize();

@@ -29,6 +29,7 @@ class Deliveries;
 class FileDrop;
 class Mpris;
 class PageDots;
+class PlaylistEditor;
 class SourceQueue;
 class TextField;
 class UnsavedChanges;
@@ -56,6 +57,8 @@ public:
     std::unique_ptr<FenCoverArtController> coverArtController;
     std::unique_ptr<FenReleaseNotesController> releaseNotesController;
     std::unique_ptr<CustomWindow> window;
+    /// What every edit of the playlist goes through.
+    std::unique_ptr<app::PlaylistEditor> editor;
     /// The main layout's; owned by the window.
     cocoa::PageController* pageController = nullptr;
     app::TextField* pageName = nullptr;
@@ -76,6 +79,7 @@ public:
     void finishSaving();
 
     void openDocument();
+    void addFolder();
     void openPlaylist();
     void savePlaylist();
     void clearPlaylist();
@@ -103,16 +107,16 @@ private:
     void connectControls(Ui::MainWindow& layout);
     void finishMainLayout(); ///< What the window does not show.
     app::Commands fileCommands();
+    app::Commands editCommands();
     app::Commands playbackCommands();
     app::Commands viewCommands();
     void makeMenu();
+    QMenu& menuOf(const app::Command& command);
     void addToMenu(const app::Command& command);
     void toggleRepeat(TulRepeat repeat);
     void toggleKeyList();
     void showMenuAt(const QPoint& place);
     QString sharingTitle() const;
-    void addSources(const std::vector<std::string>& sources, bool play);
-
     app::PageDots* m_pageDots = nullptr;
     std::unique_ptr<app::SourceQueue> m_sources;
     std::unique_ptr<app::Deliveries> m_deliveries;

@@ -44,6 +44,16 @@ void FenAppDelegate::openDocument() {
     });
 }
 
+void FenAppDelegate::addFolder() {
+    cocoa::OpenPanel panel;
+    panel.setTitle(QStringLiteral("Add a folder to the current playlist"));
+    panel.setCanChooseDirectories(true);
+    panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
+    panel.beginSheetModalForWindow(*window, [this](const QStringList& paths) {
+        m_sources->append({bytesOf(paths.front())}, app::SourceSearch::Take::contents);
+    });
+}
+
 void FenAppDelegate::openPlaylist() {
     cocoa::OpenPanel panel;
     panel.setTitle(QStringLiteral("Open a playlist file"));
@@ -102,13 +112,8 @@ void FenAppDelegate::toggleSpectrumAnalyzer() {
 }
 
 void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
-    addSources(sources, true);
-}
-
-void FenAppDelegate::addSources(const std::vector<std::string>& sources, bool play) {
     if (sources.empty()) return;
     if (sources.size() == 1 && app::isPlaylist(sources.front()))
         return m_sources->openPlaylist(sources.front());
-    m_sources->append(sources, app::SourceSearch::Take::contents,
-                      play ? app::SourceQueue::Then::play : app::SourceQueue::Then::nothing);
+    m_sources->append(sources, app::SourceSearch::Take::contents, app::SourceQueue::Then::play);
 }

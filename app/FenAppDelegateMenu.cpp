@@ -6,11 +6,13 @@
 #include "app/FenPlaylistController.h"
 #include "app/KeyList.h"
 #include "app/Skin.h"
+#include "app/editing/PlaylistEditor.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/PageController.h"
 #include "platform/cocoa/RunLoop.h"
+#include "platform/cocoa/TableView.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -35,6 +37,9 @@ app::Commands FenAppDelegate::fileCommands() {
         {.title = QStringLiteral("Add Files…"),
          .key = QKeySequence::Open,
          .action = [this] { openDocument(); }},
+        {.title = QStringLiteral("Add Folder…"),
+         .key = Qt::CTRL | Qt::SHIFT | Qt::Key_O,
+         .action = [this] { addFolder(); }},
         {.title = QStringLiteral("Add Stream…"),
          .key = Qt::CTRL | Qt::Key_U,
          .action = [this] { openStream(); }},
@@ -68,6 +73,29 @@ app::Commands FenAppDelegate::fileCommands() {
              }},
         {},
     };
+}
+
+app::Commands FenAppDelegate::editCommands() {
+    const auto order = [](const QString& title, std::function<void()> action) {
+        return app::Command{.title = title, .action = std::move(action), .submenu = QStringLiteral("Sort")};
+    };
+    const auto sort = [this, order](const QString& title, app::SortKey key) {
+        return order(title, [this, key] { editor->sort(key); });
+    };
+    app::Commands commands{{.item = &editor->undoAction()}, {.item = &editor->redoAction()}};
+    for (QAction* const item : playlistController->playlistView->actions()) {
+        const bool removes = item->shortcut() == Qt::Key_Delete;
+        commands.push_back(
+            {.place = removes ? app::Command::Place::menu : app::Command::Place::keyOnly, .item = item});
+    }
+    for (auto&& command : {sort(QStringLiteral("By Title"), app::SortKey::title),
+                           sort(QStringLiteral("By Artist and Album"), app::SortKey::artistAndAlbum),
+                           sort(QStringLiteral("By File Name"), app::SortKey::fileName),
+                           order(QStringLiteral("Reverse"), [this] { editor->reverse(); }),
+                           order(QStringLiteral("Randomise"), [this] { editor->randomise(); })})
+        commands.push_back(command);
+    commands.emplace_back();
+    return commands;
 }
 
 app::Commands FenAppDelegate::playbackCommands() {
@@ -162,15 +190,29 @@ app::Commands FenAppDelegate::viewCommands() {
 }
 
 void FenAppDelegate::makeMenu() {
-    for (auto&& group : {fileCommands(), playbackCommands(), viewCommands()})
+    for (auto&& group : {fileCommands(), editCommands(), playbackCommands(), viewCommands()})
         m_commands.insert(m_commands.end(), group.begin(), group.end());
     m_menu = std::make_unique<QMenu>();
     app::dressInSkin(*m_menu);
     for (const app::Command& command : m_commands)
-        command.title.isEmpty() ? static_cast<void>(m_menu->addSeparator()) : addToMenu(command);
+        command.isSeparator() ? static_cast<void>(m_menu->addSeparator()) : addToMenu(command);
+}
+
+QMenu& FenAppDelegate::menuOf(const app::Command& command) {
+    if (command.submenu.isEmpty()) return *m_menu;
+    for (const QAction* item : m_menu->actions())
+        if (item->menu() && item->text() == command.submenu) return *item->menu();
+    QMenu& made = *m_menu->addMenu(command.submenu);
+    app::dressInSkin(made);
+    return made;
 }
 
 void FenAppDelegate::addToMenu(const app::Command& command) {
+    if (command.item) {
+        if (command.place == app::Command::Place::menu) m_menu->addAction(command.item);
+        if (command.item->shortcutContext() == Qt::WindowShortcut) window->addAction(command.item);
+        return;
+    }
     QAction* const item = std::make_unique<QAction>(command.title, m_menu.get()).release();
     item->setAutoRepeat(command.repeats);
     item->setCheckable(command.isOn != nullptr);
@@ -183,7 +225,7 @@ void FenAppDelegate::addToMenu(const app::Command& command) {
         if (command.isOn) item->setChecked(command.isOn());
         if (command.isEnabled) item->setEnabled(command.isEnabled());
     });
-    if (command.place == app::Command::Place::menu) m_menu->addAction(item);
+    if (command.place == app::Command::Place::menu) menuOf(command).addAction(item);
     window->addAction(item); // the keys work while the menu is closed, too
 }
 

@@ -40,8 +40,6 @@ void FenAppDelegate::loadMainLayout() {
     playerController->volumeCaption = layout.volumeCaption;
     playerController->balanceCaption = layout.balanceCaption;
     connectControls(layout);
-    m_fileDrop =
-        std::make_unique<app::FileDrop>(*window, [this](const auto& sources) { addSources(sources, false); });
 }
 
 void FenAppDelegate::finishMainLayout() {

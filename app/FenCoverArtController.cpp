@@ -29,8 +29,9 @@ void FenCoverArtController::loadView(QWidget& view) {
 }
 
 void FenCoverArtController::updateCoverArt() {
-    if (!coverArtView || player->playlist->entryCount() < 1) return;
-    const TulPlaylistEntry& entry = *player->playlist->currentEntry();
+    const TulPlaylistEntry* const playing = player->playingEntry();
+    if (!coverArtView || !playing) return;
+    const TulPlaylistEntry& entry = *playing;
     const std::pair wanted(entry.id, entry.coverArtSize);
     if (std::exchange(m_wanted, wanted) == wanted) return;
     if (entry.coverArtSize == 0) return coverArtView->setImage(defaultPicture());

@@ -183,8 +183,9 @@ void FenPlayerController::announceSongWhenKnown() {
 }
 
 void FenPlayerController::announceSong() {
-    if (player->playlist->entryCount() == 0) return;
-    const TulPlaylistEntry& entry = *player->playlist->currentEntry();
+    const TulPlaylistEntry* const playing = player->playingEntry();
+    if (!playing) return;
+    const TulPlaylistEntry& entry = *playing;
     cocoa::UserNotification notification;
     const TulStream& stream = *player->stream;
     notification.title = app::displayText(stream.title).value_or(QString());
@@ -195,8 +196,8 @@ void FenPlayerController::announceSong() {
     if (QGuiApplication::applicationState() == Qt::ApplicationActive) return;
     app::decodeCover(
         player->workers, entry, [this, notification, id = entry.id](const QImage& picture) mutable {
-            const TulPlaylist& list = *player->playlist;
-            if (list.entryCount() == 0 || list.currentEntry()->id != id) return; // another has started
+            const TulPlaylistEntry* const now = player->playingEntry();
+            if (!now || now->id != id) return; // another has started
             notification.contentImage = picture;
             cocoa::UserNotificationCenter::defaultUserNotificationCenter().deliverNotification(notification);
         });

@@ -5,6 +5,8 @@
 #include "app/Skin.h"
 #include "app/SourceQueue.h"
 #include "app/StatusLine.h"
+#include "app/editing/PlaylistEditor.h"
+#include "app/editing/RowMenu.h"
 #include "app/search/ListSearch.h"
 #include "controls/InternalPlaylistComboBoxCell.h"
 #include "controls/PlaylistEntryCell.h"
@@ -22,7 +24,6 @@
 
 namespace {
 
-const QString draggedType = QStringLiteral("tuq.playlistindex");
 constexpr double rowHeight = 55.0;
 
 /// What is done sooner is not worth a line.
@@ -96,11 +97,8 @@ void FenPlaylistController::setUpTable() {
     playlistView->setDataSource(this);
     playlistView->setDelegate(this);
     playlistView->setDoubleAction([this] { doubleClick(); });
+    if (m_editor && !m_rowMenu) m_rowMenu = std::make_unique<app::RowMenu>(*this, *m_editor);
     reInitializeDragAndDrop();
-}
-
-void FenPlaylistController::reInitializeDragAndDrop() {
-    playlistView->registerForDraggedTypes({draggedType});
 }
 
 void FenPlaylistController::reloadPlaylistData() {
@@ -213,28 +211,14 @@ QString FenPlaylistController::failureOf(int row) const {
 }
 
 void FenPlaylistController::doubleClick() {
-    player->playlist->selectEntry(playlistView->clickedRow());
+    play(playlistView->clickedRow());
+}
+
+void FenPlaylistController::playCurrentRow() {
+    play(currentRow());
+}
+
+void FenPlaylistController::play(std::int32_t row) {
+    player->playlist->selectEntry(row);
     player->startCurrentEntry();
-}
-
-bool FenPlaylistController::writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) {
-    reInitializeDragAndDrop();
-    pasteboard.setString(QString::number(*rows.begin()), draggedType);
-    return true;
-}
-
-cocoa::DragOperation FenPlaylistController::validateDrop(const cocoa::Pasteboard& /*pasteboard*/,
-                                                         int proposedRow,
-                                                         cocoa::DropOperation /*operation*/) {
-    return proposedRow >= 0 ? cocoa::DragOperation::move : cocoa::DragOperation::none;
-}
-
-bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int row,
-                                       cocoa::DropOperation /*operation*/) {
-    const auto source = pasteboard.stringForType(draggedType);
-    if (source) player->moveEntry(source->toInt(), row);
-    // The list's order has changed under the table; the moved entry stays the one that is marked.
-    playlistView->reloadData();
-    playlistView->selectRowIndexes({std::min(row, numberOfRowsInTableView() - 1)});
-    return true;
 }

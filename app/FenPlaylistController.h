@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/FenMultiFunctionalViewController.h"
+#include "core/playlist/TulPlaylist.h"
 #include "core/playlist/UnsavedLists.h"
 #include "platform/cocoa/ComboBoxDataSource.h"
 #include "platform/cocoa/TableViewDataSource.h"
@@ -11,6 +12,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 class PlaylistEntryCell;
@@ -18,6 +21,9 @@ enum class TulPlaybackState;
 
 namespace app {
 class ListSearch;
+struct EditedSelection;
+class PlaylistEditor;
+class RowMenu;
 class SearchField;
 class SourceQueue;
 class StatusLine;
@@ -49,6 +55,8 @@ public:
     app::SearchField* searchField = nullptr;
     /// Set by the delegate before `initialize`.
     app::SourceQueue* sources = nullptr;
+    /// Before `initialize`: what edits go through, and which tells of them. It must outlive the page.
+    void setEditor(app::PlaylistEditor& editor);
 
     void initialize() override;
     void reInitializeDragAndDrop();
@@ -69,6 +77,17 @@ public:
     QString toolTipForCell(int row) override;
     void doubleClick();
 
+    /// Of the playlist.
+    TulRows selectedRows() const;
+    /// The one that keys and the menu mean; -1 when there is none.
+    std::int32_t currentRow() const;
+    void playCurrentRow();
+
+    /// Files of other programs are dragged to this place of the screen: shows where they would be inserted.
+    void showDropPlace(const std::optional<QPointF>& place);
+    /// The id of the entry that they would come before; 0 for the end.
+    std::uint64_t entryAtDropPlace(const QPointF& place) const;
+
     bool writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) override;
     cocoa::DragOperation validateDrop(const cocoa::Pasteboard& pasteboard, int proposedRow,
                                       cocoa::DropOperation operation) override;
@@ -86,6 +105,9 @@ protected:
 private:
     void setUpTable();
     void setUpSearch();
+    void showEdited(const std::optional<app::EditedSelection>& selection);
+    void play(std::int32_t row);
+    std::optional<QPointF> placeInTable(const QPointF& place) const;
     void showsStatus(bool shows);
     void layOutTable();
     void markFound(PlaylistEntryCell& cell) const;
@@ -94,6 +116,8 @@ private:
     void updateUnsavedLists();
     QString failureOf(int row) const;
 
+    app::PlaylistEditor* m_editor = nullptr;
+    std::unique_ptr<app::RowMenu> m_rowMenu;
     QElapsedTimer m_busy; ///< Invalid while nothing is being read.
     QElapsedTimer m_told; ///< Since the line has said what it says.
     /// Those that no internal playlist stands for, as of the last `updateSelector`.

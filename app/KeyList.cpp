@@ -19,10 +19,16 @@ std::unique_ptr<QWidget> makeKeyList(const Commands& commands) {
     layout->setColumnStretch(0, 1);
     int row = 0;
     for (const Command& command : commands) {
-        if (!command.key) continue;
-        auto keys = std::make_unique<QLabel>(command.key->toString(QKeySequence::NativeText));
+        const QString title = command.item ? command.item->text() : command.title;
+        const QKeySequence key =
+            command.item ? command.item->shortcut() : command.key.value_or(QKeySequence());
+        // Behind a tab is what a menu shows of a key.
+        const QString shown =
+            title.contains(u'\t') ? title.section(u'\t', 1) : key.toString(QKeySequence::NativeText);
+        if (shown.isEmpty()) continue;
+        auto keys = std::make_unique<QLabel>(shown);
         keys->setObjectName(QStringLiteral("keys"));
-        layout->addWidget(std::make_unique<QLabel>(command.title).release(), row, 0);
+        layout->addWidget(std::make_unique<QLabel>(title.section(u'\t', 0, 0)).release(), row, 0);
         layout->addWidget(keys.release(), row, 1, Qt::AlignRight);
         ++row;
     }

@@ -4,8 +4,11 @@
 
 namespace app {
 
-SourceQueue::SourceQueue(TulPlayer& player, std::function<void()> changed)
-    : m_player(player), m_changed(std::move(changed)) {
+SourceQueue::SourceQueue(TulPlayer& player, PlaylistEditor& editor, std::function<void()> changed)
+    : m_player(player), m_editor(editor), m_changed(std::move(changed)) {
+    m_editor.list.addingUndone = [this](std::uint64_t action) {
+        if (m_search && m_search->command.action == action) giveUp();
+    };
     m_player.reportFile = [this](const std::string& path, FileStatus status) {
         m_problem = {path, status, m_problem.number + 1};
         m_changed();
@@ -15,10 +18,13 @@ SourceQueue::SourceQueue(TulPlayer& player, std::function<void()> changed)
 SourceQueue::~SourceQueue() {
     m_player.reportFile = nullptr;
     giveUp();
+    m_editor.list.addingUndone = [](std::uint64_t) {};
 }
 
-void SourceQueue::append(std::vector<std::string> sources, SourceSearch::Take take, Then then) {
-    m_waiting.push_back({std::move(sources), take, then, m_opens ? 0 : m_player.playlist->id});
+void SourceQueue::add(std::vector<std::string> sources, SourceSearch::Take take, Then then,
+                      PlaylistEditor::Place place) {
+    m_waiting.push_back(
+        {std::move(sources), take, then, place, m_opens ? 0 : m_player.playlist->id, m_editor.beginAdding()});
     m_player.tagReader.goOn();
     startNext();
 }
@@ -111,15 +117,15 @@ void SourceQueue::takeFound(const std::shared_ptr<Search>& search, SourceSearch:
     if (search != m_search) return;
     if (search->command.list != m_player.playlist->id) return startNext();
     m_skipped += found.skipped;
-    const auto first = static_cast<std::int32_t>(m_player.playlist->entryCount());
-    const bool any = !found.entries.empty();
-    m_player.appendEntries(std::move(found.entries));
-    if (any && std::exchange(search->command.then, Then::nothing) == Then::play &&
+    if (found.status != FileStatus::done) m_player.reportFile(found.playlist, found.status);
+    if (found.entries.empty()) return;
+    const std::int32_t first =
+        m_editor.add(search->command.action, search->command.place, std::move(found.entries));
+    if (std::exchange(search->command.then, Then::nothing) == Then::play &&
         !isStarted(m_player.playbackState())) {
         m_player.playlist->selectEntry(first);
         m_player.startCurrentEntry();
     }
-    m_changed();
 }
 
 } // namespace app

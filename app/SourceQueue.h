@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/SourceSearch.h"
+#include "app/editing/PlaylistEditor.h"
 #include "core/player/TulPlayer.h"
 
 #include <atomic>
@@ -10,12 +11,13 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace app {
 
-/// Carries out what is to be opened or appended to the playlist, in the order of the commands, without
-/// waiting for a disk. What was to be appended to a list goes with that list.
+/// Carries out what is to be opened or added to the playlist, in the order of the commands, without waiting
+/// for a disk. What was to be added to a list goes with that list.
 ///
 /// Threads: main thread only. To be destroyed before the player.
 class SourceQueue {
@@ -23,12 +25,19 @@ public:
     enum class Then { nothing, play /**< the first one, if nothing plays */ };
 
     /// `changed` is called when the list, or what is said here of the work, has changed.
-    SourceQueue(TulPlayer& player, std::function<void()> changed);
+    SourceQueue(TulPlayer& player, PlaylistEditor& editor, std::function<void()> changed);
     ~SourceQueue();
     SourceQueue(const SourceQueue&) = delete;
     SourceQueue& operator=(const SourceQueue&) = delete;
 
-    void append(std::vector<std::string> sources, SourceSearch::Take take, Then then = Then::nothing);
+    void append(std::vector<std::string> sources, SourceSearch::Take take, Then then = Then::nothing) {
+        add(std::move(sources), take, then, {});
+    }
+    /// What was dropped: before an entry of the list by its id, or at the end (0).
+    void drop(std::vector<std::string> sources, std::uint64_t beforeEntry) {
+        add(std::move(sources), SourceSearch::Take::contents, Then::nothing,
+            {.beforeEntry = beforeEntry, .isDrop = true});
+    }
     void openPlaylist(const std::string& path);
     void selectInternalPlaylist(std::int32_t index);
     /// Opens a list that was changed and left (`ListKeeper::lists`).
@@ -55,7 +64,9 @@ private:
         std::vector<std::string> sources;
         SourceSearch::Take take;
         Then then;
-        std::uint64_t list; ///< The id of the one to append to; 0 for the one that is being opened.
+        PlaylistEditor::Place place;
+        std::uint64_t list;   ///< The id of the one to add to; 0 for the one that is being opened.
+        std::uint64_t action; ///< The editor's number.
     };
     /// One that is carried out; shared with its worker.
     struct Search {
@@ -63,6 +74,8 @@ private:
         std::atomic<bool> goesOn{true};
     };
 
+    void add(std::vector<std::string> sources, SourceSearch::Take take, Then then,
+             PlaylistEditor::Place place);
     std::function<void(TulPlayer::Opening)> beginOpening();
     void endOpening();
     void startNext();
@@ -70,6 +83,7 @@ private:
     void takeFound(const std::shared_ptr<Search>& search, SourceSearch::Found& found);
 
     TulPlayer& m_player;
+    PlaylistEditor& m_editor;
     std::function<void()> m_changed;
     std::deque<Command> m_waiting;
     std::shared_ptr<Search> m_search;

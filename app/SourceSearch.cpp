@@ -1,10 +1,12 @@
 #include "app/SourceSearch.h"
 
 #include "app/FileTypes.h"
+#include "core/playlist/TulPlaylistFileFactory.h"
 #include "core/playlist/resolveEntrySource.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -64,7 +66,19 @@ void SourceSearch::take(const std::string& source) {
     if (source.empty()) return; // an address without a path
     if (isAddress(source)) return add(source);
     if (isFolder(source)) return takeFolder(resolved(source));
-    isPlaylist(source) ? skip() : add(resolved(source));
+    isPlaylist(source) ? takePlaylist(resolved(source)) : add(resolved(source));
+}
+
+void SourceSearch::takePlaylist(const std::string& path) {
+    FileStatus status{};
+    const auto list = TulPlaylistFileFactory().createPlaylistFile(path)->read(path, status);
+    if (status != FileStatus::done) {
+        m_found.playlist = path;
+        m_found.status = status;
+    }
+    if (!list) return;
+    std::ranges::move(list->entries, std::back_inserter(m_found.entries));
+    reportSoon();
 }
 
 void SourceSearch::takeFolder(const std::string& folder) {

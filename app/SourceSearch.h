@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/files/FileStatus.h"
 #include "core/playlist/TulPlaylistEntry.h"
 
 #include <chrono>
@@ -11,7 +12,8 @@
 
 namespace app {
 
-/// Makes rows of what was named or dropped: paths of files and folders, and addresses. Tags stay unread.
+/// Makes rows of what was named or dropped: paths of files, playlists and folders, and addresses. Tags stay
+/// unread.
 ///
 /// Threads: any; it reads folders, and may block.
 class SourceSearch {
@@ -19,11 +21,14 @@ public:
     enum class Take {
         asTyped,  ///< Each source is an entry, as it is.
         files,    ///< Each path is an entry, without its symbolic links.
-        contents, ///< Folders stand for the audio files below them, and playlists are skipped.
+        contents, ///< Folders stand for the audio files below them, playlists for their entries.
     };
     struct Found {
         std::vector<std::unique_ptr<TulPlaylistEntry>> entries;
         std::size_t skipped = 0; ///< Files that are not audio.
+        /// A playlist that could not be read whole, unless the status is FileStatus::done.
+        std::string playlist;
+        FileStatus status = FileStatus::done;
     };
     /// Gets what has been found since the last call: the first at once, more every few milliseconds, the last
     /// at the end. False ends the search.
@@ -39,6 +44,7 @@ private:
     explicit SourceSearch(const Report& report) : m_report(report) {}
 
     void take(const std::string& source);
+    void takePlaylist(const std::string& path);
     void takeFolder(const std::string& folder);
     void add(std::string source);
     void skip();

@@ -103,11 +103,11 @@ void MprisPlayer::noteTime() {
 
 /// The picture of the entry that plays. It is kept as long as its address is announced.
 void MprisPlayer::takeCover() {
-    if (handle() == 0 || player().playlist->entryCount() == 0) return;
-    const TulPlaylistEntry& entry = *player().playlist->currentEntry();
-    if (entry.coverArtSize == 0) return;
+    const TulPlaylistEntry* const playing = player().playingEntry();
+    if (handle() == 0 || !playing || playing->coverArtSize == 0) return;
     auto file = std::make_unique<QTemporaryFile>(coverTemplate());
-    if (!file->open() || file->write(entry.coverArt.get(), entry.coverArtSize) != entry.coverArtSize) return;
+    if (!file->open() || file->write(playing->coverArt.get(), playing->coverArtSize) != playing->coverArtSize)
+        return;
     file->close();
     m_cover = std::move(file);
 }

@@ -119,6 +119,9 @@ TulFailure TulPlayer::failure() const {
 
 void TulPlayer::play() {
     if (!stream || stream->failure()) return startCurrentEntry();
+    // What has been removed is played to its end, but not once more.
+    const bool isOver = m_request == TulPlaybackRequest::stop && playlist->currentIsRemoved();
+    if (isOver && playlist->entryCount() > 0) return startCurrentEntry();
     m_request = TulPlaybackRequest::play;
     prepareNext();
     stream->setVolume(volume); // a pause has left it at 0
@@ -217,11 +220,18 @@ bool TulPlayer::goesOnAfter(const TulFailure& failure) {
     return m_skipsFailures && ++m_failedInARow < playlist->entryCount();
 }
 
-/// Nothing when the list has no longer the entry that the stream was started for.
 void TulPlayer::markCurrentEntry(const TulFailure& failure) {
-    if (playlist->entryCount() == 0) return;
-    TulPlaylistEntry& entry = *playlist->currentEntry();
-    if (entry.source == stream->source) entry.failure = failure;
+    if (TulPlaylistEntry* entry = entryOfStream()) entry->failure = failure;
+}
+
+const TulPlaylistEntry* TulPlayer::playingEntry() const {
+    return entryOfStream();
+}
+
+TulPlaylistEntry* TulPlayer::entryOfStream() const {
+    if (playlist->entryCount() == 0) return nullptr;
+    TulPlaylistEntry* const current = playlist->currentEntry();
+    return current->id == m_playingEntry ? current : nullptr;
 }
 
 /// Of an entry whose tags do not say it, as of an address.

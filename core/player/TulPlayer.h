@@ -18,6 +18,13 @@
 
 class TulNetworkSharing;
 
+/// A playlist that is not shown any more. Changes in it that are in no file are stored first: as long as that
+/// lasts it is null.
+struct LeftPlaylist {
+    std::unique_ptr<TulPlaylist> list;
+    std::function<void()> arrived; ///< Called when it has been stored, unless it was there at once.
+};
+
 /// The one object of the core that the shell talks to: it turns commands into operations on the current
 /// playlist and its stream, and goes on to the next entry when a track ends.
 ///
@@ -62,6 +69,9 @@ public:
     /// Called when a playlist file or the store of internal playlists could not be read or written whole;
     /// with an empty path, when changes could not be stored.
     std::function<void(const std::string& path, FileStatus status)> reportFile;
+    /// Called when another list has taken the place of this one.
+    enum class Replacement { opened, cleared, reverted };
+    std::function<void(std::shared_ptr<LeftPlaylist> left, Replacement why)> playlistReplaced;
 
     /// The player that hears the end of tracks. Null when there is none.
     static TulPlayer* instance;
@@ -131,11 +141,21 @@ public:
     /// The last call before `shutDown`: stores what is still to be stored. Waits two seconds at most.
     void finishSaving();
 
-    // The user's edits: all that changes the list goes through these.
+    /// Makes another list, with its `unreadCount`, the current one; what plays is left alone. Returns the one
+    /// before.
+    std::shared_ptr<LeftPlaylist> exchangePlaylist(std::unique_ptr<TulPlaylist> other, std::size_t unread);
+    /// The entry that `stream` was opened for; null when the list does not have it.
+    [[nodiscard]] const TulPlaylistEntry* playingEntry() const;
+    /// Destroys on a worker what takes a while.
+    void discard(std::shared_ptr<void> object);
 
-    /// Appends entries whose tags are to be read.
-    void appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries);
-    void moveEntry(std::int32_t from, std::int32_t to);
+    // The user's edits: all that changes the list goes through these. `endEdit` follows what changes entries.
+
+    /// As the playlist's, and missing tags are read.
+    TulPlaylist::Entries removeEntries(const TulRows& rows);
+    void insertEntries(const TulRows& rows, TulPlaylist::Entries added);
+    /// All entries are in place: the next one is prepared, and the changes are stored soon.
+    void endEdit();
     /// At once for good where the list has a file: as an internal playlist, which needs a name.
     void renamePlaylist(const std::string& name);
     /// Leaves the list for an empty one. The playing stream plays on.
@@ -167,13 +187,13 @@ private:
     void followStreamTitle();
     void markCurrentEntry(const TulFailure& failure);
     void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
-    void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
-    void discard(std::unique_ptr<TulPlaylist> list);
+    void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread, Replacement why);
     /// `show` gets a list that could be read; for any other the opening ends.
     void readPlaylist(const std::string& path, Show show);
     void showOpened(std::unique_ptr<TulPlaylist> list, std::size_t unread);
     void showReverted(std::unique_ptr<TulPlaylist> list, std::size_t unread);
     void beginOpening(Opened opened);
+    [[nodiscard]] TulPlaylistEntry* entryOfStream() const;
     void endOpening(Opening outcome);
     void noteSaved(const TulPlaylist& copy, std::uint64_t list, std::uint64_t edits);
     void registerPlaylist(const std::string& name, const std::string& path);

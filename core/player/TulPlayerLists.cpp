@@ -26,20 +26,39 @@ void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
 }
 
 void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
-    replacePlaylist(std::move(newPlaylist), unread);
+    replacePlaylist(std::move(newPlaylist), unread, Replacement::opened);
     playlist->entryCount() > 0 ? startCurrentEntry() : prepareNext();
     tagReader.readOn();
 }
 
-void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
-    playlist.swap(newPlaylist);
-    tagReader.follow(*playlist, unread);
-    listKeeper.leave(std::move(newPlaylist));
+void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread,
+                                Replacement why) {
+    const auto left = exchangePlaylist(std::move(newPlaylist), unread);
+    if (playlistReplaced) return playlistReplaced(left, why);
+    if (left->list) discard(std::move(left->list));
 }
 
-/// To destroy a long one takes a while.
-void TulPlayer::discard(std::unique_ptr<TulPlaylist> list) {
-    workers.run(Workers::Lane::bulk, [old = std::shared_ptr<TulPlaylist>(std::move(list))](const auto&) {});
+std::shared_ptr<LeftPlaylist> TulPlayer::exchangePlaylist(std::unique_ptr<TulPlaylist> other,
+                                                          std::size_t unread) {
+    playlist.swap(other);
+    tagReader.follow(*playlist, unread);
+    const auto& stored = internalPlaylistManager->playlists;
+    const auto known = std::ranges::find(stored, playlist->path, &std::pair<std::string, std::string>::first);
+    internalPlaylistManager->currentIndex =
+        known == stored.end() ? -1 : static_cast<std::int32_t>(known - stored.begin());
+
+    auto left = std::make_shared<LeftPlaylist>();
+    listKeeper.leave(std::move(other), [this, place = std::weak_ptr(left)](auto list) {
+        const auto wanted = place.lock();
+        if (!wanted) return discard(std::move(list));
+        wanted->list = std::move(list);
+        if (wanted->arrived) wanted->arrived();
+    });
+    return left;
+}
+
+void TulPlayer::discard(std::shared_ptr<void> object) {
+    workers.run(Workers::Lane::bulk, [object = std::move(object)](const auto&) {});
 }
 
 void TulPlayer::beginOpening(Opened opened) {
@@ -145,7 +164,7 @@ void TulPlayer::showReverted(std::unique_ptr<TulPlaylist> list, std::size_t unre
     }
     listKeeper.discard(playlist->id, playlist->path);
     playlist->markSaved(playlist->path, playlist->edits());
-    replacePlaylist(std::move(list), unread);
+    replacePlaylist(std::move(list), unread, Replacement::reverted);
     prepareNext();
     tagReader.readOn();
     endOpening(Opening::done);
@@ -227,17 +246,18 @@ void TulPlayer::report(const std::string& path, FileStatus status) const {
     if (status != FileStatus::done && reportFile) reportFile(path, status);
 }
 
-void TulPlayer::appendEntries(std::vector<std::unique_ptr<TulPlaylistEntry>> entries) {
-    if (entries.empty()) return;
-    const auto first = static_cast<std::int32_t>(playlist->entryCount());
-    for (auto& entry : entries)
-        playlist->appendEntry(std::move(entry));
-    tagReader.rowsAppended(first);
-    noteEdited();
+TulPlaylist::Entries TulPlayer::removeEntries(const TulRows& rows) {
+    TulPlaylist::Entries removed = playlist->removeEntries(rows);
+    tagReader.rowsRemoved(removed);
+    return removed;
 }
 
-void TulPlayer::moveEntry(std::int32_t from, std::int32_t to) {
-    playlist->moveEntries(from, to);
+void TulPlayer::insertEntries(const TulRows& rows, TulPlaylist::Entries added) {
+    playlist->insertEntries(rows, std::move(added));
+    tagReader.rowsInserted(rows);
+}
+
+void TulPlayer::endEdit() {
     prepareNext();
     noteEdited();
 }
@@ -253,7 +273,7 @@ void TulPlayer::renamePlaylist(const std::string& name) {
 
 void TulPlayer::clearPlaylist() {
     endOpening(Opening::givenUp);
-    replacePlaylist(std::make_unique<TulPlaylist>(), 0);
+    replacePlaylist(std::make_unique<TulPlaylist>(), 0, Replacement::cleared);
     prepareNext();
 }
 

@@ -45,13 +45,13 @@ void ListKeeper::setFolder(const std::string& folder) {
     run([](UnsavedLists&) { return FileStatus::done; });
 }
 
-void ListKeeper::run(Job job, std::function<void()> ifFailed) {
+void ListKeeper::run(Job job, std::function<void(FileStatus)> then) {
     const auto all = [this, folder = m_folder, job = std::move(job),
-                      ifFailed = std::move(ifFailed)](const Workers::Reply& reply) {
+                      then = std::move(then)](const Workers::Reply& reply) {
         const FileStatus status = job(*folder);
-        reply.post([this, ifFailed, status, lists = folder->list()] {
+        reply.post([this, then, status, lists = folder->list()] {
             m_lists = lists;
-            if (status != FileStatus::done && ifFailed) ifFailed();
+            if (then) then(status);
             if (status != FileStatus::done) m_failed(status);
             if (changed) changed();
         });
@@ -95,7 +95,9 @@ bool ListKeeper::keep(const TulPlaylist& list, std::chrono::milliseconds limit) 
         std::exchange(m_kept[list.id], {{}, list.edits(), list.currentIndex}).takenUpFrom;
     run([draft = std::exchange(m_draft, nullptr),
          from](UnsavedLists& lists) { return lists.store(draft->document.takeText(), from); },
-        [this, id = list.id, from] { noteFailure(id, from); });
+        [this, id = list.id, from](FileStatus status) {
+            if (status != FileStatus::done) noteFailure(id, from);
+        });
     return true;
 }
 
@@ -107,25 +109,29 @@ void ListKeeper::noteFailure(std::uint64_t list, const std::string& takenUpFrom)
     kept->second.failed = true;
 }
 
-void ListKeeper::leave(std::unique_ptr<TulPlaylist> list) {
+void ListKeeper::leave(std::unique_ptr<TulPlaylist> list, const Back& back) {
     m_draft.reset();
     if (!isWorthKeeping(*list)) {
         if (m_kept.contains(list->id)) discard(list->id, list->path);
-        // To destroy a long one takes a while.
-        m_workers.run(Workers::Lane::bulk,
-                      [old = std::shared_ptr<TulPlaylist>(std::move(list))](const auto&) {});
-        return;
+        return back(std::move(list));
     }
     const bool isThere = isStored(*list);
     Kept& kept = m_kept[list->id];
     const std::string from = kept.takenUpFrom;
     const std::string to = isThere && !from.empty() ? from : UnsavedLists::newId();
     kept = {to, list->edits(), list->currentIndex};
-    run([old = std::shared_ptr<TulPlaylist>(std::move(list)), isThere, from, to](UnsavedLists& lists) {
-        const FileStatus status = isThere ? FileStatus::done : lists.store(textOf(*old), from);
-        if (from != to) lists.setAside(to);
-        return status;
-    });
+    // Its text is made by the worker, which has the list to itself for so long.
+    const auto old = std::make_shared<std::unique_ptr<TulPlaylist>>(isThere ? nullptr : std::move(list));
+    run(
+        [old, from, to](UnsavedLists& lists) {
+            const FileStatus status = *old ? lists.store(textOf(**old), from) : FileStatus::done;
+            if (from != to) lists.setAside(to);
+            return status;
+        },
+        [old, back](FileStatus) {
+            if (*old) back(std::move(*old));
+        });
+    if (isThere) back(std::move(list));
 }
 
 void ListKeeper::discard(std::uint64_t list, const std::string& file) {

@@ -38,8 +38,10 @@ public:
     [[nodiscard]] bool isKept(const TulPlaylist& list) const;
     /// Stores the list that is shown, as far as it gets within `limit`. False: to be called again.
     bool keep(const TulPlaylist& list, std::chrono::milliseconds limit);
-    /// The list is not shown any more. It is destroyed by a worker, when it is stored.
-    void leave(std::unique_ptr<TulPlaylist> list);
+    /// Gets a list back.
+    using Back = std::function<void(std::unique_ptr<TulPlaylist> list)>;
+    /// The list is not shown any more. It is given back when it is stored: at once, if it is.
+    void leave(std::unique_ptr<TulPlaylist> list, const Back& back);
     /// Removes what is kept of a list that belongs to `file` (empty for none): its changes are discarded.
     void discard(std::uint64_t list, const std::string& file);
     /// A job for the worker that has saved the list, as it is now, to `file`: removes what is kept of it.
@@ -67,8 +69,8 @@ private:
     using Find = std::function<std::string(UnsavedLists& lists)>;
 
     [[nodiscard]] bool isStored(const TulPlaylist& list) const;
-    /// `ifFailed` is called when the job has not answered FileStatus::done.
-    void run(Job job, std::function<void()> ifFailed = {});
+    /// `then` gets what the job has answered.
+    void run(Job job, std::function<void(FileStatus)> then = {});
     void noteFailure(std::uint64_t list, const std::string& takenUpFrom);
     void restoreFound(Find find, Restored restored);
 

@@ -12,6 +12,7 @@ namespace tags {
 enum class Question : char {
     trackInfo = 't', ///< Answered by packed(TrackInfo), or by nothing.
     coverArt = 'c',  ///< Answered by the picture, or by nothing.
+    details = 'd',   ///< Answered by packed(FileDetails), or by nothing.
 };
 
 /// Limits for what a file may make the player hold.

@@ -1,14 +1,13 @@
 #include "core/playlist/TagParser.h"
 
-#include "core/playlist/TagFileStream.h"
 #include "core/playlist/TagMessage.h"
+#include "core/playlist/TaggedFile.h"
 #include "core/playlist/TulPlaylistEntry.h"
 
 #include <algorithm>
 #include <array>
 #include <rapidjson/stringbuffer.h>
 #include <taglib/apefile.h>
-#include <taglib/fileref.h>
 #include <taglib/flacfile.h>
 #include <taglib/mp4file.h>
 #include <taglib/mpegfile.h>
@@ -16,38 +15,6 @@
 
 namespace tags {
 namespace {
-
-/// A local file opened for its tags and audio properties. What TagFileStream does not open gives a null
-/// reference.
-class TaggedFile {
-public:
-    explicit TaggedFile(const std::string& path, bool mendsText = false) : m_stream(path, mendsText) {
-        if (m_stream.isOpen()) m_ref = TagLib::FileRef(&m_stream, true, TagLib::AudioProperties::Average);
-    }
-    [[nodiscard]] const TagLib::FileRef& ref() const { return m_ref; }
-    [[nodiscard]] bool hadBrokenText() const { return m_stream.hadBrokenText(); }
-
-private:
-    TagFileStream m_stream;
-    TagLib::FileRef m_ref; // reads from m_stream, so it goes first
-};
-
-/// TagLib holds UTF-16, and converts nothing of a text of which one letter is half a surrogate pair.
-std::string utf8(const TagLib::String& text) {
-    constexpr char32_t replacement = 0xfffd;
-    const auto isHigh = [](char32_t unit) { return unit >= 0xd800 && unit < 0xdc00; };
-    const auto isLow = [](char32_t unit) { return unit >= 0xdc00 && unit < 0xe000; };
-    rapidjson::StringBuffer out;
-    std::size_t letters = 0;
-    for (auto at = text.begin(); at != text.end() && *at != 0 && letters < maxTextLetters; ++letters) {
-        auto letter = static_cast<char32_t>(*at++);
-        if (isHigh(letter) && at != text.end() && isLow(static_cast<char32_t>(*at)))
-            letter = 0x10000 + ((letter - 0xd800) << 10) + (static_cast<char32_t>(*at++) - 0xdc00);
-        if (isHigh(letter) || isLow(letter) || letter > 0x10ffff) letter = replacement;
-        rapidjson::UTF8<>::Encode(out, letter);
-    }
-    return {out.GetString(), out.GetSize()};
-}
 
 std::optional<TrackInfo> trackInfo(const TaggedFile& tagged) {
     const TagLib::AudioProperties* properties = tagged.ref().audioProperties();
@@ -80,6 +47,22 @@ bool findCoverArt(TulPlaylistEntry& entry, TagLib::File* file) {
 }
 
 } // namespace
+
+std::string utf8(const TagLib::String& text) {
+    constexpr char32_t replacement = 0xfffd;
+    const auto isHigh = [](char32_t unit) { return unit >= 0xd800 && unit < 0xdc00; };
+    const auto isLow = [](char32_t unit) { return unit >= 0xdc00 && unit < 0xe000; };
+    rapidjson::StringBuffer out;
+    std::size_t letters = 0;
+    for (auto at = text.begin(); at != text.end() && *at != 0 && letters < maxTextLetters; ++letters) {
+        auto letter = static_cast<char32_t>(*at++);
+        if (isHigh(letter) && at != text.end() && isLow(static_cast<char32_t>(*at)))
+            letter = 0x10000 + ((letter - 0xd800) << 10) + (static_cast<char32_t>(*at++) - 0xdc00);
+        if (isHigh(letter) || isLow(letter) || letter > 0x10ffff) letter = replacement;
+        rapidjson::UTF8<>::Encode(out, letter);
+    }
+    return {out.GetString(), out.GetSize()};
+}
 
 std::optional<TrackInfo> parseTrackInfo(const std::string& path) {
     const TaggedFile tagged(path);

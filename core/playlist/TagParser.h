@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/playlist/FileDetails.h"
 #include "core/playlist/TrackInfo.h"
 
 class TulPlaylistEntry;
@@ -10,6 +11,8 @@ namespace tags {
 
 /// Nothing for a file that is no track. Throws std::bad_alloc.
 std::optional<TrackInfo> parseTrackInfo(const std::string& path);
+/// The same for what is shown of one file. Throws std::bad_alloc.
+std::optional<FileDetails> parseFileDetails(const std::string& path);
 /// Stores the picture in the file `entry.source`, if there is one of at most maxPictureBytes. Throws
 /// std::bad_alloc.
 void parseCoverArt(TulPlaylistEntry& entry);

@@ -33,6 +33,7 @@ TagReader::TagReader(Workers& workers, Changed changed)
     : m_workers(workers), m_changed(std::move(changed)), m_ahead(minAhead) {}
 
 void TagReader::follow(TulPlaylist& playlist, std::size_t unread) {
+    leaveList();
     m_playlist = &playlist;
     m_reading.clear();
     m_wanted.clear();
@@ -44,20 +45,50 @@ void TagReader::follow(TulPlaylist& playlist, std::size_t unread) {
     m_ahead = minAhead;
 }
 
-void TagReader::rowsAppended(std::int32_t first) {
-    countRows(first);
+/// What is being read for it will not come.
+void TagReader::leaveList() {
+    const auto isFound = [this](const auto& each) { return isAt(each.second.row, each.first); };
+    if (!std::ranges::all_of(m_reading, isFound)) findRows();
+    for (const auto& [id, reading] : m_reading)
+        m_playlist->entryAt(reading.row)->tags = reading.counts ? Tags::unread : Tags::left;
+}
+
+void TagReader::rowsInserted(const TulRows& rows) {
+    for (const std::int32_t row : rows)
+        count(*m_playlist->entryAt(row));
     readOn();
 }
 
-void TagReader::countRows(std::int32_t first) {
-    for (auto row = static_cast<std::size_t>(first); row < m_playlist->entries.size(); ++row) {
-        TulPlaylistEntry& entry = *m_playlist->entries[row];
-        if (entry.tags != Tags::unread) continue;
-        if (m_stopped)
-            entry.tags = Tags::left;
-        else
-            ++m_unread;
+void TagReader::rowsRemoved(const TulPlaylist::Entries& removed) {
+    for (const auto& entry : removed) {
+        giveBack(*entry);
+        if (entry->tags == Tags::unread && m_unread > 0) --m_unread;
+        if (entry->id == m_preparing.id) m_preparing = {};
     }
+    readOn();
+}
+
+void TagReader::count(TulPlaylistEntry& entry) {
+    if (entry.tags != Tags::unread) return;
+    if (m_stopped)
+        entry.tags = Tags::left;
+    else
+        ++m_unread;
+}
+
+/// What a worker reads for an entry that leaves the list is dropped.
+void TagReader::giveBack(TulPlaylistEntry& entry) {
+    if (entry.tags != Tags::reading) return;
+    entry.tags = Tags::left;
+    const auto reading = m_reading.find(entry.id);
+    if (reading == m_reading.end()) return;
+    if (reading->second.counts) {
+        entry.tags = Tags::unread;
+        --m_counting;
+        ++m_unread;
+    }
+    if (reading->second.wanted) --m_wantedReading;
+    m_reading.erase(reading);
 }
 
 void TagReader::want(std::int32_t row) {

@@ -32,11 +32,14 @@ public:
 
     /// The list whose rows are filled from now on; it must live until there is another. `unread` is its
     /// `unreadCount`, which takes long for a long list. Nothing is read yet.
+    /// Rows of the list before that are being read stay unread.
     void follow(TulPlaylist& playlist, std::size_t unread);
     /// Reads the rest, in order.
     void readOn();
-    /// Rows have been appended, from this one on.
-    void rowsAppended(std::int32_t first);
+    /// These rows have been inserted.
+    void rowsInserted(const TulRows& rows);
+    /// These entries have been removed from the list.
+    void rowsRemoved(const TulPlaylist::Entries& removed);
     /// Reads this row soon: it is seen.
     void want(std::int32_t row);
     /// Reads this entry of the list, which starts to play, and its picture, before everything else.
@@ -67,7 +70,9 @@ private:
         bool picture = false;
     };
 
-    void countRows(std::int32_t first);
+    void leaveList();
+    void count(TulPlaylistEntry& entry);
+    void giveBack(TulPlaylistEntry& entry);
     void readWanted();
     [[nodiscard]] std::int32_t nextUnread();
     void read(std::int32_t row, Workers::Lane lane, bool wanted);

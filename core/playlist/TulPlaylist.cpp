@@ -1,6 +1,5 @@
 #include "core/playlist/TulPlaylist.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <stdexcept>
@@ -33,6 +32,7 @@ TulPlaylistEntry* TulPlaylist::currentEntry() const {
 void TulPlaylist::selectEntry(std::int32_t index) {
     if (index < 0 || index >= entryCount()) return;
     currentEntry()->active = false;
+    m_removed.reset();
     currentIndex = index;
     currentEntry()->active = true;
 }
@@ -48,13 +48,15 @@ TulPlaylistEntry* TulPlaylist::followingEntry() const {
 }
 
 std::int32_t TulPlaylist::followingIndex() const {
-    return currentIndex + 1 < entryCount() ? currentIndex + 1 : 0;
+    const std::int32_t following = m_removed ? currentIndex : currentIndex + 1;
+    return following < entryCount() ? following : 0;
 }
 
 TulPlaylistEntry* TulPlaylist::previousEntry() {
     if (entries.empty()) return nullptr;
     const auto last = static_cast<std::int32_t>(entryCount() - 1);
-    selectEntry(currentIndex <= 0 ? last : currentIndex - 1);
+    const std::int32_t from = m_removed ? m_removed->row : currentIndex;
+    selectEntry(from <= 0 ? last : from - 1);
     return currentEntry();
 }
 
@@ -64,23 +66,6 @@ void TulPlaylist::addEntry(const std::string& source) {
 
 void TulPlaylist::appendEntry(std::unique_ptr<TulPlaylistEntry> entry) {
     entries.push_back(std::move(entry));
-    markChanged();
-}
-
-void TulPlaylist::moveEntries(std::int32_t from, std::int32_t to) {
-    if (from < 0 || from >= entryCount() || to < 0) return;
-    to = std::min(to, static_cast<std::int32_t>(entryCount() - 1));
-    if (from == to) return;
-
-    const auto source = entries.begin() + from;
-    const auto destination = entries.begin() + to;
-    if (from < to)
-        std::rotate(source, source + 1, destination + 1);
-    else
-        std::rotate(destination, source, source + 1);
-
-    const auto active = std::ranges::find_if(entries, [](const auto& entry) { return entry->active; });
-    if (active != entries.end()) currentIndex = static_cast<std::int32_t>(active - entries.begin());
     markChanged();
 }
 

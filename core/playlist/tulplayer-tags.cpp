@@ -55,6 +55,10 @@ bool answer(std::string_view question) {
         const std::optional<TrackInfo> info = parseTrackInfo(path);
         return send(STDIN_FILENO, info ? packed(*info) : std::string());
     }
+    if (question.front() == static_cast<char>(Question::details)) {
+        const std::optional<FileDetails> details = parseFileDetails(path);
+        return send(STDIN_FILENO, details ? packed(*details) : std::string());
+    }
     TulPlaylistEntry entry;
     entry.source = path;
     parseCoverArt(entry);

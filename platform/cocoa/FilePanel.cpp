@@ -89,7 +89,11 @@ void FilePanel::beginSheet(QFileDialog& dialog, std::function<void(const QString
 void OpenPanel::beginSheetModalForWindow(QWidget& window,
                                          std::function<void(const QStringList& paths)> completion) const {
     QFileDialog& dialog = dialogOn(window);
-    dialog.setFileMode(m_allowsMultipleSelection ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+    if (m_canChooseDirectories)
+        dialog.setFileMode(QFileDialog::Directory);
+    else
+        dialog.setFileMode(m_allowsMultipleSelection ? QFileDialog::ExistingFiles
+                                                     : QFileDialog::ExistingFile);
     setUp(dialog);
     beginSheet(dialog, std::move(completion));
 }

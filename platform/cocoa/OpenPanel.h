@@ -4,10 +4,12 @@
 
 namespace cocoa {
 
-/// Asks for files that exist; folders can't be chosen.
+/// Asks for files that exist, or for a folder.
 class OpenPanel : public FilePanel {
 public:
     void setAllowsMultipleSelection(bool allows) { m_allowsMultipleSelection = allows; }
+    /// One folder is asked for instead of files.
+    void setCanChooseDirectories(bool can) { m_canChooseDirectories = can; }
 
     /// `completion` gets the paths; it is not called when the user cancels or the window goes.
     void beginSheetModalForWindow(QWidget& window,
@@ -15,6 +17,7 @@ public:
 
 private:
     bool m_allowsMultipleSelection = false;
+    bool m_canChooseDirectories = false;
 };
 
 } // namespace cocoa

@@ -3,6 +3,7 @@
 #include "platform/cocoa/Accessibility.h"
 
 #include <QAccessible>
+#include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -306,6 +307,16 @@ void TableView::keyPressEvent(QKeyEvent* event) {
     default:
         event->ignore();
     }
+}
+
+void TableView::contextMenuEvent(QContextMenuEvent* event) {
+    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
+    const int row = byKey ? m_currentRow : rowAtPoint(event->pos());
+    if (row < 0 || row >= numberOfRows() || !m_menuAction) return event->ignore();
+    if (byKey) scrollRowToVisible(row);
+    if (!m_selected.contains(row)) click(row, Qt::NoModifier);
+    m_currentRow = m_clickedRow = row;
+    m_menuAction(byKey ? viewport()->mapToGlobal(rectOfRow(row).center().toPoint()) : event->globalPos());
 }
 
 void TableView::wheelEvent(QWheelEvent* event) {

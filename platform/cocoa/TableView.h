@@ -77,12 +77,21 @@ public:
     /// The row of the last click or Enter; -1 when it hit none.
     int clickedRow() const { return m_clickedRow; }
 
+    /// Called with a place on the screen for a menu of rows: on a right click, which selects its row unless
+    /// that is selected, and on the Menu key. clickedRow tells the row.
+    void setMenuAction(std::function<void(const QPoint& place)> action) { m_menuAction = std::move(action); }
+
     /// Called after the selection changed.
     void setSelectionDidChange(std::function<void()> handler) { m_selectionDidChange = std::move(handler); }
 
     /// The types a drop on this table may carry; replaces the former ones.
     void registerForDraggedTypes(const QStringList& types);
     const QStringList& registeredDraggedTypes() const { return m_draggedTypes; }
+    /// For a drag that the table does not take itself: the row that something dropped at this point of the
+    /// viewport would come before; nothing where there is no row.
+    std::optional<int> insertionRowAt(const QPointF& point) const;
+    /// Shows a line there and scrolls at the edges, until called with nothing.
+    void setInsertionPoint(std::optional<QPointF> point);
 
     /// The row's cell, filled as for drawing.
     TextFieldCell& preparedCell(int row);
@@ -97,6 +106,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
@@ -126,7 +136,9 @@ private:
     void changeSelection(IndexSet rows);
     void sendDoubleAction(int row);
     void startDrag(int row);
+    QPixmap pictureOfRows(const IndexSet& rows);
     Drop dropAt(const QPointF& point) const;
+    std::optional<Drop> insertionAt(const QPointF& point) const;
     void proposeDrop(QDragMoveEvent* event);
     void setDrop(std::optional<Drop> drop);
     void autoscroll();
@@ -152,10 +164,12 @@ private:
     std::optional<QPointF> m_pressedAt; ///< Where a drag of rows may begin.
     int m_draggedRow = -1;              ///< The first of those taken, while a drag of this table lasts.
     std::optional<Drop> m_drop;
+    bool m_showsInsertion = false; ///< Of a drag that the table does not take itself.
     QPointF m_dragPoint;
     QBasicTimer m_autoscrollTimer;
 
     std::function<void()> m_doubleAction;
+    std::function<void(const QPoint&)> m_menuAction;
     std::function<void()> m_selectionDidChange;
 };
 

@@ -18,6 +18,10 @@ namespace {
 /// This near to the viewport's upper or lower edge, in points, a drag scrolls.
 constexpr double autoscrollMargin = 28;
 constexpr int autoscrollIntervalMs = 16;
+/// The radius of the dot on an insertion line.
+constexpr double insertionDot = 4;
+/// Of the number on several dragged rows.
+constexpr double badgeHeight = 20;
 
 } // namespace
 
@@ -59,7 +63,21 @@ void TableView::startDrag(int row) {
     Pasteboard pasteboard;
     if (m_dataSource == nullptr || !m_dataSource->writeRowsWithIndexes(rows, pasteboard)) return;
 
-    // Of several rows, the first is shown in the hand: a drop is one row's.
+    // The toolkit deletes a drag by itself when it is over.
+    const QPointer<QDrag> drag = std::make_unique<QDrag>(this).release();
+    drag->setMimeData(pasteboard.mimeData().release()); // the drag's from here on
+    drag->setPixmap(pictureOfRows(rows));
+    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rectOfRow(row).topLeft().toPoint());
+    m_draggedRow = *rows.begin();
+    const RunLoop::Mode tracking;
+    const QPointer<TableView> self = this;
+    // Another program that were offered a move might take the files away.
+    drag->exec(Qt::CopyAction);
+    if (self) m_draggedRow = -1;
+}
+
+/// The first one, and how many there are.
+QPixmap TableView::pictureOfRows(const IndexSet& rows) {
     const int shown = *rows.begin();
     const QRectF frame = rectOfRow(shown);
     QPixmap picture((frame.size() * devicePixelRatioF()).toSize());
@@ -68,18 +86,18 @@ void TableView::startDrag(int row) {
     QPainter painter(&picture);
     painter.setOpacity(0.7);
     preparedCell(shown).drawInteriorWithFrame(painter, QRectF(QPointF(), frame.size() - QSizeF(0, 1)));
-    painter.end();
-
-    // The toolkit deletes a drag by itself when it is over.
-    const QPointer<QDrag> drag = std::make_unique<QDrag>(this).release();
-    drag->setMimeData(pasteboard.mimeData().release()); // the drag's from here on
-    drag->setPixmap(picture);
-    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rectOfRow(row).topLeft().toPoint());
-    m_draggedRow = shown;
-    const RunLoop::Mode tracking;
-    const QPointer<TableView> self = this;
-    drag->exec(Qt::MoveAction);
-    if (self) m_draggedRow = -1;
+    if (rows.size() == 1) return picture;
+    painter.setOpacity(1);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QString count = QString::number(rows.size());
+    const double width = badgeHeight + painter.fontMetrics().horizontalAdvance(count);
+    const QRectF badge((frame.width() - width) / 2, (frame.height() - badgeHeight) / 2, width, badgeHeight);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(palette().color(QPalette::Highlight));
+    painter.drawRoundedRect(badge, badgeHeight / 2, badgeHeight / 2);
+    painter.setPen(palette().color(QPalette::HighlightedText));
+    painter.drawText(badge, Qt::AlignCenter, count);
+    return picture;
 }
 
 TableView::Drop TableView::dropAt(const QPointF& point) const {
@@ -87,6 +105,25 @@ TableView::Drop TableView::dropAt(const QPointF& point) const {
     if (row >= 0) return {row, DropOperation::on};
     const bool below = point.y() + verticalScrollBar()->value() >= m_tops.back();
     return {below ? numberOfRows() : 0, DropOperation::above};
+}
+
+std::optional<int> TableView::insertionRowAt(const QPointF& point) const {
+    const int row = rowAtPoint(point);
+    if (row < 0) return std::nullopt;
+    return point.y() < rectOfRow(row).center().y() ? row : row + 1;
+}
+
+std::optional<TableView::Drop> TableView::insertionAt(const QPointF& point) const {
+    const std::optional<int> row = insertionRowAt(point);
+    return row ? std::optional(Drop{*row, DropOperation::above}) : std::nullopt;
+}
+
+void TableView::setInsertionPoint(std::optional<QPointF> point) {
+    m_showsInsertion = point.has_value();
+    setDrop(point ? insertionAt(*point) : std::nullopt);
+    if (!point) return m_autoscrollTimer.stop();
+    m_dragPoint = *point;
+    if (!m_autoscrollTimer.isActive()) m_autoscrollTimer.start(autoscrollIntervalMs, this);
 }
 
 void TableView::setDrop(std::optional<Drop> drop) {
@@ -104,7 +141,6 @@ void TableView::proposeDrop(QDragMoveEvent* event) {
         m_dataSource->validateDrop(pasteboard, drop.row, drop.operation) == DragOperation::move;
     setDrop(wanted ? std::optional(drop) : std::nullopt);
     if (!wanted) return event->ignore();
-    event->setDropAction(Qt::MoveAction);
     event->accept();
 }
 
@@ -113,7 +149,6 @@ void TableView::dragEnterEvent(QDragEnterEvent* event) {
     // What another program drags may look like ours, but means its own rows.
     if (pasteboard.isEmpty() || event->source() == nullptr) return event->ignore();
     m_autoscrollTimer.start(autoscrollIntervalMs, this);
-    event->setDropAction(Qt::MoveAction);
     event->accept(); // the rows are asked at every move
 }
 
@@ -132,7 +167,6 @@ void TableView::dropEvent(QDropEvent* event) {
     setDrop(std::nullopt);
     const Pasteboard pasteboard(*event->mimeData(), m_draggedTypes);
     if (!drop || m_dataSource == nullptr) return event->ignore();
-    event->setDropAction(Qt::MoveAction);
     event->setAccepted(m_dataSource->acceptDrop(pasteboard, drop->row, drop->operation));
     viewport()->update();
 }
@@ -149,7 +183,8 @@ void TableView::autoscroll() {
     if (above > 0) verticalScrollBar()->setValue(before - int(above / 2) - 1);
     if (below > 0) verticalScrollBar()->setValue(before + int(below / 2) + 1);
     // The rows move under a pointer that rests.
-    if (m_drop && verticalScrollBar()->value() != before) setDrop(dropAt(m_dragPoint));
+    if (!m_drop || verticalScrollBar()->value() == before) return;
+    setDrop(m_showsInsertion ? insertionAt(m_dragPoint) : dropAt(m_dragPoint));
 }
 
 void TableView::drawDropIndicator(QPainter& painter) const {
@@ -167,6 +202,10 @@ void TableView::drawDropIndicator(QPainter& painter) const {
     const double top = m_drop->row < numberOfRows() ? (lineBelow ? onto.bottom() : onto.top()) : end;
     const double y = std::clamp(top, 1.0, viewport()->height() - 1.0);
     painter.drawLine(QPointF(0, y), QPointF(viewport()->width(), y));
+    if (!m_showsInsertion) return;
+    // Among rows with separators a line alone is easily overlooked.
+    painter.setBrush(palette().color(QPalette::HighlightedText));
+    painter.drawEllipse(QPointF(insertionDot * 2, y), insertionDot, insertionDot);
 }
 
 } // namespace cocoa

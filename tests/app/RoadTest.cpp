@@ -6,6 +6,7 @@
 #include "tests/support/HttpServer.h"
 #include "tests/support/Media.h"
 
+#include <QClipboard>
 #include <QDBusConnection>
 #include <QDBusInterface>
 #include <QDBusObjectPath>
@@ -312,6 +313,95 @@ TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
     EXPECT_TRUE(hears(2200));
 }
 
+/// The desktop's file manager: what it is asked to show.
+class FileManager : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+public:
+    QStringList shown;
+
+public Q_SLOTS:
+    void ShowItems(const QStringList& addresses, const QString& /*startup*/) { shown = addresses; }
+};
+
+TEST_F(RoadTest, RowsAreEditedByKeysDragAndMenuAndTakenBack) {
+    FileManager fileManager;
+    QDBusConnection bus = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                                        QStringLiteral("files"));
+    ASSERT_TRUE(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &fileManager,
+                                   QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
+    const QStringList tracks = threeTracks();
+    start(tracks);
+    ASSERT_TRUE(showsRows(3));
+    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
+    const QImage alder = desk.seen(place::rowText(0));
+    const QImage birch = desk.seen(place::rowText(1));
+    const QImage cedar = desk.seen(place::rowText(2));
+
+    desk.click(place::row(1));
+    desk.key("shift+Down");
+    desk.press(place::row(2));
+    desk.moveTo(place::row(2) + QPoint(10, -20));
+    desk.moveTo(place::row(0) + QPoint(10, 10));
+    desk.moveTo(place::row(0));
+    ASSERT_TRUE(Desk::until([&] { return !sameText(alder, desk.seen(place::rowText(0))); }))
+        << "the rows in the hand cover it";
+    desk.release();
+    desk.moveTo(place::title.center());
+    EXPECT_TRUE(rowShows(0, birch) && rowShows(1, cedar) && rowShows(2, alder));
+    EXPECT_TRUE(isActive(desk.seen(place::rowText(2))));
+    desk.key("ctrl+z");
+    EXPECT_TRUE(rowShows(0, alder) && rowShows(1, birch));
+    desk.key("ctrl+shift+z");
+    EXPECT_TRUE(rowShows(0, birch) && rowShows(2, alder));
+    desk.key("alt+Down");
+    EXPECT_TRUE(rowShows(0, alder) && rowShows(1, birch) && rowShows(2, cedar));
+    desk.key("alt+Up");
+    EXPECT_TRUE(rowShows(2, alder));
+
+    desk.click(place::row(2));
+    desk.key("Delete");
+    ASSERT_TRUE(showsRows(2));
+    EXPECT_TRUE(desk.hears(440)) << "what plays is played to its end";
+    desk.key("ctrl+z");
+    ASSERT_TRUE(showsRows(3));
+    EXPECT_TRUE(isActive(desk.seen(place::rowText(2)))) << "it is still the one that plays";
+    desk.key("Delete");
+    ASSERT_TRUE(showsRows(2));
+    desk.click(place::next);
+    EXPECT_TRUE(hears(600)) << "its successor, past the end";
+
+    const QImage before = desk.seen(place::rowText(1));
+    desk.rightClick(place::row(1));
+    ASSERT_TRUE(Desk::until([&] { return desk.seen(place::rowText(1)) != before; }));
+    for (const char* key : {"Down", "Down", "Down", "Return"})
+        desk.key(key); // Remove
+    ASSERT_TRUE(showsRows(1));
+    EXPECT_TRUE(rowShows(0, birch));
+    desk.key("Menu");
+    for (const char* key : {"Up", "Up", "Up", "Return"})
+        desk.key(key); // Show in File Manager
+    ASSERT_TRUE(Desk::until([&] { return !fileManager.shown.empty(); }));
+    EXPECT_EQ(fileManager.shown, QStringList(QUrl::fromLocalFile(tracks[1]).toEncoded()));
+    desk.key("ctrl+c");
+    EXPECT_TRUE(Desk::until([&] { return QGuiApplication::clipboard()->text() == tracks[1]; }));
+
+    desk.key("alt+Return");
+    ASSERT_TRUE(Desk::until([&] { return ink(desk.seen(place::page)) > 2000; })) << "the information panel";
+    desk.key("Escape");
+    ASSERT_TRUE(rowShows(0, birch));
+    desk.key("Delete");
+    ASSERT_TRUE(showsRows(0)) << "the keyboard is the list's again";
+    desk.key("ctrl+n");
+    for (int i = 0; i < 3; ++i)
+        desk.key("ctrl+z");
+    EXPECT_TRUE(showsRows(3));
+    EXPECT_TRUE(rowShows(0, birch) && rowShows(1, cedar) && rowShows(2, alder));
+    EXPECT_TRUE(desk.hears(600)) << "editing leaves what plays";
+}
+
 TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
     const auto mark = [&] {
         const QImage text = desk.seen(place::selectorText);
@@ -367,7 +457,7 @@ TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
     EXPECT_TRUE(Desk::until(mark));
 
     desk.click(place::menu);
-    for (int i = 0; i < 5; ++i) // "Revert to Saved"
+    for (int i = 0; i < 6; ++i) // "Revert to Saved"
         desk.key("Down");
     desk.key("Return");
     EXPECT_TRUE(rowShows(0, birch) && rowShows(2, alder));

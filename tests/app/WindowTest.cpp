@@ -164,7 +164,7 @@ TEST_F(WindowTest, TypingInTheListFindsRowsAndArrowsAndEnterPlayThem) {
     late->source = makeTrack("Été", 990, 20);
     std::vector<std::unique_ptr<TulPlaylistEntry>> entries;
     entries.push_back(std::move(late));
-    delegate.player->appendEntries(std::move(entries));
+    delegate.player->insertEntries({3}, std::move(entries));
     delegate.playlistController->reloadPlaylistData();
     ASSERT_TRUE(runUntil([&] { return field.result() == "1 of 4"; })) << "when its tags are read";
     EXPECT_EQ(shown(), "Été ");
@@ -245,16 +245,7 @@ TEST_F(WindowTest, TheNextEntryStartsByItselfAndAnEmptiedListEndsRewound) {
     EXPECT_TRUE(runUntil([&] { return paintings.count > 0; })) << "its row shows that it plays";
 }
 
-TEST_F(WindowTest, AnEntryThatWasDraggedStaysMarked) {
-    addTracks();
-    cocoa::Pasteboard dragged;
-    dragged.setString("0", "tuq.playlistindex");
-    delegate.playlistController->acceptDrop(dragged, 3, cocoa::DropOperation::above);
-    EXPECT_EQ(delegate.player->playlist->entryAt(2)->title, "One");
-    EXPECT_EQ(table().selectedRowIndexes(), cocoa::IndexSet{2});
-}
-
-TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
+TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAdded) {
     const auto folder = support::scratch() / "Album";
     std::filesystem::create_directories(folder / "CD 2");
     const auto odd =
@@ -304,13 +295,13 @@ TEST_F(WindowTest, WhatIsDroppedFromElsewhereIsAppended) {
         QUrl::fromLocalFile(QString::fromStdString((support::scratch() / "list.m3u").string()));
     dropped.setUrls({listFile, QUrl::fromLocalFile(QString::fromStdString(folder.string()))});
     EXPECT_TRUE(drop(table().viewport()));
-    EXPECT_TRUE(says("2 files are not audio"));
-    EXPECT_EQ(list.entryCount(), 7);
-    dropped.setUrls({listFile});
-    EXPECT_TRUE(drop(table().viewport()));
-    ASSERT_TRUE(runUntil([&] { return delegate.player->playlist->name == "list"; })) << "alone it is opened";
-    EXPECT_EQ(delegate.player->playlist->entryCount(), 1);
-    EXPECT_EQ(delegate.player->stream->title, "50% #1?\xff");
+    ASSERT_TRUE(runUntil([&] { return list.entryCount() == 8; }));
+    EXPECT_EQ(list.entryAt(0)->source, odd) << "a playlist stands for its entries";
+    EXPECT_EQ(list.entryAt(1)->source, first) << "before the row under the pointer";
+    support::writeFile(support::scratch() / "bad.tuq", "{");
+    delegate.openSources({(support::scratch() / "bad.tuq").string(), odd});
+    ASSERT_TRUE(runUntil([&] { return list.entryCount() == 9; }));
+    EXPECT_TRUE(says("bad.tuq is not a playlist"));
 }
 
 TEST_F(WindowTest, AFileThatCannotBeReadOrWrittenIsNamedAndTheListStays) {

@@ -121,6 +121,41 @@ TEST_F(Player, StartsTheCurrentEntryAndBeginsWhatIsInNoListAgain) {
     EXPECT_TRUE(bass.channels.empty());
 }
 
+TEST_F(Player, ARemovedEntryPlaysToItsEndAndItsSuccessorFollows) {
+    add({"/x/a.mp3", "/x/b.mp3", "/x/c.mp3"});
+    player->playlist->selectEntry(1);
+    player->startCurrentEntry();
+    const auto edit = [this](auto change) {
+        change(*player);
+        player->prepareNext();
+    };
+    EXPECT_EQ(bass.last().next, "1 /x/c.mp3");
+    TulPlaylist::Entries removed;
+    edit([&](TulPlayer& p) { removed = p.removeEntries({1, 2}); });
+    EXPECT_EQ(bass.last().next, "1 /x/a.mp3");
+    EXPECT_EQ(player->playingEntry(), nullptr);
+    fail(BASS_STREAM_LOST);
+    EXPECT_EQ(failureOf(0), TulFailure::Kind::none) << "it was another that failed";
+    EXPECT_EQ(player->stream->source, "/x/a.mp3");
+    edit([&](TulPlayer& p) { p.insertEntries({1, 2}, std::move(removed)); });
+    EXPECT_EQ(player->playlist->currentIndex, 0) << "a is played by now";
+
+    edit([&](TulPlayer& p) { removed = p.removeEntries({0}); });
+    edit([&](TulPlayer& p) { p.insertEntries({0}, std::move(removed)); });
+    EXPECT_EQ(player->playingEntry(), player->playlist->entryAt(0)) << "it was still being played";
+    edit([&](TulPlayer& p) { p.removeEntries({0}); });
+    player->stop();
+    bass.endFade();
+    player->play();
+    EXPECT_EQ(player->stream->source, "/x/b.mp3") << "what was stopped is not played again";
+
+    const auto replaced = player->exchangePlaylist(std::make_unique<TulPlaylist>(), 0);
+    edit([](TulPlayer&) {});
+    EXPECT_EQ(bass.last().next, "0 -");
+    EXPECT_TRUE(player->isPlaying());
+    EXPECT_EQ(replaced->list->currentIndex, 0);
+}
+
 TEST_F(Player, ASourceIsOpenedAndQueuedAsTheSameKind) {
     const std::pair<std::string, DWORD> cases[] = {
         {"/a.flac", BASS_SOURCE_FLAC},

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <mutex>
+#include <numeric>
 #include <optional>
 #include <random>
 
@@ -58,10 +59,10 @@ protected:
         reader->follow(list, list.unreadCount());
     }
     void append(std::vector<std::unique_ptr<TulPlaylistEntry>> rows) {
-        const auto first = static_cast<std::int32_t>(list.entryCount());
-        for (auto& each : rows)
-            list.appendEntry(std::move(each));
-        reader->rowsAppended(first);
+        TulRows at(rows.size());
+        std::iota(at.begin(), at.end(), static_cast<std::int32_t>(list.entryCount()));
+        list.insertEntries(at, std::move(rows));
+        reader->rowsInserted(at);
     }
     void append(int count, const std::string& source) {
         std::vector<std::unique_ptr<TulPlaylistEntry>> rows;
@@ -117,7 +118,14 @@ TEST_F(TagReaderTest, WhateverHappensToTheRowsMeanwhileTheyEndAsIfReadOneByOne) 
         if (step % 7 == 0) {
             const auto isAtWorker = [](const auto& entry) { return entry->tags == Tags::reading; };
             const auto found = std::find_if(list.entries.begin(), list.entries.end(), isAtWorker);
-            list.entries.erase(found == list.entries.end() ? list.entries.begin() + any(rows) : found);
+            const bool isFound = found != list.entries.end();
+            const auto at = isFound ? static_cast<std::int32_t>(found - list.entries.begin()) : any(rows);
+            auto removed = list.removeEntries({at});
+            reader->rowsRemoved(removed);
+            if (step % 2 == 0) { // taken back
+                list.insertEntries({at}, std::move(removed));
+                reader->rowsInserted({at});
+            }
         }
         if (step % 50 == 0) {
             const auto saved = list.copyToSave();

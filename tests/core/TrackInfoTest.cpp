@@ -1,3 +1,4 @@
+#include "core/playlist/FileDetails.h"
 #include "core/playlist/TulPlaylist.h"
 #include "tests/support/Media.h"
 
@@ -180,6 +181,35 @@ TEST(TrackInfo, WhatOnlyLooksHostileIsRead) {
         entry.loadCoverArt();
         EXPECT_EQ(static_cast<std::size_t>(entry.coverArtSize), size) << name;
     }
+}
+
+TEST(FileDetails, SayWhatEachFormatHolds) {
+    const struct {
+        const char* file;
+        const char* format;
+        int rate, channels, bits;
+    } cases[] = {
+        {"a.flac", "FLAC", 44100, 2, 16},     {"a.mp3", "MP3", 44100, 2, 0},
+        {"a.ogg", "Ogg Vorbis", 44100, 2, 0}, {"a.opus", "Opus", 48000, 2, 0},
+        {"a.wv", "WavPack", 44100, 2, 16},    {"a.m4a", "AAC", 44100, 2, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        const auto details = readFileDetails((media() / c.file).string());
+        ASSERT_TRUE(details);
+        EXPECT_EQ(details->format, c.format);
+        EXPECT_EQ(details->sampleRate, c.rate);
+        EXPECT_EQ(details->channels, c.channels);
+        EXPECT_EQ(details->bitsPerSample, c.bits);
+        EXPECT_NEAR(details->length, 2, 0.1);
+        EXPECT_GT(details->bitRate, 0);
+        EXPECT_EQ(details->size, fs::file_size(media() / c.file));
+        ASSERT_EQ(details->tags.size(), 3U);
+        EXPECT_EQ(details->tags[0], (std::pair<std::string, std::string>("Title", "Lied ♥")));
+    }
+    for (const auto& nothing :
+         {(media() / "gone.flac").string(), media().string(), std::string("http://h/a.mp3")})
+        EXPECT_FALSE(readFileDetails(nothing)) << nothing;
 }
 
 TEST(TrackInfo, AnyNameIsAName) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <numeric>
 #include <string>
 
 namespace {
@@ -31,6 +32,18 @@ std::vector<std::unique_ptr<TulPlaylistEntry>> rows(std::vector<std::string> sou
         rows.back()->source = std::move(source);
     }
     return rows;
+}
+
+void append(TulPlayer& player, TulPlaylist::Entries entries) {
+    TulRows at(entries.size());
+    std::iota(at.begin(), at.end(), static_cast<std::int32_t>(player.playlist->entryCount()));
+    player.insertEntries(at, std::move(entries));
+    player.endEdit();
+}
+
+void move(TulPlayer& player, std::int32_t from, std::int32_t to) {
+    player.playlist->moveEntries(from, to);
+    player.endEdit();
 }
 
 class UnsavedLists : public testing::Test {
@@ -73,8 +86,8 @@ protected:
         added[0]->length = 12.345678901;
         added[0]->artist = "A\xe9\n";
         added[0]->title = "T";
-        program.appendEntries(std::move(added));
-        program.moveEntry(0, 2);
+        append(program, std::move(added));
+        move(program, 0, 2);
         program.playlist->selectEntry(1);
     }
 
@@ -129,11 +142,11 @@ TEST_F(UnsavedLists, ComeBackHoweverTheyWereLeft) {
 }
 
 TEST_F(UnsavedLists, WithoutAFileAreOfferedTheLastTenOfThoseWithoutAName) {
-    player->appendEntries(rows({"/named.mp3"}));
+    append(*player, rows({"/named.mp3"}));
     player->renamePlaylist("Party");
     for (int number = 0; number < 12; ++number) {
         player->clearPlaylist();
-        player->appendEntries(rows({"/" + std::to_string(number) + ".mp3"}));
+        append(*player, rows({"/" + std::to_string(number) + ".mp3"}));
         list().markChanged(list().changedAt() + 1000 * (number - 60));
     }
     player->clearPlaylist();
@@ -153,7 +166,7 @@ TEST_F(UnsavedLists, WithoutAFileAreOfferedTheLastTenOfThoseWithoutAName) {
     EXPECT_EQ(list().id, shown) << "it is shown already";
     open(0);
     EXPECT_EQ(names(), "Party ? ? ? ? ? ? ? ? ? ? ") << "to look at one changes nothing";
-    player->appendEntries(rows({"/second.mp3"}));
+    append(*player, rows({"/second.mp3"}));
     player->renamePlaylist("");
     open(1);
     EXPECT_EQ(names(), "? ? ? ? ? ? ? ? ? ? ") << "it is the last one changed, and the oldest goes";
@@ -179,7 +192,7 @@ TEST_F(UnsavedLists, OfTwoProgramsAreNotMixed) {
     auto second = newProgram();
     second->openPlaylist(file);
     EXPECT_FALSE(second->playlist->isChanged()) << "what another program shows is its own";
-    second->appendEntries(rows({"/second.mp3"}));
+    append(*second, rows({"/second.mp3"}));
     second->playlist->markChanged(list().changedAt() + 1000);
     const std::string theirs = stateOf(*second->playlist);
     store(*second);
@@ -195,7 +208,7 @@ TEST_F(UnsavedLists, OfTwoProgramsAreNotMixed) {
         EXPECT_EQ(stateOf(*program->playlist), theirs) << "both take up the same";
     }
     for (TulPlayer* program : both) {
-        program->moveEntry(0, 1);
+        move(*program, 0, 1);
         store(*program);
     }
     for (TulPlayer* program : both)
@@ -224,7 +237,7 @@ TEST_F(UnsavedLists, AreStoredAgainAfterASaveThatFailedOrCameTooEarly) {
     store(*player);
     fs::remove_all(folder / "state");
     writeFile(folder / "state", "in the way");
-    player->moveEntry(0, 1);
+    move(*player, 0, 1);
     store(*player);
     EXPECT_EQ(reports, std::to_string(static_cast<int>(FileStatus::notAllowed)) + " ");
     fs::remove(folder / "state");

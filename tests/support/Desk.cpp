@@ -142,6 +142,10 @@ void Desk::doubleClick(QPoint place) {
     mouse({"click", "--repeat", "2", "--delay", "40", "1"}, place);
 }
 
+void Desk::rightClick(QPoint place) {
+    mouse({"click", "3"}, place);
+}
+
 void Desk::press(QPoint place) {
     mouse({"mousedown", "1"}, place);
 }

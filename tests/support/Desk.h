@@ -39,6 +39,7 @@ public:
     /// In the window of the program.
     void click(QPoint place);
     void doubleClick(QPoint place);
+    void rightClick(QPoint place);
     void press(QPoint place);
     void moveTo(QPoint place);
     void release();

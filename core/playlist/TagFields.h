@@ -1,0 +1,30 @@
+#pragma once
+
+#include <charconv>
+#include <string>
+#include <string_view>
+
+/// The texts that a message of the program that reads tags is made of, each with a zero character behind it.
+namespace tags {
+
+template <typename... Texts> void addFields(std::string& message, const Texts&... texts) {
+    (message.append(texts).append(1, '\0'), ...);
+}
+
+/// Takes the first text from `message`; empty when there is no more.
+inline std::string_view takeText(std::string_view& message) {
+    const auto end = message.find('\0');
+    const std::string_view text = message.substr(0, end);
+    message.remove_prefix(end == message.npos ? message.size() : end + 1);
+    return text;
+}
+
+/// The same for a number; 0 for a text that is none.
+template <typename Number> Number takeNumber(std::string_view& message) {
+    const std::string_view text = takeText(message);
+    Number number{};
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+} // namespace tags
