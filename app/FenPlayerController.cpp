@@ -55,6 +55,10 @@ QString balanceText(double balance) {
                                        percentText(std::abs(balance)));
 }
 
+bool isSeen() {
+    return QGuiApplication::applicationState() == Qt::ApplicationActive;
+}
+
 } // namespace
 
 void FenPlayerController::initialize() {
@@ -124,7 +128,8 @@ void FenPlayerController::handleSongChange() {
     if (!player->stream) return;
     showLength();
     m_showsFailure = false;
-    m_announcementWaits = showSongOrError() ? announcementTicks : 0;
+    // A person who sees the window when a song begins needs no announcement, however late its texts are.
+    m_announcementWaits = showSongOrError() && !isSeen() ? announcementTicks : 0;
 }
 
 void FenPlayerController::updateSongInfo() {
@@ -132,7 +137,7 @@ void FenPlayerController::updateSongInfo() {
     // A failure is shown again, with what is known now.
     if (std::exchange(m_showsFailure, false)) return;
     const bool shown = showSongOrError();
-    if (shown && player->stream->isLive()) m_announcementWaits = 1; // a song of its own
+    if (shown && player->stream->isLive() && !isSeen()) m_announcementWaits = 1; // a song of its own
 }
 
 bool FenPlayerController::showSongOrError() {
@@ -193,7 +198,7 @@ void FenPlayerController::announceSong() {
     notification.informativeText =
         app::displayText(namesStation ? stream.album : stream.artist).value_or(QString());
     // The centre shows nothing while the window is active: a picture would be decoded in vain.
-    if (QGuiApplication::applicationState() == Qt::ApplicationActive) return;
+    if (isSeen()) return;
     app::decodeCover(
         player->workers, entry, [this, notification, id = entry.id](const QImage& picture) mutable {
             const TulPlaylistEntry* const now = player->playingEntry();

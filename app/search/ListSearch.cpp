@@ -141,13 +141,12 @@ void ListSearch::rowChanged(std::int32_t row) {
 /// The selected row stays where it is, whatever comes and goes above it.
 void ListSearch::showChangedRows() {
     m_changes.stop();
-    const bool showedNone = m_table.rowAfter(-1) == m_table.numberOfRows();
     const int row = m_table.currentRow();
     const double top = m_table.rectOfRow(row).top();
     m_table.reloadData();
     QScrollBar& bar = *m_table.verticalScrollBar();
     bar.setValue(bar.value() + static_cast<int>(m_table.rectOfRow(row).top() - top));
-    if (showedNone) selectFirst();
+    if (m_table.selectedRowIndexes().empty()) selectFirst();
     showResult();
 }
 

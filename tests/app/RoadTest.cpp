@@ -52,6 +52,10 @@ constexpr QPoint volume(double fraction) {
 constexpr QPoint row(int index) {
     return {150, 166 + 55 * index + 28};
 }
+/// Its second line, which a file's tags fill.
+constexpr QRect rowSecondLine(int index) {
+    return {30, 166 + 55 * index + 28, 285, 22};
+}
 /// Its two lines of text.
 constexpr QRect rowText(int index) {
     return {30, 166 + 55 * index + 6, 285, 44};
@@ -147,6 +151,13 @@ protected:
         return Desk::until([&] {
             return (count == 0 || ink(desk.seen(place::rowText(count - 1))) > 0) &&
                    ink(desk.seen(place::rowText(count))) == 0;
+        });
+    }
+    bool rowsAreRead(int count) {
+        return Desk::until([&] {
+            for (int row = 0; row < count; ++row)
+                if (ink(desk.seen(place::rowSecondLine(row))) == 0) return false;
+            return true;
         });
     }
     bool rowShows(int row, const QImage& text) {
@@ -255,6 +266,7 @@ TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
     ASSERT_TRUE(showsRows(3));
     ASSERT_TRUE(hears(440));
     ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
+    ASSERT_TRUE(rowsAreRead(3));
     const QImage alder = desk.seen(place::rowText(0));
     const QImage birch = desk.seen(place::rowText(1));
     const QImage cedar = desk.seen(place::rowText(2));
@@ -336,6 +348,7 @@ TEST_F(RoadTest, RowsAreEditedByKeysDragAndMenuAndTakenBack) {
     ASSERT_TRUE(showsRows(3));
     ASSERT_TRUE(hears(440));
     ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
+    ASSERT_TRUE(rowsAreRead(3));
     const QImage alder = desk.seen(place::rowText(0));
     const QImage birch = desk.seen(place::rowText(1));
     const QImage cedar = desk.seen(place::rowText(2));
@@ -431,6 +444,7 @@ TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
     start(threeTracks());
     ASSERT_TRUE(showsRows(3));
     ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
+    ASSERT_TRUE(rowsAreRead(3));
     const QImage alder = desk.seen(place::rowText(0));
     const QImage birch = desk.seen(place::rowText(1));
     dragFirstRowToTheThird();

@@ -12,11 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr double maxMegabytes = 100'000; // the sanitizers' own
-#else
 constexpr double maxMegabytes = 64;
-#endif
 constexpr double maxSeconds = 2; ///< Of one reading.
 /// The program that reads tags, without a file.
 constexpr double programMegabytes = 8;
