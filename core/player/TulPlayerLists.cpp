@@ -109,7 +109,8 @@ void TulPlayer::readPlaylist(const std::string& path, Show show) {
                 if (opening != m_opening) return discard(std::move(*result));
                 report(path, status);
                 if (!*result) return endOpening(Opening::rejected);
-                (*result)->markSaved(path, (*result)->edits());
+                // A part of a file is not that file: saving it there would remove the rest.
+                (*result)->markSaved(status == FileStatus::done ? path : std::string(), (*result)->edits());
                 show(std::move(*result), unread);
             });
         };

@@ -596,6 +596,12 @@ TEST_F(Player, KeepsThePlaylistWhenAFileIsRejected) {
     EXPECT_EQ(reported, path("no/such/folder.tuq") + " not found\n" + path("gone.m3u") + " not found\n");
     EXPECT_EQ(manager.count(), 2);
 
+    support::writeFile(path("cut.m3u"), "/a.mp3\n" + std::string(2 << 20, 'x'));
+    player->openPlaylist(path("cut.m3u"));
+    EXPECT_EQ(player->playlist->entryCount(), 1);
+    EXPECT_EQ(player->playlist->path, "") << "saving it there would remove the rest";
+    EXPECT_EQ(manager.count(), 2);
+
     player->playlist->name = "C";
     player->savePlaylist(path("c.tuq"));
     TulInternalPlaylistManager stored;
