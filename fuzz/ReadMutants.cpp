@@ -1,7 +1,7 @@
-// read-mutants COUNT FOLDER FILE...: reads COUNT damaged copies of the files, and the files themselves, as
-// the player would: tags, picture, sound, playlist. FOLDER is for the copies. The sanitizers that it is built
-// with end it at what they find, with the damaged copy left in FOLDER; what takes more memory or time than it
-// may is printed.
+// read-mutants FIRST COUNT STEP FOLDER FILE...: reads damaged copies of the files, of the numbers FIRST,
+// FIRST + STEP and so on below COUNT, and the files themselves, as the player would: tags, picture, sound,
+// playlist. FOLDER is for the copies. The sanitizers that it is built with end it at what they find, with the
+// damaged copy left in FOLDER; what takes more memory or time than it may is printed.
 #include "core/playlist/TagParser.h"
 #include "core/playlist/TulPlaylistFileFactory.h"
 #include "platform/bass/source/Source.h"
@@ -89,7 +89,8 @@ void decode(const std::string& path) {
 }
 
 void readList(const std::string& path) {
-    static_cast<void>(TulPlaylistFileFactory().createPlaylistFile(path)->read(path));
+    FileStatus status{};
+    static_cast<void>(TulPlaylistFileFactory().createPlaylistFile(path)->read(path, status));
 }
 
 /// Faults that files have, and such as somebody would make: half of them at the front, where the headers are.
@@ -145,10 +146,11 @@ public:
     explicit Run(const fs::path& folder) : m_folder(folder) {}
 
     void read(const std::string& name, const fs::path& path) {
+        ++m_count;
         constexpr std::array lists = {".m3u", ".pls", ".tuq"};
         if (std::ranges::find(lists, path.extension()) != lists.end())
             return note("playlist", name, measure([&] { readList(path); }));
-        note("tags", name, measure([&] { readTags(path); }));
+        noteTags(name, measure([&] { readTags(path); }));
         note("sound", name, measure([&] { decode(path); }));
     }
     void readDamaged(const fs::path& original, unsigned number) {
@@ -158,40 +160,53 @@ public:
         read(original.filename().string() + " " + std::to_string(number), copy);
         fs::remove(copy);
     }
-    int report(std::size_t count) const {
+    int report() const {
         for (const auto& [stage, most] : m_most)
             std::printf("%s: at most %.1f MB, %.2f s\n", stage.c_str(), most.megabytes, most.seconds);
-        std::printf("%zu files read, %d above %g MB or %g s\n", count, m_findings, maxMegabytes, maxSeconds);
+        std::printf("%d files read, %d above %g MB or %g s; of %d the limits of the program end the reading "
+                    "of tags\n",
+                    m_count, m_findings, maxMegabytes, maxSeconds, m_endedTags);
         return m_findings == 0 ? 0 : 1;
     }
 
 private:
+    /// Read here, and not by the program whose limits end what takes more.
+    void noteTags(const std::string& name, const Measured& measured) {
+        if (isLittle(measured)) return note("tags", name, measured);
+        ++m_endedTags;
+        std::printf("tags of %s: %.1f MB, %.2f s\n", name.c_str(), measured.megabytes, measured.seconds);
+    }
+    static bool isLittle(const Measured& measured) {
+        return measured.megabytes <= maxMegabytes && measured.seconds <= maxSeconds;
+    }
     void note(const char* stage, const std::string& name, const Measured& measured) {
         Measured& most = m_most[stage];
         most.megabytes = std::max(most.megabytes, measured.megabytes);
         most.seconds = std::max(most.seconds, measured.seconds);
-        if (measured.megabytes <= maxMegabytes && measured.seconds <= maxSeconds) return;
+        if (isLittle(measured)) return;
         ++m_findings;
         std::printf("%s of %s: %.1f MB, %.2f s\n", stage, name.c_str(), measured.megabytes, measured.seconds);
     }
 
     fs::path m_folder;
     std::map<std::string, Measured> m_most;
+    int m_count = 0;
     int m_findings = 0;
+    int m_endedTags = 0;
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 4) return 2;
-    const auto count = static_cast<unsigned>(std::atol(argv[1]));
-    const std::vector<fs::path> files(argv + 3, argv + argc);
+    if (argc < 6) return 2;
+    const auto number = [&](int argument) { return static_cast<unsigned>(std::atol(argv[argument])); };
+    const std::vector<fs::path> files(argv + 5, argv + argc);
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     __sanitizer_install_malloc_and_free_hooks(countAllocated, countFreed);
-    Run run(argv[2]);
+    Run run(argv[4]);
     for (const fs::path& file : files)
         run.read(file.filename().string(), file);
-    for (unsigned number = 0; number < count; ++number)
-        run.readDamaged(files[number % files.size()], number);
-    return run.report(files.size() + count);
+    for (unsigned mutant = number(1); mutant < number(2); mutant += number(3))
+        run.readDamaged(files[mutant % files.size()], mutant);
+    return run.report();
 }
