@@ -83,7 +83,7 @@ QString failureText(const TulFailure& failure, const std::string& source) {
 }
 
 QString fileStatusText(FileStatus status, const std::string& path) {
-    const QString text = sentence(status);
+    QString text = sentence(status);
     if (text.isEmpty()) return text;
     const QString name = QFileInfo(QFile::decodeName(path.c_str())).fileName();
     return text.arg(path.empty() ? QStringLiteral("unsaved changes") : name);

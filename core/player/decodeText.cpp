@@ -1,7 +1,6 @@
 #include "core/player/decodeText.h"
 
 #include <algorithm>
-#include <bit>
 #include <cerrno>
 #include <cstdint>
 #include <iconv.h>
@@ -22,7 +21,7 @@ using Converter = std::unique_ptr<std::remove_pointer_t<iconv_t>, IconvCloser>;
 /// None where the bytes are not of the encoding; a letter that is cut off at the end is left out.
 std::optional<std::string> toUtf8(std::string_view bytes, const char* encoding) {
     const iconv_t opened = iconv_open("UTF-8", encoding);
-    if (std::bit_cast<std::intptr_t>(opened) == -1) return std::nullopt;
+    if (reinterpret_cast<std::intptr_t>(opened) == -1) return std::nullopt;
     const Converter converter(opened);
     std::string input(bytes);
     std::string text(bytes.size() * 4, '\0');

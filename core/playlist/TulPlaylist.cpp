@@ -1,5 +1,6 @@
 #include "core/playlist/TulPlaylist.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <stdexcept>

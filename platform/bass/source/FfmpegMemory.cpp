@@ -57,6 +57,7 @@ bass::OpeningTime::~OpeningTime() {
     deadline = never;
 }
 
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): this is what memory comes from
 extern "C" {
 
 int tul_posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
@@ -79,3 +80,4 @@ void tul_free(void* memory) {
     std::free(memory);
 }
 }
+// NOLINTEND(cppcoreguidelines-owning-memory)
