@@ -26,7 +26,7 @@ namespace {
 
 /// Slow ticks between two changes of the second line.
 constexpr std::int32_t infoChangeTicks = 8;
-constexpr std::int32_t announcementTicks = 3;
+constexpr std::int32_t announcementTicks = 10;
 
 constexpr double positionStep = 5.0;
 constexpr double volumeStep = 0.05;

@@ -151,7 +151,9 @@ void ListSearch::showChangedRows() {
 }
 
 void ListSearch::listChanged() {
-    if (isOpen()) showResult();
+    if (!isOpen()) return;
+    if (m_filter.isActive() && m_table.selectedRowIndexes().empty()) selectFirst();
+    showResult();
 }
 
 void ListSearch::selectFirst() {

@@ -201,6 +201,7 @@ TEST_F(WindowTest, TheListFollowsWhatPlaysOnlyWhileThatIsInView) {
         return !rect.isEmpty() && QRectF(table().viewport()->rect()).contains(rect);
     };
     ASSERT_TRUE(runUntil([&] { return table().numberOfRows() == rows; }));
+    ASSERT_TRUE(runUntil([&] { return delegate.playlistController->lastPlaylistEntry == 25; }));
     EXPECT_TRUE(inView(25)) << "the current row of a list that is opened";
     EXPECT_EQ(static_cast<PlaylistEntryCell&>(table().preparedCell(0)).info2(), "Me");
     const auto turnTo = [&](int row) {

@@ -30,7 +30,7 @@ const std::string head = "HTTP/1.1 200 OK\r\n";
 const std::string liveHead = head + "icy-name: test\r\n\r\n";
 
 /// Of all that is waited for, so little that a test need not wait long.
-constexpr bass::NetworkLimits quick{.connect = 1s, .opening = 2s, .silence = 1s, .resume = 1s};
+constexpr bass::NetworkLimits quick{.connect = 3s, .opening = 4s, .silence = 3s, .resume = 3s};
 /// So much that only a cancellation ends a wait.
 constexpr bass::NetworkLimits patient{
     .connect = 1min, .opening = 1min, .silence = 1min, .resume = 1min, .firstPause = 1min, .maxPause = 1min};

@@ -83,8 +83,8 @@ TEST(Network, ResumesADroppedFileWhereItBrokeOff) {
 }
 
 TEST(Network, GivesUpAServerThatAnswersEveryTryWithoutAByte) {
-    HttpServer server([&](Client& client) {
-        HttpServer::sendFile(client, flac(), client.rangeStart() == 0 ? flac().size() / 3 : 0);
+    HttpServer server([file = flac()](Client& client) { // encoded before it is asked for
+        HttpServer::sendFile(client, file, client.rangeStart() == 0 ? file.size() / 3 : 0);
     });
     const auto source = open(server.url(), quick);
     ASSERT_TRUE(source);
@@ -254,7 +254,7 @@ TEST(Network, PlaysTheLinksOfAChainedStreamInTurn) {
 }
 
 TEST(Network, AsksAStreamThatBreaksOffAtOnceMoreAndMoreSeldom) {
-    HttpServer server([](Client& client) { client.send(liveHead + ogg().substr(0, 20'000)); });
+    HttpServer server([part = ogg().substr(0, 20'000)](Client& client) { client.send(liveHead + part); });
     const auto source = open(server.url(), quick);
     ASSERT_TRUE(source);
     const auto start = Clock::now();
