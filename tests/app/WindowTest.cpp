@@ -210,7 +210,7 @@ TEST_F(WindowTest, TheListFollowsWhatPlaysOnlyWhileThatIsInView) {
         return runUntil([&] { return delegate.playlistController->lastPlaylistEntry == row; });
     };
     ASSERT_TRUE(turnTo(35));
-    EXPECT_TRUE(inView(35)) << "as what played before was in view";
+    EXPECT_TRUE(runUntil([&] { return inView(35); })) << "as what played before was in view";
     table().scrollRowToVisible(0);
     ASSERT_TRUE(turnTo(30));
     EXPECT_TRUE(inView(0));
