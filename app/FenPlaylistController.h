@@ -55,7 +55,7 @@ public:
     app::SearchField* searchField = nullptr;
     /// Set by the delegate before `initialize`.
     app::SourceQueue* sources = nullptr;
-    /// Before `initialize`: what edits go through, and which tells of them. It must outlive the page.
+    /// Before `initialize`: carries out all edits and notifies the page of them. It must outlive the page.
     void setEditor(app::PlaylistEditor& editor);
 
     void initialize() override;

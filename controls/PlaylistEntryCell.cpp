@@ -32,7 +32,7 @@ QFont textFont() {
 constexpr double numberLeft = 14.0;
 constexpr double infoLeft = 34.0;
 /// Numbers up to here leave the other texts in their place.
-constexpr std::int64_t longestShortNumber = 999;
+constexpr std::int64_t maxShortNumber = 999;
 /// Between a text and what it must not touch.
 constexpr double textGap = 6.0;
 
@@ -90,7 +90,7 @@ QRectF PlaylistEntryCell::info2RectForBounds(const QRectF& frame) const {
 QRectF PlaylistEntryCell::infoRect(const QRectF& frame, double top,
                                    const std::optional<AttributedString>& text) const {
     double left = infoLeft;
-    if (m_trackNumber > longestShortNumber)
+    if (m_trackNumber > maxShortNumber)
         left = std::ceil(trackNumberRectForBounds(frame).right() - frame.x() + textGap);
     return textRect(frame, frame.topLeft() + QPointF(left, top), text);
 }

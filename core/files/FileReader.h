@@ -18,7 +18,7 @@ public:
     explicit FileReader(const std::string& path);
 
     /// The next bytes, valid until the next call. Empty at the end, after an error, and when the file has
-    /// given `maxBytes`; `status` tells which.
+    /// given `maxBytes`; `status` distinguishes them.
     std::string_view next();
     /// FileStatus::tooLarge for a file of more than `maxBytes`.
     [[nodiscard]] FileStatus status() const { return m_status; }

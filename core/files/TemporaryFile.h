@@ -6,7 +6,7 @@
 #include <string_view>
 
 /// A new file beside the one that it is to replace. Removed again unless it takes that one's place. It is
-/// locked as long as this lives, which tells it from those that killed programs have left.
+/// locked as long as this lives, unlike those that killed programs have left.
 ///
 /// Where an operation fails, `errno` says why.
 class TemporaryFile {

@@ -95,7 +95,7 @@ FileStatus overwriteFile(const fs::path& path, std::string_view bytes) {
 
     FileStatus status = FileStatus::failed;
     for (const fs::path& folder : copyFolders()) {
-        makeFolder(folder); // the next line tells why it could not be
+        makeFolder(folder); // if it fails, so does opening, which reports it
         TemporaryFile::removeLeftOver(folder);
         TemporaryFile copy(folder);
         if (!keepCopy(copy, folder, target, bytes)) {

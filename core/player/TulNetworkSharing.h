@@ -7,7 +7,7 @@ class TulStream;
 /// Lets other machines hear what the player plays: an external Vorbis encoder hears the streams one after the
 /// other, and its output is served over HTTP. The encoder is the program "oggenc", from the working
 /// directory, from beside the player or from PATH. Without it sharing stays idle; with its port taken it
-/// encodes for nobody.
+/// encodes without listeners.
 ///
 /// Threads: the owner's only.
 class TulNetworkSharing {

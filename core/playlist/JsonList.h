@@ -18,7 +18,7 @@ struct Value {
     std::optional<std::int32_t> integer; ///< A number that is written as one and fits.
 };
 
-/// Is told what a file holds, in its order. Each call can reject the file by returning false.
+/// Receives what a file holds, in its order. Each call can reject the file by returning false.
 class ListVisitor {
 public:
     virtual ~ListVisitor() = default;

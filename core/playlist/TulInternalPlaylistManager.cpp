@@ -97,7 +97,7 @@ FileStatus TulInternalPlaylistManager::load() {
 FileStatus TulInternalPlaylistManager::save() {
     m_savedRenames.clear();
     const std::filesystem::path folder = folderOf(followLinks(storePath));
-    makeFolder(folder); // writing tells why it could not be
+    makeFolder(folder); // if it fails, so does the write, which reports it
     const FolderLock lock(folder);
     if (!lock.isHeld()) return FileStatus::busy;
 
