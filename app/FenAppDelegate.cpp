@@ -12,6 +12,7 @@
 #include "app/UnsavedChanges.h"
 #include "app/desktop/Mpris.h"
 #include "app/editing/PlaylistEditor.h"
+#include "app/settings/Settings.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "core/player/TulPlayer.h"
@@ -55,6 +56,7 @@ FenAppDelegate::~FenAppDelegate() {
 }
 
 void FenAppDelegate::applicationDidFinishLaunching() {
+    settings = std::make_unique<app::Settings>(cocoa::UserDefaults::standardUserDefaults());
     player = std::make_unique<TulPlayer>();
     player->setExecutor([](std::function<void()> task) {
         QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(task), Qt::QueuedConnection);

@@ -30,6 +30,7 @@ class FileDrop;
 class Mpris;
 class PageDots;
 class PlaylistEditor;
+class Settings;
 class SourceQueue;
 class TextField;
 class UnsavedChanges;
@@ -57,6 +58,7 @@ public:
     std::unique_ptr<FenCoverArtController> coverArtController;
     std::unique_ptr<FenReleaseNotesController> releaseNotesController;
     std::unique_ptr<CustomWindow> window;
+    std::unique_ptr<app::Settings> settings;
     /// What every edit of the playlist goes through.
     std::unique_ptr<app::PlaylistEditor> editor;
     /// The main layout's; owned by the window.

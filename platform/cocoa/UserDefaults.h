@@ -1,14 +1,15 @@
 #pragma once
 
-#include <QHash>
 #include <QJsonObject>
 #include <QString>
 
+#include <optional>
+
 namespace cocoa {
 
-/// Settings that the user may have stored, over defaults that the program registers. They stand in the JSON
-/// object of $XDG_CONFIG_HOME/tulplayer/settings.json ("~/.config" without that variable), which is read once
-/// and never written. Main thread only.
+/// Settings that the user has made, over defaults that the program registers. They stand in the JSON object
+/// of $XDG_CONFIG_HOME/tulplayer/settings.json ("~/.config" without that variable), which is read once.
+/// Main thread only.
 class UserDefaults {
 public:
     /// Those of the user who runs the program.
@@ -17,14 +18,27 @@ public:
     /// Reads `path`; a file that is missing or no JSON object holds nothing.
     explicit UserDefaults(const QString& path);
 
-    void registerDefaults(const QHash<QString, QString>& defaults);
+    void registerDefaults(const QJsonObject& defaults);
+
     /// The stored value; the registered one when nothing or a value of another kind is stored; else a null
-    /// string.
+    /// string, false or 0.
     QString stringForKey(const QString& key) const;
+    bool boolForKey(const QString& key) const;
+    int integerForKey(const QString& key) const;
+
+    /// The value holds from now on. The file is read again and replaced whole, so that what another program
+    /// has stored meanwhile stays. False when it could not be written, or is no JSON object: one that the
+    /// user has edited is not overwritten because of a missing comma.
+    bool setObject(const QJsonValue& value, const QString& key);
 
 private:
+    /// Nothing when there is something else than a JSON object.
+    [[nodiscard]] std::optional<QJsonObject> read() const;
+    [[nodiscard]] QJsonValue valueForKey(const QString& key, QJsonValue::Type type) const;
+
+    QString m_path;
     QJsonObject m_stored;
-    QHash<QString, QString> m_registered;
+    QJsonObject m_registered;
 };
 
 } // namespace cocoa

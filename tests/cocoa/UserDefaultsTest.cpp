@@ -34,6 +34,24 @@ TEST(UserDefaults, AStoredStringTakesPrecedenceAndNothingElseDoes) {
         EXPECT_EQ(storedIn(each.content).toStdString(), each.expected) << each.content;
 }
 
+TEST(UserDefaults, WhatIsSetIsStoredBesideWhatOthersStored) {
+    const auto path = support::scratch() / "made" / "settings.json";
+    const auto name = QString::fromStdString(path.string());
+    cocoa::UserDefaults first(name);
+    cocoa::UserDefaults second(name);
+    EXPECT_TRUE(first.setObject(150, "TextSize"));
+    EXPECT_TRUE(second.setObject(true, "KeepsAwake"));
+    const cocoa::UserDefaults third(name);
+    EXPECT_EQ(third.integerForKey("TextSize"), 150);
+    EXPECT_TRUE(third.boolForKey("KeepsAwake"));
+
+    const std::string edited = R"({"TextSize": 150,})";
+    support::writeFile(path, edited);
+    EXPECT_FALSE(first.setObject(125, "TextSize"));
+    EXPECT_EQ(first.integerForKey("TextSize"), 125);
+    EXPECT_EQ(support::readFile(path), edited);
+}
+
 TEST(UserDefaults, AreFoundInTheUsersConfigurationFolder) {
     const auto folder = support::scratch() / "config";
     std::filesystem::create_directories(folder / "tulplayer");
