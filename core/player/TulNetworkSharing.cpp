@@ -6,12 +6,13 @@
 
 #include <iomanip>
 #include <sstream>
+#include <utility>
 
 namespace {
 
 /// Raw 16-bit stereo in, 160 kbit/s throughout.
 constexpr const char* options = " -r -R 44100 -M 160 -m 160 -";
-constexpr const char* sharingPort = "9090";
+constexpr const char* defaultName = "Tulplayer";
 constexpr DWORD bufferBytes = 40000;
 constexpr DWORD burstBytes = 40000;
 
@@ -34,6 +35,18 @@ TulNetworkSharing::~TulNetworkSharing() {
     if (encoder != 0) stop();
 }
 
+bool TulNetworkSharing::configure(const std::string& newName, std::uint16_t newPort) {
+    name = newName.empty() ? defaultName : newName;
+    if (encoder != 0) BASS_Encode_ServerSetName(encoder, name.c_str());
+    if (std::exchange(wantedPort, newPort) == newPort || encoder == 0) return false;
+    stop();
+    return true;
+}
+
+std::uint32_t TulNetworkSharing::listenerCount() const {
+    return BASS_Encode_ServerGetCount(encoder);
+}
+
 std::int32_t TulNetworkSharing::start(const TulStream& stream) {
     dropDeadEncoder();
     if (encoder != 0) {
@@ -41,7 +54,9 @@ std::int32_t TulNetworkSharing::start(const TulStream& stream) {
     } else {
         encoder = startEncoder(stream.handle);
         isEncoderMissing = encoder == 0 && stream.handle != 0;
-        port = BASS_Encode_ServerInit(encoder, sharingPort, bufferBytes, burstBytes, 0, nullptr, nullptr);
+        BASS_Encode_ServerSetName(encoder, name.c_str());
+        port = BASS_Encode_ServerInit(encoder, std::to_string(wantedPort).c_str(), bufferBytes, burstBytes, 0,
+                                      nullptr, nullptr);
     }
     return static_cast<std::int32_t>(port);
 }

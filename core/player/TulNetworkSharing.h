@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 class TulStream;
 
@@ -25,6 +26,16 @@ public:
     /// The last start found no program to start.
     bool isEncoderMissing = false;
 
+    /// What listeners are told that it is called, and where it is to be served; both hold from the next
+    /// start.
+    std::string name = "Tulplayer";
+    std::uint16_t wantedPort = 9090;
+
+    /// Sets both. A new name holds at once for those that connect from now on. With a new port what is shared
+    /// is stopped, and true is answered: it is to be started again.
+    [[nodiscard]] bool configure(const std::string& name, std::uint16_t port);
+    /// How many listen now; 0 while nothing is shared. One that has left counts for a second or so.
+    [[nodiscard]] std::uint32_t listenerCount() const;
     /// Follows a stream that has just started, and starts encoder and server when there is no encoder.
     /// Answers `port`.
     std::int32_t start(const TulStream& stream);

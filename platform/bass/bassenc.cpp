@@ -68,6 +68,18 @@ DWORD BASS_Encode_ServerInit(HENCODE handle, const char* port, DWORD buffer, DWO
     return encoder->serve(*number, std::min(buffer, burst));
 }
 
+BOOL BASS_Encode_ServerSetName(HENCODE handle, const char* name) {
+    const auto encoder = Encoders::instance().find(handle);
+    if (!encoder || !name) return false;
+    encoder->setName(name);
+    return true;
+}
+
+DWORD BASS_Encode_ServerGetCount(HENCODE handle) {
+    const auto encoder = Encoders::instance().find(handle);
+    return encoder ? encoder->listenerCount() : 0;
+}
+
 BOOL BASS_Encode_SetChannel(HENCODE handle, DWORD channel) {
     const auto encoder = Encoders::instance().find(handle);
     return encoder && encoder->follow(channel);

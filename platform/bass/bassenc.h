@@ -35,6 +35,14 @@ HENCODE BASS_Encode_Start(DWORD channel, const char* cmdline, DWORD flags, ENCOD
 DWORD BASS_Encode_ServerInit(HENCODE handle, const char* port, DWORD buffer, DWORD burst, DWORD flags,
                              ENCODECLIENTPROC* proc, void* user);
 
+/// What clients that connect from now on are told that the stream is called (icy-name), in UTF-8. Before that
+/// it is "Tulplayer".
+BOOL BASS_Encode_ServerSetName(HENCODE handle, const char* name);
+
+/// How many clients are sent the stream now. One that has left counts until something was sent in vain, a
+/// second or so.
+DWORD BASS_Encode_ServerGetCount(HENCODE handle);
+
 /// Lets the encoder hear another channel; its server and clients stay. With a channel that does not exist it
 /// hears none, and the answer is FALSE.
 BOOL BASS_Encode_SetChannel(HENCODE handle, DWORD channel);

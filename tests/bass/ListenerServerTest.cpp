@@ -65,8 +65,12 @@ TEST_F(ListenerServerTest, SendsHeadersThenTheBurstThenWhatComes) {
     ASSERT_TRUE(waitFor([&] { return early.body() == stream(6, 10); })) << early.body().size();
     addPages(5);
     ASSERT_TRUE(waitFor([&] { return early.body() == stream(6, 15); }));
+    pages.setName("K\u00fcche");
     const Listener late(server->port(), "GET / HTTP/1.0\r\nRange: bytes=5-\r\n\r\n");
     ASSERT_TRUE(waitFor([&] { return late.body() == stream(11, 15); }));
+    EXPECT_NE(early.received().find("\r\nicy-name: Tulplayer\r\n"), std::string::npos);
+    EXPECT_NE(late.received().find("\r\nicy-name: K\u00fcche\r\n"), std::string::npos);
+    EXPECT_TRUE(waitFor([&] { return server->listenerCount() == 2; }));
     pages.end();
     server->wake();
     EXPECT_TRUE(waitFor([&] { return early.isClosed() && late.isClosed(); }));
@@ -121,6 +125,7 @@ TEST_F(ListenerServerTest, DropsAListenerThatIsFarBehindAndNoOther) {
         addPages(500);
         ASSERT_TRUE(waitFor([&] { return reading.body().size() >= 4 + 1000U * (added - 6U); }));
     }
+    EXPECT_TRUE(waitFor([&] { return server->listenerCount() == 1; }));
     sleeping.read();
     EXPECT_TRUE(waitFor([&] { return sleeping.isClosed(); }));
     EXPECT_LT(sleeping.body().size(), 9000000U);

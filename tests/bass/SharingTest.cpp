@@ -160,8 +160,18 @@ TEST_F(SharingTest, WithoutAProgramOrAPortPlaybackGoesOn) {
     for (const char* nonsense : {"", "x", "-1", "70000", "9090x"})
         EXPECT_EQ(BASS_Encode_ServerInit(encoder, nonsense, 40000, 40000, 0, nullptr, nullptr), 0U);
     EXPECT_TRUE(playsOn());
+    EXPECT_TRUE(BASS_Encode_ServerSetName(encoder, ("A\r\nSet-Cookie: " + std::string(174, 'x') +
+                                                    "\u00e9\u00e9\u00e9\u00e9\u00e9\u00e9\u00e9\u00e9")
+                                                       .c_str()));
     const Listener listener(static_cast<int>(port));
+    EXPECT_TRUE(waitFor([&] { return BASS_Encode_ServerGetCount(encoder) == 1; }));
+    EXPECT_NE(listener.received().find("\r\nicy-name: A  Set-Cookie: " + std::string(174, 'x') +
+                                       "\u00e9\u00e9\u00e9\u00e9\u00e9\r\n"),
+              std::string::npos)
+        << listener.received();
     BASS_Encode_Stop(encoder);
+    EXPECT_FALSE(BASS_Encode_ServerSetName(encoder, "gone"));
+    EXPECT_EQ(BASS_Encode_ServerGetCount(encoder), 0U);
     EXPECT_TRUE(waitFor([&] { return listener.isClosed(); }));
     EXPECT_TRUE(playsOn());
 }

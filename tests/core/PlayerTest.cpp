@@ -713,6 +713,16 @@ TEST_F(Player, SharesEveryTrackThroughOneEncoderWhileItRuns) {
     player->next();
     EXPECT_EQ(sharing.port, 0U) << "a taken port is not asked for again";
     EXPECT_EQ(bass.encoder.starts, 3);
+
+    TulNetworkSharing& changed = *player->networkSharing;
+    EXPECT_FALSE(changed.configure("Kitchen", 9090)) << "a name drops no listener";
+    EXPECT_EQ(bass.encoder.name, "Kitchen");
+    EXPECT_TRUE(changed.configure("", 8000));
+    EXPECT_FALSE(bass.encoder.runs);
+    EXPECT_EQ(changed.listenerCount(), 0U);
+    EXPECT_EQ(changed.start(*player->stream), 8000);
+    EXPECT_EQ(bass.encoder.name, "Tulplayer");
+    EXPECT_EQ(changed.listenerCount(), 3U);
     player.reset();
     EXPECT_FALSE(bass.encoder.runs);
 }

@@ -196,6 +196,15 @@ DWORD BASS_Encode_ServerInit(HENCODE handle, const char* port, DWORD, DWORD, DWO
     return handle != 0 && bass.portIsFree ? static_cast<DWORD>(std::stoul(port)) : 0;
 }
 
+BOOL BASS_Encode_ServerSetName(HENCODE /*handle*/, const char* name) {
+    bass.encoder.name = name;
+    return 1;
+}
+
+DWORD BASS_Encode_ServerGetCount(HENCODE handle) {
+    return handle != 0 && bass.encoder.runs ? 3 : 0;
+}
+
 BOOL BASS_Encode_SetChannel(HENCODE /*handle*/, DWORD channel) {
     bass.encoder.channel = channel;
     return 1;

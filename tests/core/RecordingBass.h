@@ -31,6 +31,7 @@ struct Encoder {
     bool runs = false;
     DWORD channel = 0;
     int starts = 0;
+    std::string name = {};
 };
 
 struct Bass {

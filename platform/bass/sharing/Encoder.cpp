@@ -7,6 +7,7 @@
 #include <pthread.h>
 #include <sys/eventfd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -19,6 +20,7 @@ namespace {
 /// How often new samples are looked for.
 constexpr int turnMs = 40;
 constexpr std::size_t chunkFrames = 8192;
+constexpr std::size_t maxNameBytes = 200;
 
 /// Writing to a program that has ended is an error here, not the end of the player.
 void blockBrokenPipeSignal() {
@@ -26,6 +28,16 @@ void blockBrokenPipeSignal() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+/// What would end a header of HTTP, and the like.
+bool isControl(char character) {
+    return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+}
+
+/// A byte of UTF-8 that no character begins with.
+bool isContinuation(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
 bool isTransient(int error) {
@@ -63,6 +75,20 @@ std::uint16_t Encoder::serve(std::uint16_t port, std::size_t burst) {
     m_pages.setBurst(burst);
     m_server = ListenerServer::open(port, m_pages);
     return m_server ? m_server->port() : 0;
+}
+
+void Encoder::setName(std::string_view name) {
+    std::size_t size = std::min(name.size(), maxNameBytes);
+    while (size > 0 && size < name.size() && isContinuation(name[size]))
+        --size;
+    std::string line(name.substr(0, size));
+    std::replace_if(line.begin(), line.end(), isControl, ' ');
+    m_pages.setName(std::move(line));
+}
+
+unsigned Encoder::listenerCount() const {
+    const std::lock_guard lock(m_mutex);
+    return m_server ? m_server->listenerCount() : 0;
 }
 
 void Encoder::run(const std::stop_token& stop) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace bass {
@@ -29,6 +30,9 @@ public:
     bool follow(std::uint32_t channel);
     /// Serves the stream on a port of all local addresses, 0 for a free one. Answers the port; 0 on failure.
     std::uint16_t serve(std::uint16_t port, std::size_t burst);
+    /// What listeners that come from now on are told that the stream is called: any text.
+    void setName(std::string_view name);
+    unsigned listenerCount() const;
     bool isActive() const { return !m_ended.load(); }
 
 private:
@@ -46,7 +50,7 @@ private:
     std::vector<std::int16_t> m_samples; ///< The encoder thread's, as the next: not yet written.
     std::size_t m_written = 0;           ///< Bytes of m_samples.
 
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     std::unique_ptr<ListenerServer> m_server; ///< Made once; guarded by m_mutex.
     std::jthread m_thread;                    ///< Last: it uses all above.
 };

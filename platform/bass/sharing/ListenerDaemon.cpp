@@ -190,6 +190,7 @@ int ListenerDaemon::answer(MHD_Connection* handle, const Request& request) {
     if (connection.leaves || method == MHD_HTTP_METHOD_HEAD) return MHD_NO;
     http().suspendConnection(handle);
     connection.listens = true;
+    ++m_listenerCount;
     sendPages(connection);
     return MHD_YES;
 }
@@ -206,7 +207,7 @@ void ListenerDaemon::sendHead(Connection& connection) const {
     add(MHD_HTTP_HEADER_CONTENT_TYPE, streamType);
     add(MHD_HTTP_HEADER_CACHE_CONTROL, cacheControl);
     add(MHD_HTTP_HEADER_PRAGMA, "no-cache");
-    add("icy-name", serverName);
+    add("icy-name", m_pages.name());
     if (const int bits = m_pages.bitsPerSecond(); bits > 0) add("icy-br", std::to_string(bits / 1000));
     head += "\r\n";
     // A new connection's socket has room for it.
@@ -260,6 +261,7 @@ bool ListenerDaemon::send(Connection& connection, const PageQueue::Reading& read
 /// is not waited for.
 void ListenerDaemon::close(Connection& connection) {
     connection.listens = false;
+    --m_listenerCount;
     connection.leaves = true;
     shutdown(connection.socket, SHUT_RDWR);
     http().resumeConnection(connection.handle);

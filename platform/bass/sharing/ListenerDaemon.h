@@ -35,6 +35,7 @@ public:
     /// Sends every listener what it lacks, and drops who is too far behind or has left. False when a socket
     /// did not take all.
     [[nodiscard]] bool handOut();
+    unsigned listenerCount() const { return m_listenerCount; }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -64,13 +65,14 @@ private:
     void sendHead(Connection& connection) const;
     bool sendPages(Connection& connection);
     bool send(Connection& connection, const PageQueue::Reading& reading);
-    static void close(Connection& connection);
+    void close(Connection& connection);
     void dropSilentOnes();
 
     PageQueue& m_pages;
     MHD_Daemon* m_daemon = nullptr;
     /// What the process's descriptors allow, less what the player itself may need.
     unsigned m_mostConnections = 0;
+    unsigned m_listenerCount = 0;
     std::unordered_map<MHD_Connection*, Connection> m_connections;
     Clock::time_point m_lastLook = Clock::now();
 };

@@ -73,6 +73,7 @@ void ListenerServer::run(const std::stop_token& stop) {
             next = Clock::now() + handOutEvery;
         }
         m_daemon->turn();
+        m_listenerCount = m_daemon->listenerCount();
     }
     m_daemon.reset();
 }

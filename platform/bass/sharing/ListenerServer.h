@@ -27,6 +27,8 @@ public:
     ListenerServer& operator=(const ListenerServer&) = delete;
 
     std::uint16_t port() const { return m_port; }
+    /// How many are being sent the stream.
+    unsigned listenerCount() const { return m_listenerCount.load(); }
     /// There are new pages, or the stream has ended.
     void wake();
 
@@ -35,6 +37,7 @@ private:
     void run(const std::stop_token& stop);
 
     const std::uint16_t m_port;
+    std::atomic<unsigned> m_listenerCount{0};
     FileDescriptor m_wake;
     std::unique_ptr<ListenerDaemon> m_daemon; ///< The serving thread's.
     std::jthread m_thread;                    ///< Last: it uses all above.

@@ -37,6 +37,16 @@ void PageQueue::setBurst(std::size_t bytes) {
     m_burst = bytes;
 }
 
+void PageQueue::setName(std::string name) {
+    const Lock lock(m_mutex);
+    m_name = std::move(name);
+}
+
+std::string PageQueue::name() const {
+    const Lock lock(m_mutex);
+    return m_name;
+}
+
 PageQueue::Reading PageQueue::read(Place& place) const {
     const Lock lock(m_mutex);
     Reading reading;

@@ -7,6 +7,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace bass {
@@ -48,6 +49,10 @@ public:
     /// the burst, and then the live ones.
     Reading read(Place& place) const;
 
+    /// What listeners that come from now on are told it is called. Must fit into a header of HTTP.
+    void setName(std::string name);
+    std::string name() const;
+
     void setBitsPerSecond(int bits) { m_bitsPerSecond = bits; }
     int bitsPerSecond() const { return m_bitsPerSecond; }
 
@@ -64,6 +69,7 @@ private:
     std::size_t m_bytes = 0;   ///< Of m_pages.
     std::size_t m_burst = 0;
     bool m_ended = false;
+    std::string m_name = "Tulplayer";
 };
 
 } // namespace bass
