@@ -218,6 +218,8 @@ void FenPlayerController::showLook(bool playing) {
         cocoa::Image::named(playing ? QStringLiteral("controls_background_with_separator")
                                     : QStringLiteral("controls_background")));
     playPauseButton->setImage(playing ? cocoa::Image() : cocoa::Image::named(QStringLiteral("btn_img_play")));
+    playPauseButton->setAccessibleName(playing ? QStringLiteral("Pause") : QStringLiteral("Play"));
+    playPauseButton->setToolTip(playPauseButton->accessibleName() + QStringLiteral(" (Space)"));
     spectrumAnalyzerView->setVisible(playing);
     lengthView->setVisible(playing);
     timeView->setVisible(playing);

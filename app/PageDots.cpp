@@ -3,13 +3,14 @@
 #include "controls/Colours.h"
 #include "platform/cocoa/Image.h"
 
-#include <QKeyEvent>
-#include <QMouseEvent>
+#include <QHBoxLayout>
+
+#include <memory>
 
 namespace app {
 namespace {
 
-constexpr double pitch = 12.0;
+constexpr int pitch = 12;
 
 cocoa::Image dotImage(bool current, bool hovered) {
     if (current) return cocoa::Image::named(QStringLiteral("page_dot_current"));
@@ -18,78 +19,51 @@ cocoa::Image dotImage(bool current, bool hovered) {
 
 } // namespace
 
-PageDots::PageDots(QWidget* parent) : QWidget(parent) {
-    setMouseTracking(true);
+PageDot::PageDot(const QString& pageName, QWidget& parent) : QAbstractButton(&parent) {
+    setAccessibleName(pageName);
+    setToolTip(pageName);
+    setCheckable(true);
+    setAutoExclusive(true);
     setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
+}
+
+QSize PageDot::sizeHint() const {
+    return {pitch, pitch};
+}
+
+void PageDot::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const cocoa::Image image = dotImage(isChecked(), underMouse());
+    QRectF place({}, image.size());
+    place.moveCenter(QRectF(rect()).center());
+    image.drawInRect(painter, place);
+    if (!hasFocus()) return;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colours::yellow(), 1.0));
+    painter.drawEllipse(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
 }
 
 void PageDots::setPages(const QStringList& names) {
-    m_names = names;
-    update();
+    auto row = std::make_unique<QHBoxLayout>();
+    row->setContentsMargins({});
+    row->setSpacing(0);
+    row->addStretch();
+    for (const QString& name : names) {
+        const int page = static_cast<int>(m_dots.size());
+        PageDot* const dot = std::make_unique<PageDot>(name, *this).release();
+        connect(dot, &QAbstractButton::clicked, this, [this, page] {
+            if (m_action) m_action(page);
+        });
+        row->addWidget(dot);
+        m_dots.push_back(dot);
+    }
+    row->addStretch();
+    setLayout(row.release());
 }
 
 void PageDots::setCurrentPage(int page) {
-    m_current = page;
-    setAccessibleDescription(m_names.value(page));
-    update();
-}
-
-QRectF PageDots::dotRect(int page) const {
-    const auto count = static_cast<double>(m_names.size());
-    const double left = (width() - count * pitch) / 2.0;
-    return {left + page * pitch, (height() - pitch) / 2.0, pitch, pitch};
-}
-
-int PageDots::pageAt(const QPointF& point) const {
-    for (int page = 0; page < m_names.size(); ++page)
-        if (dotRect(page).contains(point)) return page;
-    return -1;
-}
-
-void PageDots::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    for (int page = 0; page < m_names.size(); ++page) {
-        const cocoa::Image image = dotImage(page == m_current, page == m_hovered);
-        QRectF place({}, image.size());
-        place.moveCenter(dotRect(page).center());
-        image.drawInRect(painter, place);
-    }
-    if (!hasFocus() || m_names.isEmpty()) return;
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(colours::yellow(), 1.0));
-    painter.drawRoundedRect(dotRect(0).united(dotRect(static_cast<int>(m_names.size()) - 1)), 5, 5);
-}
-
-void PageDots::mouseMoveEvent(QMouseEvent* event) {
-    setHovered(pageAt(event->position()));
-}
-
-void PageDots::leaveEvent(QEvent*) {
-    setHovered(-1);
-}
-
-void PageDots::setHovered(int page) {
-    if (page == m_hovered) return;
-    m_hovered = page;
-    setToolTip(m_names.value(page));
-    update();
-}
-
-void PageDots::mousePressEvent(QMouseEvent* event) {
-    const int page = pageAt(event->position());
-    if (page < 0 || event->button() != Qt::LeftButton) return event->ignore();
-    choose(page);
-}
-
-void PageDots::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Left) return choose(m_current - 1);
-    if (event->key() == Qt::Key_Right) return choose(m_current + 1);
-    QWidget::keyPressEvent(event);
-}
-
-void PageDots::choose(int page) {
-    if (page < 0 || page >= m_names.size() || page == m_current || !m_action) return;
-    m_action(page);
+    m_dots.at(static_cast<std::size_t>(page))->setChecked(true);
 }
 
 } // namespace app

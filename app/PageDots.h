@@ -1,40 +1,39 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QStringList>
 #include <QWidget>
 
 #include <functional>
+#include <vector>
 
 namespace app {
+
+/// A dot that stands for a page; checked while the page is shown.
+class PageDot : public QAbstractButton {
+    Q_OBJECT
+public:
+    PageDot(const QString& pageName, QWidget& parent);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
 
 /// A row of dots, one a page, that shows where one is; a click or the arrow keys go to another page.
 class PageDots : public QWidget {
     Q_OBJECT
 public:
-    explicit PageDots(QWidget* parent = nullptr);
+    explicit PageDots(QWidget* parent = nullptr) : QWidget(parent) {}
 
-    /// Names of the pages, for tool tips and screen readers.
+    /// Names of the pages, for tool tips and screen readers. Once.
     void setPages(const QStringList& names);
     void setCurrentPage(int page);
-    int currentPage() const { return m_current; }
     void setAction(std::function<void(int page)> action) { m_action = std::move(action); }
 
-protected:
-    void paintEvent(QPaintEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void leaveEvent(QEvent* event) override;
-
 private:
-    QRectF dotRect(int page) const;
-    int pageAt(const QPointF& point) const;
-    void setHovered(int page);
-    void choose(int page);
-
-    QStringList m_names;
-    int m_current = 0;
-    int m_hovered = -1;
+    std::vector<PageDot*> m_dots; ///< Children of this.
     std::function<void(int)> m_action;
 };
 

@@ -157,6 +157,7 @@ QString PlaylistEntryCell::accessibilityLabel() const {
     QStringList parts;
     for (const Text& text : {m_info1, m_info2, m_lengthInfo})
         if (text && !text->isEmpty()) parts << *text;
+    if (m_active) parts << QStringLiteral("playing");
     if (m_stopsAfter) parts << QStringLiteral("playing stops after it");
     return parts.join(QStringLiteral(", "));
 }

@@ -2,6 +2,7 @@
 
 #include "platform/cocoa/Slider.h"
 #include "platform/cocoa/TableView.h"
+#include "platform/cocoa/Window.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
@@ -33,11 +34,20 @@ private:
     Slider& m_slider;
 };
 
-/// One row, read from the table when it is asked.
-class AccessibleRow : public QAccessibleInterface {
+/// One row, read from the table when it is asked. Its action is the double click's.
+class AccessibleRow : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
     AccessibleRow(TableView& table, int row) : m_table(table), m_row(row) {}
 
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                    : nullptr;
+    }
+    QStringList actionNames() const override { return {pressAction()}; }
+    void doAction(const QString& name) override {
+        if (name == pressAction() && isValid()) m_table.performDoubleAction(m_row);
+    }
+    QStringList keyBindingsForAction(const QString&) const override { return {QStringLiteral("Return")}; }
     bool isValid() const override { return m_row < m_table.numberOfRows(); }
     QObject* object() const override { return nullptr; }
     QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(&m_table); }
@@ -106,12 +116,21 @@ private:
     mutable std::map<int, QAccessible::Id> m_rows;
 };
 
+/// Without a title bar it is a window, too.
+class AccessibleWindow : public QAccessibleWidget {
+public:
+    explicit AccessibleWindow(Window& window) : QAccessibleWidget(&window, QAccessible::Window) {}
+    ~AccessibleWindow() override = default;
+};
+
 /// The signature is the toolkit's: the registry owns what is made here.
 QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
     if (auto* slider = qobject_cast<Slider*>(object))
         return std::make_unique<AccessibleSlider>(*slider).release();
     if (auto* table = qobject_cast<TableView*>(object))
         return std::make_unique<AccessibleTable>(*table).release();
+    if (auto* window = qobject_cast<Window*>(object))
+        return std::make_unique<AccessibleWindow>(*window).release();
     return nullptr;
 }
 

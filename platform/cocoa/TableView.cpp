@@ -243,7 +243,7 @@ void TableView::moveCurrentRow(int row, Qt::KeyboardModifiers modifiers) {
     QAccessible::updateAccessibility(&focused);
 }
 
-void TableView::sendDoubleAction(int row) {
+void TableView::performDoubleAction(int row) {
     m_clickedRow = row;
     if (m_doubleAction) m_doubleAction();
     viewport()->update(); // the action may have changed what the rows show
@@ -274,7 +274,7 @@ void TableView::mouseReleaseEvent(QMouseEvent* event) {
 void TableView::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return event->ignore();
     m_pressedAt.reset();
-    sendDoubleAction(rowAtPoint(event->position()));
+    performDoubleAction(rowAtPoint(event->position()));
 }
 
 void TableView::keyPressEvent(QKeyEvent* event) {
@@ -302,7 +302,7 @@ void TableView::keyPressEvent(QKeyEvent* event) {
         return moveCurrentRow(rowAway(numberOfRows(), -1), modifiers);
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        if (m_currentRow >= 0) return sendDoubleAction(m_currentRow);
+        if (m_currentRow >= 0) return performDoubleAction(m_currentRow);
         [[fallthrough]];
     default:
         event->ignore();

@@ -76,6 +76,8 @@ public:
     void setDoubleAction(std::function<void()> action) { m_doubleAction = std::move(action); }
     /// The row of the last click or Enter; -1 when it hit none.
     int clickedRow() const { return m_clickedRow; }
+    /// What a double click on `row` does.
+    void performDoubleAction(int row);
 
     /// Called with a place on the screen for a menu of rows: on a right click, which selects its row unless
     /// that is selected, and on the Menu key. clickedRow tells the row.
@@ -134,7 +136,6 @@ private:
     void moveCurrentRow(int row, Qt::KeyboardModifiers modifiers);
     void click(int row, Qt::KeyboardModifiers modifiers);
     void changeSelection(IndexSet rows);
-    void sendDoubleAction(int row);
     void startDrag(int row);
     QPixmap pictureOfRows(const IndexSet& rows);
     Drop dropAt(const QPointF& point) const;

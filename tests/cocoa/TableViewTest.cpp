@@ -177,6 +177,8 @@ TEST_F(TableViewTest, AScreenReaderGetsRowsAndSelection) {
     ASSERT_NE(row, nullptr);
     EXPECT_EQ(row->text(QAccessible::Name), "1");
     EXPECT_TRUE(row->state().selected);
+    row->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(doubleClicked, std::vector<int>{1});
     EXPECT_EQ(list->child(1), row);
     EXPECT_EQ(list->child(100), nullptr);
 }
