@@ -66,6 +66,13 @@ void Attribute::continueFrom(const Attribute& former) {
     m_current = former.m_ramp.value();
 }
 
+void Attribute::startFrom(float value) {
+    m_followed = m_number.load();
+    m_finishing = false;
+    m_ramp.jumpTo(value);
+    m_ramp.moveTo(std::bit_cast<Order>(m_order.load()).target, smoothingFrames);
+}
+
 Attribute::SlideId Attribute::finished() {
     m_current.store(m_ramp.value(), std::memory_order_relaxed);
     if (!m_finishing || m_ramp.isMoving()) return 0;

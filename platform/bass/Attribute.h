@@ -20,7 +20,11 @@ public:
 
     /// `owner` is the stream's handle.
     Attribute(std::uint32_t owner, float value)
-        : m_owner(owner), m_ramp(value), m_target(value), m_current(value) {}
+        : m_owner(owner),
+          m_ramp(value),
+          m_target(value),
+          m_order(std::bit_cast<std::uint64_t>(Order{value, 0})),
+          m_current(value) {}
 
     /// Reaches the value within 5 ms, without a click.
     void set(float value);
@@ -43,6 +47,8 @@ public:
     void follow();
     /// At a join: goes on from where the former stream's ramp is.
     void continueFrom(const Attribute& former);
+    /// At a join: reaches its own value from another one within 5 ms.
+    void startFrom(float value);
     Ramp& ramp() { return m_ramp; }
     /// After mixing: the slide that has just reached its target, or 0.
     SlideId finished();
@@ -67,7 +73,7 @@ private:
     bool m_sliding = false;
 
     std::atomic<std::uint32_t> m_number{0};
-    std::atomic<std::uint64_t> m_order{0};
+    std::atomic<std::uint64_t> m_order;
     std::atomic<float> m_current;
     static_assert(std::atomic<float>::is_always_lock_free);
     static_assert(sizeof(Order) == sizeof(std::uint64_t));

@@ -15,6 +15,8 @@ constexpr Voice::Config fileVoice{.framesAhead = 32768, .refillFrames = sampleRa
 constexpr Voice::Config networkVoice{.framesAhead = 491520, .refillFrames = sampleRate / 2};
 /// The source that follows is opened when so much of this one is left to be decoded.
 constexpr std::int64_t prepareFrames = std::int64_t{10} * sampleRate;
+/// 50 ms: how fast a change of the loudness mode is followed.
+constexpr std::uint32_t loudnessFrames = sampleRate / 20;
 
 /// A stream that changes its tags more often loses some.
 constexpr std::size_t maxTagsAhead = 64;
@@ -158,6 +160,7 @@ void Channel::attach(const Lock& /*lock*/) {
     if (m_engine.mixer.attachedCount() == 0) m_engine.output.dropQueued();
     m_voice.gain().settle();
     m_voice.pan().settle();
+    m_voice.settleLoudness();
     m_engine.mixer.attach(m_voice);
     m_engine.output.changed();
 }
@@ -256,6 +259,10 @@ void Channel::slideAttribute(const Lock& lock, DWORD attribute, float value, std
     slot(attribute).slide(value, frames);
     if (Channel* next = joined(lock)) next->slot(attribute).slide(value, frames);
     finishSlides(lock);
+}
+
+void Channel::followLoudness(const Lock& /*lock*/) {
+    m_voice.setLoudness(loudnessOf(m_replayGain, m_engine.loudness), loudnessFrames);
 }
 
 const Attribute& Channel::attribute(const Lock& /*lock*/, DWORD attribute) const {
@@ -361,9 +368,11 @@ void Channel::linkNext(const Lock& /*lock*/) {
 
 // ---- what the worker reports ----
 
-void Channel::opened(const Lock& lock, std::optional<std::int64_t> length) {
+void Channel::opened(const Lock& lock, std::optional<std::int64_t> length, const ReplayGain& gain) {
     m_open = true;
     m_length = length;
+    m_replayGain = gain;
+    followLoudness(lock);
     if (!m_seek) return;
     if (!length) {
         m_seek.reset();

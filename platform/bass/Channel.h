@@ -48,6 +48,9 @@ public:
     void slideAttribute(const Lock& lock, DWORD attribute, float value, std::uint32_t frames);
     const Attribute& attribute(const Lock& lock, DWORD attribute) const;
 
+    /// Goes to the loudness that the engine's mode asks for.
+    void followLoudness(const Lock& lock);
+
     void addSync(const Lock& lock, const Sync& sync);
     /// Carries out an event of this stream, and answers the syncs to be called.
     std::vector<Sync> takeSyncs(const Lock& lock, const MixEvent& event);
@@ -97,7 +100,7 @@ private:
     void linkNext(const Lock& lock);
 
     // What the worker reports.
-    void opened(const Lock& lock, std::optional<std::int64_t> length);
+    void opened(const Lock& lock, std::optional<std::int64_t> length, const ReplayGain& gain);
     void failed(const Lock& lock, Failure failure, int httpStatus);
     void wrote(const Lock& lock);
     void readAll(const Lock& lock, bool broken);
@@ -119,6 +122,7 @@ private:
     bool m_endReported = false;
     bool m_endUnclaimed = false; ///< Ended as a follower before it had an owner.
     std::optional<std::int64_t> m_length;
+    ReplayGain m_replayGain;
     std::optional<std::int64_t> m_seek; ///< Asked for, not done.
     bool m_seekBegun = false;           ///< False while it waits for the end of a fade.
     std::vector<Sync> m_syncs;

@@ -39,6 +39,7 @@ struct Engine {
         : mixer([this] { syncs.wake(); }), output(mixer, outputEvents), syncs(syncEvents) {}
 
     std::mutex mutex;
+    ReplayGainMode loudness = ReplayGainMode::off; ///< Guarded by `mutex`.
     Mixer mixer;
     OutputControl output;
     SyncThread syncs;

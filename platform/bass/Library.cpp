@@ -115,6 +115,13 @@ bool Library::setNext(std::uint32_t handle, const SourceName& next) {
     return true;
 }
 
+void Library::setLoudness(ReplayGainMode mode) {
+    const Lock lock(m_engine.mutex);
+    if (std::exchange(m_engine.loudness, mode) == mode) return;
+    for (const auto& [handle, channel] : m_channels)
+        channel->followLoudness(lock);
+}
+
 // ---- taps ----
 
 bool Library::setTap(std::uint32_t handle, SampleTap& tap) {

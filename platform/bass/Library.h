@@ -40,6 +40,8 @@ public:
     /// When this returns the audio thread is done with the tap.
     void removeTap(const SampleTap& tap);
 
+    void setLoudness(ReplayGainMode mode);
+
     /// What opens sources from now on, in the place of openFile and openUrl.
     void openWith(OpenSource opener) { m_engine.openSource = std::move(opener); }
 

@@ -54,7 +54,7 @@ bool StreamWorker::open() {
     m_source = std::move(opened.source);
     const Lock lock(m_channel->m_engine.mutex);
     if (m_source) {
-        m_channel->opened(lock, m_source->lengthFrames());
+        m_channel->opened(lock, m_source->lengthFrames(), m_source->replayGain());
     } else {
         m_channel->failed(lock, opened.failure, opened.httpStatus);
     }

@@ -18,7 +18,8 @@ Voice::Voice(std::uint32_t handle, const Config& config, std::counting_semaphore
       m_work(work),
       m_ring(config.framesAhead, historyFrames),
       m_gain(handle, 1.0F),
-      m_pan(handle, 0.0F) {}
+      m_pan(handle, 0.0F),
+      m_loudness(handle, 1.0F) {}
 
 // ---- the worker ----
 
@@ -30,6 +31,11 @@ bool Voice::askForRoom() {
 }
 
 // ---- the engine's lock ----
+
+void Voice::setLoudness(const Loudness& loudness, std::uint32_t frames) {
+    m_maxLoudness = loudness.maxGain;
+    m_loudness.slide(loudness.gain, frames);
+}
 
 void Voice::lastPlayed(std::uint64_t devicePlayed, std::span<Frame> out) {
     const std::int64_t ahead = m_timeline.mixedFrame() - m_timeline.playedFrame(devicePlayed);
@@ -93,6 +99,7 @@ Voice* Voice::mix(std::span<Frame> out, std::uint64_t deviceFrame, EventRing& ev
     const bool runsDry = frames < out.size() && !ends;
     m_gain.follow();
     m_pan.follow();
+    m_loudness.follow();
     m_timeline.advance(deviceFrame, frames);
     mixFrames(out.first(frames), runsDry);
     m_dry = runsDry;
@@ -108,6 +115,7 @@ Voice* Voice::mix(std::span<Frame> out, std::uint64_t deviceFrame, EventRing& ev
     // Slides go on while the voice waits for data: a fade that never ended would never pause it.
     m_gain.ramp().advance(rest.size());
     m_pan.ramp().advance(rest.size());
+    m_loudness.ramp().advance(rest.size());
     postSlides(deviceFrame + out.size(), events);
     return this;
 }
@@ -125,9 +133,11 @@ Voice* Voice::end(std::span<Frame> rest, std::uint64_t deviceFrame, EventRing& e
     return next->mix(rest, deviceFrame, events);
 }
 
-void Voice::continueFrom(const Voice& former) noexcept {
+void Voice::continueFrom(Voice& former) noexcept {
     m_gain.continueFrom(former.m_gain);
     m_pan.continueFrom(former.m_pan);
+    // Two levels side by side would click where the sound goes on; the louder one must not clip this voice.
+    m_loudness.startFrom(std::min(former.m_loudness.ramp().value(), m_maxLoudness.load()));
     m_tap.store(former.m_tap.load());
 }
 
@@ -149,11 +159,12 @@ void Voice::mixFrames(std::span<Frame> out, bool runsDry) noexcept {
 void Voice::addTo(std::span<Frame> out, std::span<const Frame> frames, std::size_t framesUntilDry) noexcept {
     Ramp& gain = m_gain.ramp();
     Ramp& pan = m_pan.ramp();
+    Ramp& loudness = m_loudness.ramp();
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const float edge = m_edge.next();
         const std::size_t left = framesUntilDry - i;
         const float fadeOut = left > edgeFrames ? 1.0F : static_cast<float>(left - 1) / edgeFrames;
-        const float level = gain.next() * std::min(edge, fadeOut);
+        const float level = gain.next() * loudness.next() * std::min(edge, fadeOut);
         const float side = pan.next();
         out[i][0] += frames[i][0] * level * std::min(1.0F, 1.0F - side);
         out[i][1] += frames[i][1] * level * std::min(1.0F, 1.0F + side);

@@ -6,6 +6,7 @@
 #include "platform/bass/SampleTap.h"
 #include "platform/bass/SpscRing.h"
 #include "platform/bass/Timeline.h"
+#include "platform/bass/replaygain.h"
 
 #include <atomic>
 #include <cstddef>
@@ -55,6 +56,12 @@ public:
 
     // ---- the engine's lock ----
 
+    /// What the file's ReplayGain makes of it, beside `gain`, which is the user's. A voice that follows
+    /// starts with its own.
+    void setLoudness(const Loudness& loudness, std::uint32_t frames);
+    /// At rest: the slide to it is over.
+    void settleLoudness() { m_loudness.finishSlide(); }
+
     Attribute& gain() { return m_gain; }
     Attribute& pan() { return m_pan; }
     const Attribute& gain() const { return m_gain; }
@@ -102,7 +109,7 @@ private:
     void tapFrames(std::span<const Frame> frames) noexcept;
     void postSlides(std::uint64_t deviceFrame, EventRing& events) noexcept;
     Voice* end(std::span<Frame> rest, std::uint64_t deviceFrame, EventRing& events) noexcept;
-    void continueFrom(const Voice& former) noexcept;
+    void continueFrom(Voice& former) noexcept;
     void startOver(std::int64_t frame);
 
     const std::uint32_t m_handle;
@@ -112,6 +119,7 @@ private:
     Timeline m_timeline;
     Attribute m_gain;
     Attribute m_pan;
+    Attribute m_loudness;
     Ramp m_edge{1.0F}; ///< Audio thread, as the next two: keeps a discontinuity from clicking.
     bool m_endSent = false;
     std::size_t m_tappedAhead = 0; ///< Frames that a rewind has left to be mixed again, but not tapped.
@@ -123,6 +131,7 @@ private:
     std::atomic<bool> m_nextPending{false};
     std::atomic<bool> m_claimed{true};
     std::atomic<Voice*> m_next{nullptr};
+    std::atomic<float> m_maxLoudness{1.0F};
     std::atomic<SampleTap*> m_tap{nullptr};
     std::atomic<std::uint32_t> m_generation{0}; ///< Of the meaning of mixed frames; changes at rest.
 };

@@ -63,6 +63,12 @@ BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId)
     return Library::instance().open();
 }
 
+BOOL BASS_SetConfig(DWORD option, DWORD value) {
+    if (option != BASS_CONFIG_REPLAYGAIN || value > BASS_REPLAYGAIN_ALBUM) return 0;
+    Library::instance().setLoudness(static_cast<bass::ReplayGainMode>(value));
+    return 1;
+}
+
 BOOL BASS_Free() {
     return Library::instance().close(closingLimit);
 }

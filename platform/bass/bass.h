@@ -70,6 +70,20 @@ inline constexpr DWORD BASS_TAG_META = 5;
 /// when the library is initialised already.
 BOOL BASS_Init(int device, DWORD freq, DWORD flags, void* window, void* classId);
 
+/// Option of BASS_SetConfig: which ReplayGain of a stream's tags it is played with, beside its volume. That
+/// of a stream that follows another takes effect with its first frame; without any tag the samples are played
+/// as they are. The gain is limited so that the peak in the tags does not clip, or full scale where none is
+/// said. What is played slides to a change. Not of what a tap or BASS_ChannelGetData gets.
+inline constexpr DWORD BASS_CONFIG_REPLAYGAIN = 0x10000;
+inline constexpr DWORD BASS_REPLAYGAIN_OFF = 0; ///< At first.
+/// The track's, or where it says none the album's.
+inline constexpr DWORD BASS_REPLAYGAIN_TRACK = 1;
+/// The album's, or where it says none the track's.
+inline constexpr DWORD BASS_REPLAYGAIN_ALBUM = 2;
+
+/// Sets an option for all streams, also before BASS_Init. FALSE for an unknown option or value.
+BOOL BASS_SetConfig(DWORD option, DWORD value);
+
 /// Ends every stream, the device and the library's threads. What hangs (a device, a name look-up) is left
 /// behind after a fifth of a second; call it last, before the process ends. FALSE when nothing was
 /// initialised.

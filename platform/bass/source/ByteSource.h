@@ -25,6 +25,8 @@ public:
     /// In bytes; below 0 when it is not known.
     [[nodiscard]] virtual std::int64_t size() const = 0;
     [[nodiscard]] virtual bool seekable() const = 0;
+    /// A seek costs no more than a read.
+    [[nodiscard]] virtual bool seeksFast() const { return false; }
 
     /// Whether a read that is under way ends early. A source whose reads are short, or that could not be read
     /// on afterwards, ends them for a `close` only.

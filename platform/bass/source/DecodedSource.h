@@ -18,6 +18,7 @@ public:
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
     [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override;
+    [[nodiscard]] ReplayGain replayGain() const override { return m_decoder->replayGain(); }
     /// Comments only.
     [[nodiscard]] std::optional<StreamTags> takeTags() override;
 

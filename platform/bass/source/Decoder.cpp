@@ -62,6 +62,7 @@ std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
     decoder->m_origin = decoder->timeOfFrame().value_or(0);
     decoder->m_position = 0;
     decoder->m_length = decoder->m_demuxer->length(decoder->m_rate);
+    decoder->m_replayGain = decoder->m_demuxer->replayGain();
     decoder->m_cutAtLength = decoder->m_demuxer->hasPaddingPastLength();
     decoder->takeOverTrimming();
     return decoder;

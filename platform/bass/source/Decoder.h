@@ -34,6 +34,8 @@ public:
     [[nodiscard]] AVRounding rounding() const { return m_rounding; }
     /// Frames at `rate`; none when the container does not know.
     [[nodiscard]] std::optional<std::int64_t> length() const { return m_length; }
+    /// What the tags said at opening.
+    [[nodiscard]] const ReplayGain& replayGain() const { return m_replayGain; }
     /// What the container says of the sound, in the form of StreamTags, when that has changed since the last
     /// call.
     [[nodiscard]] std::optional<std::string> takeComments() {
@@ -71,6 +73,7 @@ private:
     bool m_fetched = false;        ///< `m_frame` waits to be taken
     bool m_ended = false;
     bool m_lostItsPlace = false;
+    ReplayGain m_replayGain;
     std::optional<std::string> m_comments; ///< not taken yet
 };
 

@@ -2,6 +2,7 @@
 
 #include "platform/bass/source/FfmpegMemory.h"
 #include "platform/bass/source/FlacHeader.h"
+#include "platform/bass/source/GainTags.h"
 #include "platform/bass/source/LameTag.h"
 #include "platform/bass/source/OggComments.h"
 
@@ -67,6 +68,7 @@ std::unique_ptr<Demuxer> Demuxer::open(ByteSource& bytes, Format format) {
     std::unique_ptr<Demuxer> demuxer(new Demuxer(bytes));
     if (!demuxer->openContainer() || !demuxer->chooseStream() || !demuxer->isOf(format)) return nullptr;
     demuxer->measure();
+    demuxer->readGain();
     return demuxer;
 }
 
@@ -79,7 +81,8 @@ bool Demuxer::readFrom(std::int64_t offset) {
 const AVInputFormat* Demuxer::probe() {
     if (!readFrom(0)) return nullptr;
     // A tag may be longer than any probe, and FFmpeg would keep its pictures: the content is what follows.
-    const std::int64_t tagsEnd = m_bytes.seekable() ? skipId3Tags(*m_avio) : 0;
+    const std::int64_t tagsEnd =
+        m_bytes.seekable() ? readId3Gain(*m_avio, m_bytes.seeksFast(), m_replayGain) : 0;
     if (tagsEnd > 0 && !readFrom(tagsEnd)) return nullptr;
     const AVInputFormat* format = nullptr;
     if (av_probe_input_buffer2(m_avio.get(), &format, nullptr, nullptr, 0, probeBytes) < 0) return nullptr;
@@ -232,6 +235,19 @@ void Demuxer::measure() {
     if (is("mp4")) return measureMp4();
     if (is("ogg") && m_stream->codecpar->codec_id == AV_CODEC_ID_OPUS)
         m_paddingFrames = m_stream->codecpar->initial_padding;
+}
+
+/// A tag of the container itself comes before those that any file may have around it.
+void Demuxer::readGain() {
+    ReplayGain gain;
+    for (const AVDictionary* texts : {m_context->metadata, m_stream->metadata})
+        readDictionaryGain(texts, gain);
+    gain.complete(m_replayGain);
+    m_replayGain = gain;
+    if (!m_bytes.seeksFast() || (!is("mp3") && !is("aac"))) return;
+    const std::int64_t here = avio_tell(m_avio.get());
+    readApeGain(*m_avio, m_bytes.size(), m_replayGain);
+    avio_seek(m_avio.get(), here, SEEK_SET);
 }
 
 /// Containers such as Matroska round to a time base of their own.

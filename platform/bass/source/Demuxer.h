@@ -25,6 +25,7 @@ public:
     /// Whether the time of the first packet after a seek is only guessed when it lies at the byte `offset`.
     [[nodiscard]] bool guessesTimeAt(std::int64_t offset);
 
+    [[nodiscard]] const ReplayGain& replayGain() const { return m_replayGain; }
     /// What the container says of the sound, in the form of StreamTags, at first and when it has changed
     /// since the last call.
     [[nodiscard]] std::optional<std::string> takeComments();
@@ -50,6 +51,7 @@ private:
     void measureFlac();
     void measureMp3();
     void measureMp4();
+    void readGain();
 
     ByteSource& m_bytes;
     AvioPtr m_avio; ///< outlives the format context
@@ -63,6 +65,7 @@ private:
     bool m_paddingPastLength = false;
     bool m_constantBitRate = false;
     bool m_commentsTaken = false;
+    ReplayGain m_replayGain;
 };
 
 } // namespace bass

@@ -25,6 +25,7 @@ public:
     [[nodiscard]] std::int64_t seek(std::int64_t offset) override;
     [[nodiscard]] std::int64_t size() const override { return m_size; }
     [[nodiscard]] bool seekable() const override { return true; }
+    [[nodiscard]] bool seeksFast() const override { return true; }
     [[nodiscard]] Failure failure() const override { return m_failure; }
 
 private:

@@ -14,13 +14,14 @@ std::optional<std::int64_t> id3TagBytes(std::span<const unsigned char, id3Header
     return headerBytes + size + (hasFooter ? headerBytes : 0);
 }
 
-std::int64_t skipId3Tags(AVIOContext& io) {
+std::int64_t skipId3Tags(AVIOContext& io, const std::function<void(const Id3Header&, std::int64_t)>& visit) {
     std::int64_t end = avio_tell(&io);
     for (;;) {
-        std::array<unsigned char, id3HeaderBytes> header{};
+        Id3Header header{};
         const bool complete = avio_read(&io, header.data(), id3HeaderBytes) == id3HeaderBytes;
         const std::optional<std::int64_t> tag = complete ? id3TagBytes(header) : std::nullopt;
         if (!tag) break;
+        if (visit) visit(header, *tag);
         end += *tag;
         if (avio_seek(&io, end, SEEK_SET) < 0) break;
     }

@@ -3,7 +3,9 @@
 #include "platform/bass/source/FfmpegPtr.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 
@@ -24,8 +26,11 @@ struct LameTag {
 inline constexpr std::size_t id3HeaderBytes = 10;
 /// The size of the ID3v2 tag that `header` starts, itself included; none when it starts none.
 [[nodiscard]] std::optional<std::int64_t> id3TagBytes(std::span<const unsigned char, id3HeaderBytes> header);
-/// Goes past the ID3v2 tags that start here; answers where they end.
-std::int64_t skipId3Tags(AVIOContext& io);
+using Id3Header = std::array<unsigned char, id3HeaderBytes>;
+/// Goes past the ID3v2 tags that start here; answers where they end. `visit` is called behind the header of
+/// each, with the size of the tag, and may read on.
+std::int64_t skipId3Tags(AVIOContext& io,
+                         const std::function<void(const Id3Header& header, std::int64_t size)>& visit = {});
 /// Reads the tag in the MPEG audio frame that starts here; none when there is none.
 [[nodiscard]] std::optional<LameTag> readLameTag(AVIOContext& io);
 

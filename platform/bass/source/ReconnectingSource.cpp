@@ -37,6 +37,7 @@ OpenedSource ReconnectingSource::open(const std::string& url, const NetworkLimit
         return {nullptr, failure, failure == Failure::httpStatus ? source->m_http->httpStatus() : 0};
     source->m_live = source->m_http->isLive();
     source->m_length = source->m_source->lengthFrames();
+    if (source->m_length) source->m_replayGain = source->m_source->replayGain();
     return {std::move(source)};
 }
 

@@ -22,6 +22,8 @@ public:
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
     [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override { return m_length; }
+    /// Of a file alone: what a live stream says at its start is over with the track.
+    [[nodiscard]] ReplayGain replayGain() const override { return m_replayGain; }
     [[nodiscard]] std::optional<StreamTags> takeTags() override;
 
 private:
@@ -36,6 +38,7 @@ private:
     std::shared_ptr<HttpStream> m_http;
     std::unique_ptr<Source> m_source; ///< null while a live stream is not connected
     std::optional<std::int64_t> m_length;
+    ReplayGain m_replayGain;
     StreamTags m_tags; ///< what takeTags answered last
     bool m_live = false;
     bool m_isListed = false;   ///< the address was named by a list

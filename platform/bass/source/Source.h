@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/bass/FrameFormat.h"
+#include "platform/bass/replaygain.h"
 #include "platform/bass/source/Cancel.h"
 #include "platform/bass/source/StreamTags.h"
 
@@ -40,6 +41,8 @@ public:
     [[nodiscard]] virtual bool seek(std::int64_t frame) = 0;
     /// Length in frames, fixed at opening; none when it is not known (live streams).
     [[nodiscard]] virtual std::optional<std::int64_t> lengthFrames() const = 0;
+    /// What its tags say of its loudness, fixed at opening.
+    [[nodiscard]] virtual ReplayGain replayGain() const { return {}; }
     /// What is said of the frames that the last read brought, when that has changed since the last call.
     [[nodiscard]] virtual std::optional<StreamTags> takeTags() { return std::nullopt; }
 };
