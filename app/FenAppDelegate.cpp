@@ -62,6 +62,9 @@ void FenAppDelegate::applicationDidFinishLaunching() {
         QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(task), Qt::QueuedConnection);
     });
     player->setStorePath(storePath());
+    const auto applySettings = [this] { player->setLoudness(settings->loudness()); };
+    QObject::connect(settings.get(), &app::Settings::changed, settings.get(), applySettings);
+    applySettings();
     editor = std::make_unique<app::PlaylistEditor>(*player);
     m_sources = std::make_unique<app::SourceQueue>(*player, *editor,
                                                    [this] { playlistController->reloadPlaylistData(); });

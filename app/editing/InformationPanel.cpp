@@ -41,6 +41,19 @@ QString formatText(const FileDetails& details) {
     return parts.join(QStringLiteral(", "));
 }
 
+QString decibels(float gain) {
+    const QChar sign = gain < 0 ? QChar(0x2212) : QLatin1Char('+');
+    return QObject::tr("%1%2 dB").arg(sign).arg(std::abs(gain), 0, 'f', 1);
+}
+
+/// Like "−7.2 dB track, −6.9 dB album".
+QString loudnessText(const FileDetails& details) {
+    QStringList parts;
+    if (details.trackGain) parts << QObject::tr("%1 track").arg(decibels(*details.trackGain));
+    if (details.albumGain) parts << QObject::tr("%1 album").arg(decibels(*details.albumGain));
+    return parts.join(QStringLiteral(", "));
+}
+
 /// With hundredths of a second.
 QString lengthText(double seconds) {
     const double whole = std::floor(seconds);
@@ -103,6 +116,8 @@ InformationPanel::Lines InformationPanel::linesOf(const FileDetails& details) {
     lines.emplace_back(tr("Length"), lengthText(details.length));
     lines.emplace_back(tr("Format"), formatText(details));
     if (details.bitRate > 0) lines.emplace_back(tr("Bit rate"), tr("%1 kbit/s").arg(details.bitRate));
+    if (const QString loudness = loudnessText(details); !loudness.isEmpty())
+        lines.emplace_back(tr("Loudness"), loudness);
     lines.emplace_back(
         tr("Size"), QLocale(QLocale::English)
                         .formattedDataSize(static_cast<qint64>(details.size), 1, QLocale::DataSizeSIFormat));

@@ -255,6 +255,12 @@ void TulPlayer::setBalance(float newBalance) {
     balance = newBalance;
 }
 
+void TulPlayer::setLoudness(TulLoudness loudness) {
+    const bool isTrack = loudness == TulLoudness::track;
+    const DWORD gain = loudness == TulLoudness::album ? BASS_REPLAYGAIN_ALBUM : BASS_REPLAYGAIN_OFF;
+    BASS_SetConfig(BASS_CONFIG_REPLAYGAIN, isTrack ? BASS_REPLAYGAIN_TRACK : gain);
+}
+
 void TulPlayer::entryChanged(const TulPlaylistEntry& entry, std::int32_t row) {
     if (stream && entry.id == m_playingEntry) {
         setTexts(entry);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/background/Workers.h"
+#include "core/player/TulLoudness.h"
 #include "core/player/TulPlayOrder.h"
 #include "core/player/TulPlaybackState.h"
 #include "core/player/TulStream.h"
@@ -120,6 +121,8 @@ public:
 
     void setVolume(float newVolume);
     void setBalance(float newBalance);
+    /// Of what plays, at once, and of what will. Beside the volume.
+    void setLoudness(TulLoudness loudness);
 
     /// Replaces the playlist and starts it; an empty one leaves the playing stream alone.
     void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist);

@@ -11,9 +11,11 @@ struct FileDetails {
     std::string format; ///< Its name, like "FLAC".
     int sampleRate = 0; ///< Hertz.
     int channels = 0;
-    int bitsPerSample = 0; ///< Of lossless formats.
-    int bitRate = 0;       ///< Kilobits a second, on average.
-    double length = 0;     ///< Seconds.
+    int bitsPerSample = 0;          ///< Of lossless formats.
+    int bitRate = 0;                ///< Kilobits a second, on average.
+    double length = 0;              ///< Seconds.
+    std::optional<float> trackGain; ///< Decibels to ReplayGain's reference of -18 LUFS.
+    std::optional<float> albumGain;
     std::uint64_t size = 0;
     /// Names like "Title", and texts in UTF-8; in the order in which they are to be shown.
     std::vector<std::pair<std::string, std::string>> tags;

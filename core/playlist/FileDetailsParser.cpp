@@ -1,6 +1,7 @@
 #include "core/playlist/FileDetails.h"
 #include "core/playlist/TagParser.h"
 #include "core/playlist/TaggedFile.h"
+#include "platform/bass/replaygain.h"
 
 #include <filesystem>
 #include <system_error>
@@ -81,6 +82,27 @@ void takeTags(const TagLib::PropertyMap& properties, FileDetails& details) {
     }
 }
 
+/// In MP4 the names are behind those of the program that wrote them.
+std::optional<std::string> gainText(TagLib::File& file, const TagLib::PropertyMap& properties,
+                                    const TagLib::String& key) {
+    if (const auto found = properties.find(key); found != properties.end())
+        return utf8(found->second.toString(", "));
+    const auto* mp4 = dynamic_cast<TagLib::MP4::File*>(&file);
+    if (!mp4 || !mp4->tag()) return std::nullopt;
+    for (const auto& [name, item] : mp4->tag()->itemMap())
+        if (name.startsWith("----:") && name.upper().to8Bit().ends_with(":" + key.to8Bit()))
+            return utf8(item.toStringList().toString(", "));
+    return std::nullopt;
+}
+
+void takeGains(TagLib::File& file, const TagLib::PropertyMap& properties, FileDetails& details) {
+    bass::ReplayGain gain;
+    for (const char* key : bass::replayGainKeys)
+        if (const auto text = gainText(file, properties, key)) gain.take(key, *text);
+    details.trackGain = gain.trackGain;
+    details.albumGain = gain.albumGain;
+}
+
 } // namespace
 
 std::optional<FileDetails> parseFileDetails(const std::string& path) {
@@ -93,9 +115,13 @@ std::optional<FileDetails> parseFileDetails(const std::string& path) {
                         .channels = properties.channels(),
                         .bitRate = properties.bitrate(),
                         .length = properties.lengthInMilliseconds() / millisecondsPerSecond,
+                        .trackGain = {},
+                        .albumGain = {},
                         .tags = {}};
     takeFormat(*file, details);
-    takeTags(file->properties(), details);
+    const TagLib::PropertyMap tags = file->properties();
+    takeTags(tags, details);
+    takeGains(*file, tags, details);
     std::error_code unknown;
     const auto size = std::filesystem::file_size(path, unknown);
     if (!unknown) details.size = size;

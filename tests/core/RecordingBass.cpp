@@ -52,6 +52,10 @@ Channel* findWorking(DWORD handle) {
 
 using namespace recording;
 
+BOOL BASS_SetConfig(DWORD /*option*/, DWORD /*value*/) {
+    return 1;
+}
+
 BOOL BASS_Init(int /*device*/, DWORD /*freq*/, DWORD /*flags*/, void* /*window*/, void* /*classId*/) {
     return 1;
 }

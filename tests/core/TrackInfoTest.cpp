@@ -18,8 +18,8 @@ const fs::path& media() {
 import mutagen, os, shutil, sys
 from mutagen.apev2 import APEv2, APEValue, BINARY
 from mutagen.flac import FLAC, Picture
-from mutagen.id3 import ID3, APIC
-from mutagen.mp4 import MP4, MP4Cover
+from mutagen.id3 import ID3, APIC, TXXX
+from mutagen.mp4 import MP4, MP4Cover, MP4FreeForm
 os.chdir(sys.argv[1])
 for name in ('a.mp3', 'a.flac', 'a.ogg', 'a.opus', 'a.wv', 'a.m4a'):
     shutil.copy(name, 'bare-' + name)
@@ -61,6 +61,16 @@ apic('empty-and-id3.flac', b'ID3')
 mp4 = MP4(copy('bare-a.m4a', 'two.m4a'))
 mp4['covr'] = [MP4Cover(b'FIRST', MP4Cover.FORMAT_PNG), MP4Cover(b'SECOND', MP4Cover.FORMAT_JPEG)]
 mp4.save()
+gains = ('-7.25 dB', '+2 dB')
+keys = ('replaygain_track_gain', 'REPLAYGAIN_ALBUM_GAIN')
+for name in ('gain.mp3', 'gain.flac', 'gain.m4a', 'gain.opus'):
+    audio = mutagen.File(copy('a.' + name[5:], name))
+    for key, gain in zip(keys, gains):
+        if name == 'gain.mp3': audio.tags.add(TXXX(encoding=3, desc=key, text=gain))
+        elif name == 'gain.m4a': audio['----:com.apple.iTunes:' + key] = MP4FreeForm(gain.encode())
+        elif name == 'gain.flac': audio[key] = gain
+    if name == 'gain.opus': audio['R128_TRACK_GAIN'], audio['R128_ALBUM_GAIN'] = '-3136', '-768'
+    audio.save()
 audio = mutagen.File(copy('a.flac', 'artist-only.flac')); del audio['album']; audio.save()
 audio = mutagen.File(copy('a.flac', 'album-only.flac')); del audio['artist']; audio.save()
 )",
@@ -206,6 +216,14 @@ TEST(FileDetails, SayWhatEachFormatHolds) {
         EXPECT_EQ(details->size, fs::file_size(media() / c.file));
         ASSERT_EQ(details->tags.size(), 3U);
         EXPECT_EQ(details->tags[0], (std::pair<std::string, std::string>("Title", "Lied ♥")));
+    }
+    const auto text = [](const std::optional<float>& gain) { return gain ? std::to_string(*gain) : "none"; };
+    for (const char* file : {"gain.mp3", "gain.flac", "gain.m4a", "gain.opus", "a.flac"}) {
+        const auto details = readFileDetails((media() / file).string());
+        ASSERT_TRUE(details) << file;
+        const bool isTagged = std::string_view(file).starts_with("gain");
+        EXPECT_EQ(text(details->trackGain), isTagged ? "-7.250000" : "none") << file;
+        EXPECT_EQ(text(details->albumGain), isTagged ? "2.000000" : "none") << file;
     }
     for (const auto& nothing :
          {(media() / "gone.flac").string(), media().string(), std::string("http://h/a.mp3")})
