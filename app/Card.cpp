@@ -23,10 +23,11 @@ template <typename Widget, typename... Arguments> Widget* childOf(QWidget* paren
 
 } // namespace
 
-Card::Card(const QString& title, std::unique_ptr<QWidget> content, QWidget& parent, const QRect& covered)
-    : QWidget(&parent) {
+Card::Card(const QString& title, std::unique_ptr<QWidget> content, QWidget& covered)
+    : QWidget(covered.window()), m_covered(covered) {
     hide();
-    setGeometry(covered);
+    cover();
+    covered.installEventFilter(this);
     setAccessibleName(title);
     dressInSkin(*this);
 
@@ -64,6 +65,15 @@ void Card::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     if (m_hadFocus) m_hadFocus->setFocus();
     m_hadFocus.clear();
+}
+
+void Card::cover() {
+    setGeometry(QRect(m_covered.mapTo(window(), QPoint()), m_covered.size()));
+}
+
+bool Card::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Resize || event->type() == QEvent::Move) cover();
+    return QWidget::eventFilter(watched, event);
 }
 
 void Card::paintEvent(QPaintEvent* /*event*/) {

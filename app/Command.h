@@ -18,7 +18,7 @@ struct Command {
     QString title = {}; ///< Empty: a line between two groups of the menu.
     std::optional<QKeySequence> key = {};
     std::function<void()> action = {};
-    QString submenu = {}; ///< The title of the menu within the menu that it is in, if any.
+    QString submenu = {}; ///< The titles of the menus within the menu that lead to it, with "/" between them.
     Place place = Place::menu;
     bool repeats = false;                   ///< While the key is held; else one press is one command.
     std::function<bool()> isOn = {};        ///< Of a command that switches something.

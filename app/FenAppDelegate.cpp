@@ -10,6 +10,7 @@
 #include "app/SourceQueue.h"
 #include "app/TextField.h"
 #include "app/UnsavedChanges.h"
+#include "app/WindowSize.h"
 #include "app/desktop/Mpris.h"
 #include "app/editing/PlaylistEditor.h"
 #include "app/settings/Settings.h"
@@ -119,6 +120,7 @@ void FenAppDelegate::quit() {
 
 void FenAppDelegate::finishSaving() {
     if (window) window->hide();
+    if (m_windowSize) m_windowSize->store();
     if (player) player->finishSaving();
 }
 

@@ -34,6 +34,7 @@ class Settings;
 class SourceQueue;
 class TextField;
 class UnsavedChanges;
+class WindowSize;
 } // namespace app
 
 namespace cocoa {
@@ -109,9 +110,10 @@ private:
     void connectControls(Ui::MainWindow& layout);
     void finishMainLayout(); ///< What the window does not show.
     app::Commands fileCommands();
-    app::Commands editCommands();
+    app::Commands playlistCommands();
     app::Commands playbackCommands();
     app::Commands viewCommands();
+    app::Commands programCommands();
     void makeMenu();
     QMenu& menuOf(const app::Command& command);
     void addToMenu(const app::Command& command);
@@ -125,6 +127,7 @@ private:
     std::unique_ptr<app::UnsavedChanges> m_unsavedChanges;
     std::unique_ptr<app::FileDrop> m_fileDrop;
     std::unique_ptr<app::Mpris> m_mpris;
+    std::unique_ptr<app::WindowSize> m_windowSize;
     app::Commands m_commands;
     std::unique_ptr<QMenu> m_menu;
     std::unique_ptr<app::Card> m_keyList; ///< Null until it is first shown.

@@ -6,6 +6,7 @@
 #include "app/FenPlaylistController.h"
 #include "app/KeyList.h"
 #include "app/Skin.h"
+#include "app/WindowSize.h"
 #include "app/editing/PlaylistEditor.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
@@ -18,6 +19,7 @@
 #include <QMenu>
 #include <QSysInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -25,6 +27,18 @@ namespace {
 constexpr double shortJump = 5.0;
 constexpr double longJump = 30.0;
 constexpr double volumeStep = 0.05;
+
+const QString playlistMenu = QStringLiteral("Playlist");
+const QString playbackMenu = QStringLiteral("Playback");
+const QString viewMenu = QStringLiteral("View");
+const QString sortMenu = QStringLiteral("Playlist/Sort");
+
+/// The commands that name no submenu of their own go into this one.
+app::Commands in(const QString& submenu, app::Commands commands) {
+    for (app::Command& command : commands)
+        if (command.submenu.isEmpty()) command.submenu = submenu;
+    return commands;
+}
 
 } // namespace
 
@@ -50,12 +64,9 @@ app::Commands FenAppDelegate::fileCommands() {
         {.title = QStringLiteral("Save Playlist…"),
          .key = QKeySequence::Save,
          .action = [this] { savePlaylist(); }},
-        {.title = QStringLiteral("Revert to Saved"),
-         .action = [this] { revertPlaylist(); },
-         .isEnabled = [this] { return !player->playlist->path.empty() && player->playlist->isChanged(); }},
-        {.title = QStringLiteral("Clear Playlist"),
-         .key = QKeySequence::New,
-         .action = [this] { clearPlaylist(); }},
+        {},
+        {.item = &editor->undoAction()},
+        {.item = &editor->redoAction()},
         {},
         {.title = QStringLiteral("Find…"),
          .key = QKeySequence::Find,
@@ -64,25 +75,26 @@ app::Commands FenAppDelegate::fileCommands() {
                  pageController->turnToPage(0);
                  playlistController->openSearch();
              }},
-        {.title = QStringLiteral("Go to Playing Track"),
-         .key = Qt::CTRL | Qt::Key_J,
-         .action =
-             [this] {
-                 pageController->turnToPage(0);
-                 playlistController->showCurrentRow();
-             }},
         {},
     };
 }
 
-app::Commands FenAppDelegate::editCommands() {
+app::Commands FenAppDelegate::playlistCommands() {
     const auto order = [](const QString& title, std::function<void()> action) {
-        return app::Command{.title = title, .action = std::move(action), .submenu = QStringLiteral("Sort")};
+        return app::Command{.title = title, .action = std::move(action), .submenu = sortMenu};
     };
     const auto sort = [this, order](const QString& title, app::SortKey key) {
         return order(title, [this, key] { editor->sort(key); });
     };
-    app::Commands commands{{.item = &editor->undoAction()}, {.item = &editor->redoAction()}};
+    app::Commands commands{
+        {.title = QStringLiteral("Clear Playlist"),
+         .key = QKeySequence::New,
+         .action = [this] { clearPlaylist(); }},
+        {.title = QStringLiteral("Revert to Saved"),
+         .action = [this] { revertPlaylist(); },
+         .isEnabled = [this] { return !player->playlist->path.empty() && player->playlist->isChanged(); }},
+        {},
+    };
     for (QAction* const item : playlistController->playlistView->actions()) {
         const bool removes = item->shortcut() == Qt::Key_Delete;
         commands.push_back(
@@ -95,6 +107,11 @@ app::Commands FenAppDelegate::editCommands() {
                            order(QStringLiteral("Randomise"), [this] { editor->randomise(); })})
         commands.push_back(command);
     commands.emplace_back();
+    commands.push_back(
+        {.title = QStringLiteral("Go to Playing Track"), .key = Qt::CTRL | Qt::Key_J, .action = [this] {
+             pageController->turnToPage(0);
+             playlistController->showCurrentRow();
+         }});
     return commands;
 }
 
@@ -162,7 +179,17 @@ app::Commands FenAppDelegate::viewCommands() {
         return app::Command{
             .title = title, .key = key, .action = [this, index] { pageController->turnToPage(index); }};
     };
+    const auto resizing = [this](const QString& title, QKeyCombination key, int rows) {
+        return app::Command{.title = title,
+                            .key = key,
+                            .action = [this, rows] { m_windowSize->growByRows(rows); },
+                            .repeats = true};
+    };
     return {
+        page(QStringLiteral("Playlist"), Qt::CTRL | Qt::Key_1, 0),
+        page(QStringLiteral("Cover Art"), Qt::CTRL | Qt::Key_2, 1),
+        page(QStringLiteral("Release Notes"), Qt::CTRL | Qt::Key_3, 2),
+        {},
         {.title = QStringLiteral("Remaining Time"),
          .action = [=] { controls->toggleRemainingTime(); },
          .isOn = [=] { return controls->showsRemainingTime(); }},
@@ -170,46 +197,58 @@ app::Commands FenAppDelegate::viewCommands() {
          .key = Qt::CTRL | Qt::Key_E,
          .action = [this] { toggleSpectrumAnalyzer(); },
          .isOn = [=] { return controls->renderSpectrumAnalyzer; }},
+        {},
+        resizing(QStringLiteral("Taller Window"), Qt::CTRL | Qt::SHIFT | Qt::Key_Down, 1),
+        resizing(QStringLiteral("Shorter Window"), Qt::CTRL | Qt::SHIFT | Qt::Key_Up, -1),
+        {.title = QStringLiteral("Minimise"),
+         .key = Qt::CTRL | Qt::Key_M,
+         .action = [this] { window->showMinimized(); }},
+    };
+}
+
+app::Commands FenAppDelegate::programCommands() {
+    return {
+        {},
         {.title = QStringLiteral("Share on the Network"),
          .action = [this] { toggleNetworkSharing(); },
          .isOn = [this] { return player->networkSharingEnabled; },
          .titleNow = [this] { return sharingTitle(); }},
-        {},
-        page(QStringLiteral("Playlist"), Qt::CTRL | Qt::Key_1, 0),
-        page(QStringLiteral("Cover Art"), Qt::CTRL | Qt::Key_2, 1),
-        page(QStringLiteral("Release Notes"), Qt::CTRL | Qt::Key_3, 2),
-        {},
         {.title = QStringLiteral("Keyboard Shortcuts"),
          .key = Qt::Key_F1,
          .action = [this] { toggleKeyList(); }},
-        {.title = QStringLiteral("Minimise"),
-         .key = Qt::CTRL | Qt::Key_M,
-         .action = [this] { window->showMinimized(); }},
+        {},
         {.title = QStringLiteral("Quit"), .key = Qt::CTRL | Qt::Key_Q, .action = [] { quit(); }},
     };
 }
 
 void FenAppDelegate::makeMenu() {
-    for (auto&& group : {fileCommands(), editCommands(), playbackCommands(), viewCommands()})
+    for (auto&& group :
+         {fileCommands(), in(playlistMenu, playlistCommands()), in(playbackMenu, playbackCommands()),
+          in(viewMenu, viewCommands()), programCommands()})
         m_commands.insert(m_commands.end(), group.begin(), group.end());
     m_menu = std::make_unique<QMenu>();
     app::dressInSkin(*m_menu);
     for (const app::Command& command : m_commands)
-        command.isSeparator() ? static_cast<void>(m_menu->addSeparator()) : addToMenu(command);
+        command.isSeparator() ? static_cast<void>(menuOf(command).addSeparator()) : addToMenu(command);
 }
 
 QMenu& FenAppDelegate::menuOf(const app::Command& command) {
-    if (command.submenu.isEmpty()) return *m_menu;
-    for (const QAction* item : m_menu->actions())
-        if (item->menu() && item->text() == command.submenu) return *item->menu();
-    QMenu& made = *m_menu->addMenu(command.submenu);
-    app::dressInSkin(made);
-    return made;
+    QMenu* menu = m_menu.get();
+    for (const QString& title : command.submenu.split(u'/', Qt::SkipEmptyParts)) {
+        const auto items = menu->actions();
+        const auto known = std::find_if(items.begin(), items.end(), [&](const QAction* item) {
+            return item->menu() && item->text() == title;
+        });
+        QMenu* const inner = known == items.end() ? menu->addMenu(title) : (*known)->menu();
+        if (known == items.end()) app::dressInSkin(*inner);
+        menu = inner;
+    }
+    return *menu;
 }
 
 void FenAppDelegate::addToMenu(const app::Command& command) {
     if (command.item) {
-        if (command.place == app::Command::Place::menu) m_menu->addAction(command.item);
+        if (command.place == app::Command::Place::menu) menuOf(command).addAction(command.item);
         if (command.item->shortcutContext() == Qt::WindowShortcut) window->addAction(command.item);
         return;
     }
@@ -239,9 +278,8 @@ void FenAppDelegate::toggleRepeat(TulRepeat repeat) {
 
 void FenAppDelegate::toggleKeyList() {
     if (!m_keyList)
-        m_keyList =
-            std::make_unique<app::Card>(QStringLiteral("Keyboard Shortcuts"), app::makeKeyList(m_commands),
-                                        *window, pageController->geometry());
+        m_keyList = std::make_unique<app::Card>(QStringLiteral("Keyboard Shortcuts"),
+                                                app::makeKeyList(m_commands), *pageController);
     m_keyList->isVisible() ? m_keyList->hide() : m_keyList->open();
 }
 

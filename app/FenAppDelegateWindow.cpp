@@ -6,10 +6,13 @@
 #include "app/PageDots.h"
 #include "app/Skin.h"
 #include "app/TextField.h"
+#include "app/WindowSize.h"
 #include "controls/CustomWindow.h"
 #include "core/files/folders.h"
 #include "core/player/TulPlayer.h"
+#include "platform/cocoa/Autoresizing.h"
 #include "platform/cocoa/PageController.h"
+#include "platform/cocoa/UserDefaults.h"
 #include "ui_MainWindow.h"
 
 #include <QIcon>
@@ -19,7 +22,9 @@ void FenAppDelegate::loadMainLayout() {
     window = std::make_unique<CustomWindow>();
     Ui::MainWindow layout;
     layout.setupUi(window.get());
+    cocoa::Autoresizing::of(*window);
     cocoa::awakeFromNib(*window);
+    m_windowSize = std::make_unique<app::WindowSize>(*window, cocoa::UserDefaults::standardUserDefaults());
 
     pageName = layout.pageName;
     m_pageDots = layout.pageDots;

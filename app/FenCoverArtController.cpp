@@ -3,6 +3,7 @@
 #include "app/CoverArtView.h"
 #include "app/CoverPicture.h"
 #include "core/player/TulPlayer.h"
+#include "platform/cocoa/Autoresizing.h"
 #include "platform/cocoa/Log.h"
 #include "ui_CoverArtView.h"
 
@@ -23,6 +24,7 @@ void FenCoverArtController::initialize() {
 void FenCoverArtController::loadView(QWidget& view) {
     Ui::CoverArtView layout;
     layout.setupUi(&view);
+    cocoa::Autoresizing::of(view);
     coverArtView = layout.coverArtView;
     coverArtView->setImage(defaultPicture());
     if (player->stream) updateCoverArt();

@@ -12,6 +12,7 @@
 #include "controls/PlaylistEntryCell.h"
 #include "core/player/TulPlayer.h"
 #include "core/playlist/resolveEntrySource.h"
+#include "platform/cocoa/Autoresizing.h"
 #include "platform/cocoa/ComboBox.h"
 #include "platform/cocoa/TableView.h"
 #include "ui_PlaylistView.h"
@@ -64,6 +65,8 @@ void FenPlaylistController::loadView(QWidget& view) {
     view.setFont(font);
     Ui::PlaylistView layout;
     layout.setupUi(&view);
+    QObject::connect(&cocoa::Autoresizing::of(view), &cocoa::Autoresizing::laidOut, &view,
+                     [this] { layOutTable(); });
     playlistView = layout.playlistView;
     playlistSelector = layout.playlistSelector;
     statusLine = layout.statusLine;

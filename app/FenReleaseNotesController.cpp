@@ -1,6 +1,7 @@
 #include "app/FenReleaseNotesController.h"
 
 #include "app/Skin.h"
+#include "platform/cocoa/Autoresizing.h"
 #include "platform/cocoa/Bundle.h"
 #include "platform/cocoa/RichText.h"
 #include "ui_ReleaseNotesView.h"
@@ -18,6 +19,7 @@ void FenReleaseNotesController::initialize() {
 void FenReleaseNotesController::loadView(QWidget& view) {
     Ui::ReleaseNotesView layout;
     layout.setupUi(&view);
+    cocoa::Autoresizing::of(view);
     releaseNotesView = layout.releaseNotesView;
     view.setFocusProxy(releaseNotesView);
     app::dressInSkin(*releaseNotesView);

@@ -1,5 +1,6 @@
 #include "controls/ImageBasedView.h"
 
+#include "platform/cocoa/Scale.h"
 #include "platform/cocoa/Window.h"
 
 #include <QVariant>
@@ -8,6 +9,20 @@ void ImageBasedView::awakeFromNib() {
     m_repaint = true;
     if (const QVariant name = property("viewImage"); name.isValid())
         m_viewImage = cocoa::Image::named(name.toString());
+    stretchImage();
+}
+
+void ImageBasedView::stretchImage() {
+    const QVariant from = property("stretchedFrom");
+    const QVariant to = property("stretchedTo");
+    if (!from.isValid() || !to.isValid() || m_viewImage.isNull()) return;
+    const cocoa::Image original = cocoa::Image::named(property("viewImage").toString());
+    m_viewImage = original.withHeight(cocoa::designRect(*this).height(), from.toDouble(), to.toDouble());
+}
+
+void ImageBasedView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    stretchImage();
 }
 
 QRectF ImageBasedView::imageRect(double viewHeight, const QSizeF& imageSize) {

@@ -16,7 +16,9 @@ class ImageBasedView : public QWidget, public cocoa::NibAwaking {
 public:
     explicit ImageBasedView(QWidget* parent = nullptr) : QWidget(parent) {}
 
-    /// Takes the image that the layout names in the string property "viewImage".
+    /// Takes the image that the layout names in the string property "viewImage". Where the layout also says
+    /// which part of it may be stretched ("stretchedFrom" and "stretchedTo", in points from its top), the
+    /// image is always as high as the view.
     void awakeFromNib() override;
 
     const cocoa::Image& viewImage() const { return m_viewImage; }
@@ -35,9 +37,11 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     Q_INVOKABLE void renewShadow();
+    void stretchImage();
 
     cocoa::Image m_viewImage;
     bool m_repaint = false;

@@ -9,11 +9,36 @@
 namespace cocoa {
 
 struct Image::Data {
-    std::unique_ptr<QSvgRenderer> art; ///< Null for a bitmap.
+    std::shared_ptr<QSvgRenderer> art; ///< Null for a bitmap.
     QImage bitmap;
     QSizeF size;
+    /// Of the art's height, from its top; all of it by default.
+    double stretchedFrom = 0;
+    double stretchedTo = 0;
     QHash<QSize, QPixmap> rendered;
+
+    void renderArt(QPainter& painter, const QSizeF& pixels) const;
 };
+
+/// Band by band: each is the whole art, placed so that the band falls where it belongs, and clipped to it.
+void Image::Data::renderArt(QPainter& painter, const QSizeF& pixels) const {
+    const double artHeight = art->defaultSize().height();
+    const double pixelsPerPoint = pixels.height() / size.height();
+    const double surplus = size.height() - artHeight;
+    const struct {
+        double artTop, artBottom, top, bottom;
+    } bands[] = {{0, stretchedFrom, 0, stretchedFrom},
+                 {stretchedFrom, stretchedTo, stretchedFrom, stretchedTo + surplus},
+                 {stretchedTo, artHeight, stretchedTo + surplus, size.height()}};
+    for (const auto& [artTop, artBottom, top, bottom] : bands) {
+        if (artBottom <= artTop) continue;
+        const double stretch = (bottom - top) / (artBottom - artTop) * pixelsPerPoint;
+        const double first = std::round(top * pixelsPerPoint);
+        painter.setClipRect(QRectF(0, first, pixels.width(), std::round(bottom * pixelsPerPoint) - first));
+        art->render(&painter,
+                    QRectF(0, top * pixelsPerPoint - artTop * stretch, pixels.width(), artHeight * stretch));
+    }
+}
 
 namespace {
 
@@ -51,8 +76,9 @@ Image Image::named(const QString& name) {
     Image image;
     if (const QString art = path + QLatin1String(".svg"); QFile::exists(art)) {
         auto data = std::make_shared<Data>();
-        data->art = std::make_unique<QSvgRenderer>(art);
+        data->art = std::make_shared<QSvgRenderer>(art);
         data->size = data->art->defaultSize();
+        data->stretchedTo = data->size.height();
         if (data->art->isValid()) image = Image(std::move(data));
     } else {
         image = Image(QImage(path + QLatin1String(".png")));
@@ -63,6 +89,16 @@ Image Image::named(const QString& name) {
 
 QSizeF Image::size() const {
     return isNull() ? QSizeF(0, 0) : m_data->size;
+}
+
+Image Image::withHeight(double height, double stretchedFrom, double stretchedTo) const {
+    if (isNull() || !m_data->art) return *this;
+    auto data = std::make_shared<Data>();
+    data->art = m_data->art;
+    data->size = QSizeF(m_data->size.width(), height);
+    data->stretchedFrom = stretchedFrom;
+    data->stretchedTo = stretchedTo;
+    return Image(std::move(data));
 }
 
 void Image::drawInRect(QPainter& painter, const QRectF& rect) const {
@@ -94,7 +130,7 @@ QPixmap Image::pixmap(const QSize& devicePixels) const {
         rendered.fill(Qt::transparent);
         QPainter painter(&rendered);
         painter.setRenderHint(QPainter::Antialiasing);
-        m_data->art->render(&painter, QRectF(QPointF(), QSizeF(devicePixels)));
+        m_data->renderArt(painter, QSizeF(devicePixels));
     } else {
         QImage scaled = m_data->bitmap.scaled(devicePixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         scaled.setDevicePixelRatio(1);

@@ -32,6 +32,10 @@ public:
     /// At its own size, upright, with the top-left corner at `topLeft`.
     void drawAtPoint(QPainter& painter, const QPointF& topLeft) const;
 
+    /// The same art at another height: the part between these two lines (points from its top) grows or
+    /// shrinks, what is above and below stays as it is.
+    Image withHeight(double height, double stretchedFrom, double stretchedTo) const;
+
     /// The whole picture rendered to exactly this many pixels.
     QPixmap pixmap(const QSize& devicePixels) const;
 

@@ -475,9 +475,10 @@ TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
     EXPECT_TRUE(Desk::until(mark));
 
     desk.click(place::menu);
-    for (int i = 0; i < 6; ++i) // "Revert to Saved"
-        desk.key("Down");
-    desk.key("Return");
+    for (int i = 0; i < 6; ++i) // from below: "Playlist"
+        desk.key("Up");
+    for (const char* key : {"Right", "Down", "Return"}) // "Revert to Saved"
+        desk.key(key);
     EXPECT_TRUE(rowShows(0, birch) && rowShows(2, alder));
     EXPECT_TRUE(Desk::until([&] { return !mark(); }));
     EXPECT_TRUE(desk.hears(440)) << "what plays goes on";

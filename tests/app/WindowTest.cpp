@@ -17,6 +17,7 @@
 #include "platform/cocoa/ComboBox.h"
 #include "platform/cocoa/PageController.h"
 #include "platform/cocoa/TableView.h"
+#include "platform/cocoa/UserDefaults.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/Media.h"
 #include "tests/support/TestApplication.h"
@@ -27,6 +28,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <QToolTip>
@@ -124,6 +126,42 @@ TEST_F(WindowTest, ADoubleClickPlaysAndTheControlsFollow) {
     controls->balanceSlider->moveTo(-1.0);
     EXPECT_EQ(delegate.player->stream->volume(), 0.25F);
     EXPECT_EQ(delegate.player->balance, -1.0F);
+}
+
+TEST_F(WindowTest, TheListTakesTheHeightThatTheWindowIsGivenAndItIsThereAgain) {
+    const QWidget& window = *delegate.window;
+    const int free = window.screen()->availableGeometry().height();
+    ASSERT_GT(free, 700);
+    ASSERT_TRUE(runUntil([&] { return !window.actions().empty(); }));
+    const auto press = [&](Qt::Key key, int times) {
+        for (int i = 0; i < times; ++i)
+            QTest::keyClick(delegate.window.get(), key, Qt::ControlModifier | Qt::ShiftModifier);
+    };
+    const auto distance = [&](const QWidget& part) {
+        return window.height() - part.mapTo(&window, part.rect().bottomLeft()).y();
+    };
+    const int selectorDistance = distance(selector());
+    const struct {
+        Qt::Key key;
+        int times;
+        int height;
+    } steps[] = {
+        {Qt::Key_Down, 1, 655}, {Qt::Key_Down, 9, free}, {Qt::Key_Up, 99, 328}, {Qt::Key_Down, 2, 438}};
+    for (const auto& [key, times, height] : steps) {
+        press(key, times);
+        EXPECT_EQ(window.size(), QSize(380, height));
+        EXPECT_EQ(table().height(), height - 218);
+        EXPECT_EQ(distance(selector()), selectorDistance);
+        EXPECT_LE(window.geometry().bottom(), window.screen()->availableGeometry().bottom());
+    }
+    delegate.finishSaving();
+    cocoa::UserDefaults stored(
+        QString::fromStdString((support::scratch() / "config/tulplayer/settings.json").string()));
+    EXPECT_EQ(stored.integerForKey("WindowHeight"), 438);
+    FenAppDelegate again;
+    again.applicationDidFinishLaunching();
+    EXPECT_EQ(again.window->height(), 438);
+    cocoa::UserDefaults::standardUserDefaults().setObject(600, "WindowHeight"); // for the other cases
 }
 
 TEST_F(WindowTest, TypingInTheListFindsRowsAndArrowsAndEnterPlayThem) {

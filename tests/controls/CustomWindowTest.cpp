@@ -1,4 +1,5 @@
 #include "controls/CustomWindow.h"
+#include "controls/ResizeHandle.h"
 
 #include "tests/support/Media.h"
 #include "tests/support/TestApplication.h"
@@ -7,6 +8,8 @@
 #include <QPushButton>
 #include <QScreen>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -97,6 +100,34 @@ TEST_F(DraggedWindow, FollowsStopsAtTheTopAndLeavesAtTheOtherEdges) {
     ASSERT_TRUE(support::runUntil([&] { return !button.isDown(); })); // the move has arrived
     EXPECT_EQ(window.pos(), QPoint(210, 150));
     pointer({"mouseup", "1"});
+}
+
+TEST_F(DraggedWindow, GrowsAtItsLowerEdgeAndCorners) {
+    ASSERT_TRUE(reserved);
+    ASSERT_TRUE(stands(200, 150));
+    ResizeHandle handle(&window);
+    window.setFixedWidth(200);
+    window.setMinimumHeight(100);
+    const auto layOut = [&] { handle.setGeometry(0, window.height() - 12, 200, 12); };
+    handle.show();
+    int height = 120;
+    for (const auto& [x, above] : {std::pair{100, 2}, {3, 9}, {197, 9}}) {
+        layOut();
+        const int y = 150 + height - above;
+        moveTo(200 + x, y);
+        ASSERT_TRUE(support::runUntil([&] { return handle.underMouse(); }));
+        pointer({"mousedown", "1"});
+        int moved = 0; // a window manager takes it up at some time after the press
+        EXPECT_TRUE(support::runUntil([&] {
+            moved = std::min(moved + 5, 60);
+            moveTo(200 + x + moved, y + moved + (moved == 60 ? 1 : 0));
+            return window.height() > height + 20;
+        }));
+        pointer({"mouseup", "1"});
+        EXPECT_EQ(window.width(), 200);
+        EXPECT_TRUE(stands(200, 150));
+        height = window.height();
+    }
 }
 
 } // namespace

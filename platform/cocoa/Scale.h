@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QObject>
+#include <QRectF>
+
+class QWidget;
+
+namespace cocoa {
+
+/// How many points of the screen a point of the design takes. Whatever is drawn or laid out in points of the
+/// design goes by it, so that text and art grow together and stay sharp. 1 at first. Main thread only.
+class Scale : public QObject {
+    Q_OBJECT
+public:
+    static Scale& shared();
+
+    [[nodiscard]] double factor() const { return m_factor; }
+    void setFactor(double factor);
+
+signals:
+    void changed();
+
+private:
+    double m_factor = 1.0;
+};
+
+/// Points of the screen.
+[[nodiscard]] double scaled(double points);
+[[nodiscard]] int scaledToInt(double points);
+
+/// A widget's rectangle, in points of the design.
+[[nodiscard]] QRectF designRect(const QWidget& widget);
+
+} // namespace cocoa
