@@ -72,6 +72,9 @@ public:
     /// What the program was started with. A playlist alone is opened; of anything else the files, those in
     /// folders, and addresses are appended, and the first of them plays unless something plays already.
     void openSources(const std::vector<std::string>& sources);
+    /// What another start of the program hands over: appended, playlists as well, and the first of it plays
+    /// whatever plays now.
+    void appendAndPlay(const std::vector<std::string>& sources);
 
     /// Ends the event loop, also from under a prompt; `main` then calls `shutDown`.
     static void quit();

@@ -117,3 +117,8 @@ void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
         return m_sources->openPlaylist(sources.front());
     m_sources->append(sources, app::SourceSearch::Take::contents, app::SourceQueue::Then::play);
 }
+
+void FenAppDelegate::appendAndPlay(const std::vector<std::string>& sources) {
+    if (!sources.empty())
+        m_sources->append(sources, app::SourceSearch::Take::contents, app::SourceQueue::Then::playAtOnce);
+}

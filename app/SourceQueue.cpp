@@ -121,8 +121,8 @@ void SourceQueue::takeFound(const std::shared_ptr<Search>& search, SourceSearch:
     if (found.entries.empty()) return;
     const std::int32_t first =
         m_editor.add(search->command.action, search->command.place, std::move(found.entries));
-    if (std::exchange(search->command.then, Then::nothing) == Then::play &&
-        !isStarted(m_player.playbackState())) {
+    const Then then = std::exchange(search->command.then, Then::nothing);
+    if (then == Then::playAtOnce || (then == Then::play && !isStarted(m_player.playbackState()))) {
         m_player.playlist->selectEntry(first);
         m_player.startCurrentEntry();
     }

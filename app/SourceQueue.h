@@ -22,7 +22,11 @@ namespace app {
 /// Threads: main thread only. To be destroyed before the player.
 class SourceQueue {
 public:
-    enum class Then { nothing, play /**< the first one, if nothing plays */ };
+    enum class Then {
+        nothing,
+        play,      ///< The first one, if nothing plays.
+        playAtOnce ///< The first one, whatever plays.
+    };
 
     /// `changed` is called when the list, or what is said here of the work, has changed.
     SourceQueue(TulPlayer& player, PlaylistEditor& editor, std::function<void()> changed);

@@ -2,16 +2,71 @@
 #include "app/DemoRun.h"
 #include "app/FenAppDelegate.h"
 #include "app/ProcessEnd.h"
+#include "app/desktop/SingleInstance.h"
+#include "core/player/TulPlayer.h"
+#include "platform/cocoa/Bundle.h"
 
 #include <QApplication>
 
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
 
+namespace {
+
+constexpr int failed = 1;
+constexpr int wrongArguments = 2;
+
+[[noreturn]] void leave(int status, const char* error = nullptr) {
+    if (error) std::fprintf(stderr, "tulplayer: %s\n", error);
+    std::fflush(stdout);
+    std::_Exit(status); // what talked to the bus has nothing to tidy up
+}
+
+/// Ends the process where the arguments ask for no window.
+void obeyOrLeave(const app::CommandLine& line) {
+    if (!line.error.empty()) {
+        std::fprintf(stderr, "tulplayer: %s\nTry 'tulplayer --help'.\n", line.error.c_str());
+        leave(wrongArguments);
+    }
+    if (line.showsHelp) {
+        std::fputs(app::CommandLine::help(), stdout);
+        leave(0);
+    }
+    if (line.showsVersion) {
+        std::printf("tulplayer %s\n", qUtf8Printable(cocoa::Bundle::shortVersionString()));
+        leave(0);
+    }
+}
+
+/// Returns only where a window is to be shown.
+void startOrLeave(app::SingleInstance& instance, const app::CommandLine& line) {
+    using Start = app::SingleInstance::Start;
+    switch (instance.start(line)) {
+    case Start::primary:
+    case Start::alone:
+        return;
+    case Start::handedOver:
+        leave(0);
+    case Start::noAnswer:
+        leave(failed, "the running player does not answer");
+    case Start::notRunning:
+        leave(failed, "no player is running");
+    }
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
+    const auto line = app::CommandLine::parse({argv + 1, argv + argc});
+    obeyOrLeave(line);
+    app::SingleInstance instance;
+    startOrLeave(instance, line);
+
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tulplayer"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tulplayer"));
-    QApplication::setDesktopFileName(QStringLiteral("tulplayer"));
+    QApplication::setDesktopFileName(QStringLiteral("org.tulplayer.Tulplayer"));
 
     FenAppDelegate delegate;
     const app::QuitSignals quitSignals([&] { delegate.quit(); });
@@ -21,10 +76,10 @@ int main(int argc, char** argv) {
     };
     app::callAtExit(end);
     delegate.applicationDidFinishLaunching();
-    const auto line = app::CommandLine::parse({argv + 1, argv + argc});
     // By the event loop: a request to quit that comes meanwhile is to find it running.
     QMetaObject::invokeMethod(
         &application, [&] { delegate.openSources(line.sources); }, Qt::QueuedConnection);
+    instance.serve(delegate);
     std::optional<app::DemoRun> demo;
     if (!line.demoScreenshot.empty()) demo.emplace(delegate, QString::fromStdString(line.demoScreenshot));
     end(QApplication::exec());

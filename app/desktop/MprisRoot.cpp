@@ -1,6 +1,7 @@
 #include "app/desktop/MprisRoot.h"
 
 #include "app/FenAppDelegate.h"
+#include "app/desktop/raiseWindow.h"
 #include "controls/CustomWindow.h"
 
 #include <QGuiApplication>
@@ -24,23 +25,21 @@ QStringList MprisRoot::uriSchemes() {
 
 /// In the old spellings and the new ones, which desktops mix.
 QStringList MprisRoot::mimeTypes() {
-    return {QStringLiteral("audio/flac"),     QStringLiteral("audio/x-flac"),
-            QStringLiteral("audio/mpeg"),     QStringLiteral("audio/mp2"),
-            QStringLiteral("audio/mp3"),      QStringLiteral("audio/mp4"),
-            QStringLiteral("audio/x-m4a"),    QStringLiteral("audio/aac"),
-            QStringLiteral("audio/ogg"),      QStringLiteral("audio/x-vorbis+ogg"),
-            QStringLiteral("audio/opus"),     QStringLiteral("audio/x-opus+ogg"),
-            QStringLiteral("audio/aiff"),     QStringLiteral("audio/x-aiff"),
-            QStringLiteral("audio/wav"),      QStringLiteral("audio/x-wav"),
-            QStringLiteral("audio/vnd.wave"), QStringLiteral("audio/x-wavpack"),
-            QStringLiteral("audio/x-ape"),    QStringLiteral("audio/mpegurl"),
-            QStringLiteral("audio/x-mpegurl")};
+    return {QStringLiteral("audio/flac"),      QStringLiteral("audio/x-flac"),
+            QStringLiteral("audio/mpeg"),      QStringLiteral("audio/mp2"),
+            QStringLiteral("audio/mp3"),       QStringLiteral("audio/mp4"),
+            QStringLiteral("audio/x-m4a"),     QStringLiteral("audio/aac"),
+            QStringLiteral("audio/ogg"),       QStringLiteral("audio/x-vorbis+ogg"),
+            QStringLiteral("audio/opus"),      QStringLiteral("audio/x-opus+ogg"),
+            QStringLiteral("audio/aiff"),      QStringLiteral("audio/x-aiff"),
+            QStringLiteral("audio/wav"),       QStringLiteral("audio/x-wav"),
+            QStringLiteral("audio/vnd.wave"),  QStringLiteral("audio/x-wavpack"),
+            QStringLiteral("audio/x-ape"),     QStringLiteral("audio/mpegurl"),
+            QStringLiteral("audio/x-mpegurl"), QStringLiteral("application/vnd.tulplayer.playlist+json")};
 }
 
 void MprisRoot::Raise() {
-    m_delegate.window->showNormal();
-    m_delegate.window->raise();
-    m_delegate.window->activateWindow();
+    raiseWindow(*m_delegate.window);
 }
 
 void MprisRoot::Quit() {

@@ -542,7 +542,7 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
         << "neither the song that began before their eyes nor what does not play";
     EXPECT_EQ(received.front().body, "Trees &amp; Co") << "the body is markup";
     EXPECT_EQ(received.front().replaces, 0U);
-    EXPECT_EQ(received.front().hints.value("desktop-entry"), "tulplayer");
+    EXPECT_EQ(received.front().hints.value("desktop-entry"), "org.tulplayer.Tulplayer");
     const QImage picture = received.front().picture();
     ASSERT_EQ(picture.size(), QSize(64, 64));
     EXPECT_TRUE(isCoverColour(picture.pixel(32, 32)));
