@@ -12,6 +12,7 @@
 #include "app/UnsavedChanges.h"
 #include "app/WindowSize.h"
 #include "app/desktop/Mpris.h"
+#include "app/desktop/SleepInhibitor.h"
 #include "app/editing/PlaylistEditor.h"
 #include "app/settings/Settings.h"
 #include "controls/CustomWindow.h"
@@ -107,6 +108,7 @@ void FenAppDelegate::applicationDidFinishLaunching() {
         window.get(), [this] { finishMainLayout(); }, Qt::QueuedConnection);
 
     m_mpris = std::make_unique<app::Mpris>(*this);
+    m_sleepInhibitor = std::make_unique<app::SleepInhibitor>(player->workers);
     m_slowTimer = std::make_unique<cocoa::Timer>(slowInterval, [this] { performSlowUpdate(); });
     m_fastTimer = std::make_unique<cocoa::Timer>(fastInterval, [this] { performFastUpdate(); });
     // Its only work is the spectrum: while that is out of sight, nothing is to wake twenty times a second.
@@ -138,6 +140,7 @@ void FenAppDelegate::performFastUpdate() {
 void FenAppDelegate::performSlowUpdate() {
     player->update();
     m_unsavedChanges->check();
+    m_sleepInhibitor->setInhibits(settings->keepsAwake() && isStarted(player->playbackState()));
     if (player->takeSongChanged()) {
         playerController->handleSongChange();
         coverArtController->updateCoverArt();

@@ -31,6 +31,7 @@ class Mpris;
 class PageDots;
 class PlaylistEditor;
 class Settings;
+class SleepInhibitor;
 class SourceQueue;
 class TextField;
 class UnsavedChanges;
@@ -131,6 +132,7 @@ private:
     std::unique_ptr<app::FileDrop> m_fileDrop;
     std::unique_ptr<app::Mpris> m_mpris;
     std::unique_ptr<app::WindowSize> m_windowSize;
+    std::unique_ptr<app::SleepInhibitor> m_sleepInhibitor;
     app::Commands m_commands;
     std::unique_ptr<QMenu> m_menu;
     std::unique_ptr<app::Card> m_keyList; ///< Null until it is first shown.
