@@ -4,5 +4,10 @@
 
 std::string besideProgram(const std::string& name) {
     std::error_code unknown;
-    return std::filesystem::read_symlink("/proc/self/exe", unknown).replace_filename(name).string();
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path();
+    const auto beside = folder / name;
+    const auto installed = folder.parent_path() / "libexec/tulplayer" / name;
+    return std::filesystem::exists(installed, unknown) && !std::filesystem::exists(beside, unknown)
+               ? installed.string()
+               : beside.string();
 }
