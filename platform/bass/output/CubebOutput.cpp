@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
+#include <unistd.h>
 
 namespace bass {
 namespace {
@@ -48,6 +49,7 @@ bool CubebOutput::connect() {
     if (m_failed.exchange(false) || serverAppeared) {
         release();
         m_context.reset();
+        m_thread = 0;
     }
     if (m_context) return true;
     m_library = CubebLibrary::load();
@@ -111,8 +113,17 @@ std::chrono::milliseconds CubebOutput::queueTime() const {
 
 long CubebOutput::fill(cubeb_stream*, void* user, const void*, void* output, long frames) {
     auto* self = static_cast<CubebOutput*>(user);
+    self->noteThread();
     self->m_renderer->render({static_cast<float*>(output), static_cast<std::size_t>(frames) * channelCount});
     return frames;
+}
+
+/// The one system call on this thread, and only the first time.
+void CubebOutput::noteThread() {
+    thread_local const pid_t thread = gettid();
+    if (m_thread.load(std::memory_order_relaxed) == thread) return;
+    m_thread = thread;
+    m_onThread();
 }
 
 void CubebOutput::stateChanged(cubeb_stream*, void* user, cubeb_state state) {

@@ -17,8 +17,10 @@ namespace bass {
 /// same.
 class CubebOutput : public Output {
 public:
-    /// `onFailure` is called when the device is lost or another has become the default one.
-    explicit CubebOutput(std::function<void()> onFailure) : m_onFailure(std::move(onFailure)) {}
+    /// `onFailure` is called when the device is lost or another has become the default one, `onThread` when
+    /// another thread than before asks for frames: both may be called on the audio thread.
+    CubebOutput(std::function<void()> onFailure, std::function<void()> onThread)
+        : m_onFailure(std::move(onFailure)), m_onThread(std::move(onThread)) {}
 
     bool prepare(Renderer& renderer) override;
     bool start() override;
@@ -26,9 +28,11 @@ public:
     void release() override;
     std::uint64_t playedFrames() const override;
     std::chrono::milliseconds queueTime() const override;
+    pid_t audioThread() const override { return m_thread; }
 
 private:
     bool connect();
+    void noteThread();
     bool accepts(cubeb& context) const;
 
     static long fill(cubeb_stream* stream, void* user, const void* input, void* output, long frames);
@@ -37,7 +41,9 @@ private:
 
     const CubebLibrary* m_library = nullptr; ///< Loaded by the first `prepare`.
     std::function<void()> m_onFailure;
+    std::function<void()> m_onThread;
     std::string m_backend;             ///< Of the last connection.
+    std::atomic<pid_t> m_thread{0};    ///< The one that asks for frames.
     std::atomic<bool> m_failed{false}; ///< A stream reported an error: its connection may be gone.
     Renderer* m_renderer = nullptr;
     CubebContext m_context;

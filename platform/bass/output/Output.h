@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <sys/types.h>
 
 namespace bass {
 
@@ -42,6 +43,9 @@ public:
     [[nodiscard]] virtual std::uint64_t playedFrames() const = 0;
     /// How long it may take until what `render` gave is played.
     [[nodiscard]] virtual std::chrono::milliseconds queueTime() const { return {}; }
+    /// The thread that asks for frames; 0 as long as it is not known, or needs no more than the usual
+    /// priority.
+    [[nodiscard]] virtual pid_t audioThread() const { return 0; }
     /// Frames may have come that `isReady` waits for. Any thread.
     virtual void wake() {}
 };

@@ -1,6 +1,7 @@
 #include "platform/bass/output/OutputControl.h"
 
 #include "platform/bass/output/CubebOutput.h"
+#include "platform/bass/output/RealTime.h"
 #include "platform/bass/output/ThreadOutput.h"
 
 #include <algorithm>
@@ -19,9 +20,10 @@ constexpr auto unstableTime = 2000ms;
 /// A prepared device that is not started is kept for this long: a seek or a skip takes less.
 constexpr auto keepPrepared = 1000ms;
 
-std::unique_ptr<Output> makeOutput(std::function<void()> onFailure) {
+std::unique_ptr<Output> makeOutput(std::function<void()> onFailure, std::function<void()> onThread) {
     const char* replacement = std::getenv("TUL_AUDIO");
-    if (!replacement || !*replacement) return std::make_unique<CubebOutput>(std::move(onFailure));
+    if (!replacement || !*replacement)
+        return std::make_unique<CubebOutput>(std::move(onFailure), std::move(onThread));
     const std::string_view name = replacement;
     if (name == "null") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::realTime);
     if (name == "fast") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::decoding);
@@ -39,7 +41,7 @@ OutputControl::~OutputControl() {
 }
 
 bool OutputControl::open() {
-    m_output = makeOutput([this] { deviceLost(); });
+    m_output = makeOutput([this] { deviceLost(); }, [this] { m_wake.release(); });
     if (!m_output) return false;
     m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
     return true;
@@ -120,10 +122,17 @@ void OutputControl::update() {
     const bool flush = m_flush.exchange(false);
     const bool lost = m_lost.exchange(false);
     const bool expected = m_prepare.exchange(false) || flush;
+    followThread();
     if (flush || lost) stopOutput();
     if (lost) m_output->release();
     if (m_mixer.attachedCount() > 0) return keepRunning(lost);
     m_running ? playOut() : rest(expected);
+}
+
+void OutputControl::followThread() {
+    const pid_t thread = m_output->audioThread();
+    if (thread != 0 && thread != m_audioThread) requestRealTime(thread);
+    m_audioThread = thread;
 }
 
 void OutputControl::keepRunning(bool lost) {

@@ -73,6 +73,7 @@ private:
     void rest(bool expected);
     bool startOutput();
     void stopOutput();
+    void followThread();
     void notePlayed(); ///< With m_mutex held.
 
     Mixer& m_mixer;
@@ -92,6 +93,7 @@ private:
     std::binary_semaphore m_ended{0};
 
     // The control thread's.
+    pid_t m_audioThread = 0;                   ///< The one that a priority was requested for.
     std::optional<Clock::time_point> m_wakeAt; ///< None: only a change wakes it.
     std::optional<Clock::time_point> m_emptySince;
     Clock::time_point m_lastStart;
