@@ -1,6 +1,7 @@
 #include "app/Card.h"
 
 #include "app/Skin.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QKeyEvent>
 #include <QLabel>
@@ -13,8 +14,14 @@
 namespace app {
 namespace {
 
-constexpr QMargins margins{16, 12, 16, 12};
-constexpr int outerMargin = 24;
+constexpr QMarginsF margins{16, 12, 16, 12};
+constexpr QMarginsF outerMargins{24, 12, 24, 12};
+/// In a window that was made low the card takes what room there is.
+constexpr double lowHeight = 240;
+
+void setScaledMargins(QLayout& layout, const QMarginsF& margins) {
+    layout.setContentsMargins((margins * cocoa::scaled(1)).toMargins());
+}
 
 /// The parent deletes it.
 template <typename Widget, typename... Arguments> Widget* childOf(QWidget* parent, Arguments&&... arguments) {
@@ -26,7 +33,6 @@ template <typename Widget, typename... Arguments> Widget* childOf(QWidget* paren
 Card::Card(const QString& title, std::unique_ptr<QWidget> content, QWidget& covered)
     : QWidget(covered.window()), m_covered(covered) {
     hide();
-    cover();
     covered.installEventFilter(this);
     setAccessibleName(title);
     dressInSkin(*this);
@@ -34,11 +40,9 @@ Card::Card(const QString& title, std::unique_ptr<QWidget> content, QWidget& cove
     auto* const frame = childOf<QFrame>(this);
     frame->setObjectName(QStringLiteral("card"));
     auto* const outer = childOf<QVBoxLayout>(this);
-    outer->setContentsMargins(outerMargin, outerMargin / 2, outerMargin, outerMargin / 2);
     outer->addWidget(frame);
 
     auto* const layout = childOf<QVBoxLayout>(frame);
-    layout->setContentsMargins(margins);
     auto* const heading = childOf<QLabel>(frame, title);
     heading->setObjectName(QStringLiteral("cardTitle"));
     layout->addWidget(heading);
@@ -52,6 +56,9 @@ Card::Card(const QString& title, std::unique_ptr<QWidget> content, QWidget& cove
     layout->addWidget(close, 0, Qt::AlignRight);
     connect(close, &QPushButton::clicked, this, &Card::hide);
     m_close = close;
+    m_frameLayout = layout;
+    connect(&cocoa::Scale::shared(), &cocoa::Scale::changed, this, &Card::cover);
+    cover();
 }
 
 void Card::open() {
@@ -69,6 +76,10 @@ void Card::hideEvent(QHideEvent* event) {
 
 void Card::cover() {
     setGeometry(QRect(m_covered.mapTo(window(), QPoint()), m_covered.size()));
+    const bool isLow = cocoa::designRect(*this).height() < lowHeight;
+    setScaledMargins(*layout(),
+                     isLow ? QMarginsF(outerMargins.left(), 2, outerMargins.right(), 2) : outerMargins);
+    setScaledMargins(*m_frameLayout, margins);
 }
 
 bool Card::eventFilter(QObject* watched, QEvent* event) {

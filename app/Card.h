@@ -31,6 +31,7 @@ private:
     QWidget& m_covered;
     QPointer<QWidget> m_hadFocus;
     QWidget* m_close = nullptr;
+    QLayout* m_frameLayout = nullptr;
 };
 
 } // namespace app

@@ -1,14 +1,18 @@
 #include "app/EmptyListHint.h"
 
 #include "controls/Colours.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QPainter>
+
+#include <algorithm>
 
 namespace app {
 namespace {
 
 constexpr QSizeF boxSize{240, 150};
 constexpr double boxTop = 96;
+constexpr double leastTop = 8;
 
 QFont textFont(int size, QFont::Weight weight) {
     QFont font(QStringLiteral("Roboto"));
@@ -33,9 +37,14 @@ EmptyListHint::EmptyListHint(QWidget* parent) : QWidget(parent) {
 }
 
 void EmptyListHint::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
+    cocoa::DesignPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF box(QPointF((width() - boxSize.width()) / 2, boxTop), boxSize);
+    // In a window that was made low it is smaller.
+    const QSizeF room = cocoa::designRect(*this).size();
+    const double fit = std::min(1.0, room.height() / (boxSize.height() + 2 * leastTop));
+    painter.scale(fit, fit);
+    const double top = std::min(boxTop, (room.height() / fit - boxSize.height()) / 2);
+    const QRectF box(QPointF((room.width() / fit - boxSize.width()) / 2, top), boxSize);
     QColor frame = colours::blue();
     frame.setAlphaF(0.55F);
     QPen dashes(frame, 1.5);

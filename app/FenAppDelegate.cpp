@@ -15,6 +15,7 @@
 #include "app/desktop/SleepInhibitor.h"
 #include "app/editing/PlaylistEditor.h"
 #include "app/settings/Settings.h"
+#include "app/settings/TextSize.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "core/player/TulPlayer.h"
@@ -59,6 +60,7 @@ FenAppDelegate::~FenAppDelegate() {
 
 void FenAppDelegate::applicationDidFinishLaunching() {
     settings = std::make_unique<app::Settings>(cocoa::UserDefaults::standardUserDefaults());
+    m_textSize = std::make_unique<app::TextSize>(*settings);
     player = std::make_unique<TulPlayer>();
     player->setExecutor([](std::function<void()> task) {
         QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(task), Qt::QueuedConnection);

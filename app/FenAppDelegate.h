@@ -34,6 +34,7 @@ class Settings;
 class SleepInhibitor;
 class SourceQueue;
 class TextField;
+class TextSize;
 class UnsavedChanges;
 class WindowSize;
 } // namespace app
@@ -131,6 +132,7 @@ private:
     std::unique_ptr<app::UnsavedChanges> m_unsavedChanges;
     std::unique_ptr<app::FileDrop> m_fileDrop;
     std::unique_ptr<app::Mpris> m_mpris;
+    std::unique_ptr<app::TextSize> m_textSize;
     std::unique_ptr<app::WindowSize> m_windowSize;
     std::unique_ptr<app::SleepInhibitor> m_sleepInhibitor;
     app::Commands m_commands;

@@ -8,6 +8,7 @@
 #include "app/Skin.h"
 #include "app/WindowSize.h"
 #include "app/editing/PlaylistEditor.h"
+#include "app/settings/TextSize.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
@@ -179,6 +180,10 @@ app::Commands FenAppDelegate::viewCommands() {
         return app::Command{
             .title = title, .key = key, .action = [this, index] { pageController->turnToPage(index); }};
     };
+    const auto textSize = [this](const QString& title, QKeySequence::StandardKey key, int steps) {
+        return app::Command{
+            .title = title, .key = key, .action = [this, steps] { m_textSize->changeBySteps(steps); }};
+    };
     const auto resizing = [this](const QString& title, QKeyCombination key, int rows) {
         return app::Command{.title = title,
                             .key = key,
@@ -198,6 +203,8 @@ app::Commands FenAppDelegate::viewCommands() {
          .action = [this] { toggleSpectrumAnalyzer(); },
          .isOn = [=] { return controls->renderSpectrumAnalyzer; }},
         {},
+        textSize(QStringLiteral("Larger Text"), QKeySequence::ZoomIn, 1),
+        textSize(QStringLiteral("Smaller Text"), QKeySequence::ZoomOut, -1),
         resizing(QStringLiteral("Taller Window"), Qt::CTRL | Qt::SHIFT | Qt::Key_Down, 1),
         resizing(QStringLiteral("Shorter Window"), Qt::CTRL | Qt::SHIFT | Qt::Key_Up, -1),
         {.title = QStringLiteral("Minimise"),

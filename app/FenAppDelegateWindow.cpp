@@ -7,6 +7,7 @@
 #include "app/Skin.h"
 #include "app/TextField.h"
 #include "app/WindowSize.h"
+#include "app/settings/TextSize.h"
 #include "controls/CustomWindow.h"
 #include "core/files/folders.h"
 #include "core/player/TulPlayer.h"
@@ -50,6 +51,7 @@ void FenAppDelegate::loadMainLayout() {
 void FenAppDelegate::finishMainLayout() {
     window->setWindowIcon(QIcon(QStringLiteral(":/images/tulplayer.svg")));
     makeMenu();
+    m_textSize->askDesktop();
     if (const auto folder = stateFolder(); !folder.empty()) player->setStateFolder(folder);
 }
 

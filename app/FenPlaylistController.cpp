@@ -14,6 +14,7 @@
 #include "core/playlist/resolveEntrySource.h"
 #include "platform/cocoa/Autoresizing.h"
 #include "platform/cocoa/ComboBox.h"
+#include "platform/cocoa/Scale.h"
 #include "platform/cocoa/TableView.h"
 #include "ui_PlaylistView.h"
 
@@ -61,7 +62,7 @@ void FenPlaylistController::initialize() {
 void FenPlaylistController::loadView(QWidget& view) {
     // What the selector is made with; its style has the same.
     QFont font(QStringLiteral("Roboto"));
-    font.setPixelSize(12);
+    font.setPixelSize(cocoa::scaledToInt(12));
     view.setFont(font);
     Ui::PlaylistView layout;
     layout.setupUi(&view);

@@ -47,7 +47,7 @@ void FenPlaylistController::markFound(PlaylistEntryCell& cell) const {
 
 QString FenPlaylistController::toolTipForCell(int row) {
     const auto& cell = static_cast<const PlaylistEntryCell&>(playlistView->preparedCell(row));
-    return cell.toolTip(playlistView->rectOfRow(row));
+    return cell.toolTip(playlistView->cellFrameOfRow(row));
 }
 
 bool FenPlaylistController::isInView(std::uint64_t entry) const {

@@ -18,4 +18,7 @@ public:
 protected:
     void loadView(QWidget& view) override;
     void awakeFromNib() override;
+
+private:
+    void showNotes();
 };

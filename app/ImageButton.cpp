@@ -1,6 +1,7 @@
 #include "app/ImageButton.h"
 
 #include "controls/Colours.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QKeyEvent>
 
@@ -29,12 +30,12 @@ QSize ImageButton::sizeHint() const {
 
 QRectF ImageButton::centred(const cocoa::Image& image) const {
     QRectF place({}, image.size());
-    place.moveCenter(QRectF(rect()).center());
+    place.moveCenter(cocoa::designRect(*this).center());
     return place;
 }
 
 void ImageButton::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    cocoa::DesignPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const bool hovered = underMouse() && isEnabled();
     if (isDown()) painter.setOpacity(0.7);
@@ -44,13 +45,13 @@ void ImageButton::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::NoPen);
     if (hovered && m_hoverImage.isNull()) {
         painter.setBrush(QColor(255, 255, 255, isDown() ? 10 : 22));
-        const QRectF glow = QRectF(rect()).adjusted(2, 2, -2, -2);
+        const QRectF glow = cocoa::designRect(*this).adjusted(2, 2, -2, -2);
         m_round ? painter.drawEllipse(glow) : painter.drawRoundedRect(glow, 4, 4);
     }
     if (!hasFocus()) return;
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(colours::yellow(), 1.0));
-    const QRectF ring = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QRectF ring = cocoa::designRect(*this).adjusted(0.5, 0.5, -0.5, -0.5);
     m_round ? painter.drawEllipse(ring) : painter.drawRoundedRect(ring, 4, 4);
 }
 

@@ -1,5 +1,7 @@
 #include "app/ImageView.h"
 
+#include "platform/cocoa/Scale.h"
+
 #include <utility>
 
 namespace app {
@@ -10,7 +12,7 @@ void ImageView::setImage(cocoa::Image image) {
 }
 
 void ImageView::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    cocoa::DesignPainter painter(this);
     m_image.drawAtPoint(painter, {0, 0});
 }
 

@@ -1,5 +1,7 @@
 #include "app/KeyList.h"
 
+#include "platform/cocoa/Scale.h"
+
 #include <QGridLayout>
 #include <QLabel>
 
@@ -14,8 +16,8 @@ constexpr int scrollBarWidth = 9;
 std::unique_ptr<QWidget> makeKeyList(const Commands& commands) {
     auto list = std::make_unique<QWidget>();
     QGridLayout* const layout = std::make_unique<QGridLayout>(list.get()).release();
-    layout->setContentsMargins(0, 0, scrollBarWidth, 0);
-    layout->setVerticalSpacing(rowSpacing);
+    layout->setContentsMargins(0, 0, cocoa::scaledToInt(scrollBarWidth), 0);
+    layout->setVerticalSpacing(cocoa::scaledToInt(rowSpacing));
     layout->setColumnStretch(0, 1);
     int row = 0;
     for (const Command& command : commands) {

@@ -2,6 +2,7 @@
 
 #include "controls/Colours.h"
 #include "platform/cocoa/Image.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QHBoxLayout>
 
@@ -10,7 +11,7 @@
 namespace app {
 namespace {
 
-constexpr int pitch = 12;
+constexpr double pitch = 12.0;
 
 cocoa::Image dotImage(bool current, bool hovered) {
     if (current) return cocoa::Image::named(QStringLiteral("page_dot_current"));
@@ -26,22 +27,23 @@ PageDot::PageDot(const QString& pageName, QWidget& parent) : QAbstractButton(&pa
     setAutoExclusive(true);
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
+    connect(&cocoa::Scale::shared(), &cocoa::Scale::changed, this, [this] { updateGeometry(); });
 }
 
 QSize PageDot::sizeHint() const {
-    return {pitch, pitch};
+    return {cocoa::scaledToInt(pitch), cocoa::scaledToInt(pitch)};
 }
 
 void PageDot::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    cocoa::DesignPainter painter(this);
     const cocoa::Image image = dotImage(isChecked(), underMouse());
     QRectF place({}, image.size());
-    place.moveCenter(QRectF(rect()).center());
+    place.moveCenter(cocoa::designRect(*this).center());
     image.drawInRect(painter, place);
     if (!hasFocus()) return;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(colours::yellow(), 1.0));
-    painter.drawEllipse(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+    painter.drawEllipse(cocoa::designRect(*this).adjusted(0.5, 0.5, -0.5, -0.5));
 }
 
 void PageDots::setPages(const QStringList& names) {

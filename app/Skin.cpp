@@ -1,8 +1,11 @@
 #include "app/Skin.h"
 
+#include "platform/cocoa/Scale.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QPalette>
+#include <QRegularExpression>
 #include <QToolTip>
 #include <QWidget>
 
@@ -27,6 +30,24 @@ QPalette skinPalette() {
     return palette;
 }
 
+/// The lengths of the skin's style, which are in pixels, are points of the design.
+QString scaledStyle() {
+    static const QString style = [] {
+        QFile file(QStringLiteral(":/style/skin.qss"));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }();
+    static const QRegularExpression length(QStringLiteral("(\\d+)px"));
+    QString scaled;
+    qsizetype copied = 0;
+    for (const QRegularExpressionMatch& match : length.globalMatch(style)) {
+        scaled += QStringView(style).mid(copied, match.capturedStart() - copied);
+        scaled += QStringLiteral("%1px").arg(cocoa::scaledToInt(match.captured(1).toInt()));
+        copied = match.capturedEnd();
+    }
+    scaled += QStringView(style).mid(copied);
+    return scaled;
+}
+
 } // namespace
 
 void useSkinColours() {
@@ -36,11 +57,9 @@ void useSkinColours() {
 }
 
 void dressInSkin(QWidget& widget) {
-    static const QString style = [] {
-        QFile file(QStringLiteral(":/style/skin.qss"));
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }();
-    widget.setStyleSheet(style);
+    widget.setStyleSheet(scaledStyle());
+    QObject::connect(&cocoa::Scale::shared(), &cocoa::Scale::changed, &widget,
+                     [&widget] { widget.setStyleSheet(scaledStyle()); });
 }
 
 } // namespace app

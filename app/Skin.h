@@ -8,7 +8,8 @@ namespace app {
 /// made.
 void useSkinColours();
 
-/// The skin's look for a widget that the platform draws: a menu, a selector, scroll bars.
+/// The skin's look for a widget that the platform draws: a menu, a selector, scroll bars. Once a
+/// widget; it follows the scale.
 void dressInSkin(QWidget& widget);
 
 } // namespace app

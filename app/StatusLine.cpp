@@ -1,6 +1,7 @@
 #include "app/StatusLine.h"
 
 #include "controls/Colours.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QPainter>
 
@@ -42,14 +43,16 @@ void StatusLine::showLine(const QString& text, double fraction) {
 }
 
 QRectF StatusLine::barRect() const {
-    const double textRight = margin + m_text.fontMetrics().horizontalAdvance(text());
+    const QSizeF size = cocoa::designRect(*this).size();
+    const QPointF textWidth(m_text.fontMetrics().horizontalAdvance(text()), 0);
+    const double textRight = margin + cocoa::designPoint(textWidth).x();
     const double left = std::max(barLeft, textRight + margin);
-    return {left, (height() - barHeight) / 2, width() - left - margin - buttonWidth, barHeight};
+    return {left, (size.height() - barHeight) / 2, size.width() - left - margin - buttonWidth, barHeight};
 }
 
 void StatusLine::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
-    painter.fillRect(rect(), QColor(0x1b, 0x1e, 0x22));
+    cocoa::DesignPainter painter(this);
+    painter.fillRect(cocoa::designRect(*this), QColor(0x1b, 0x1e, 0x22));
     if (m_fraction < 0) return;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
@@ -63,8 +66,9 @@ void StatusLine::paintEvent(QPaintEvent* /*event*/) {
 
 void StatusLine::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    m_text.setGeometry(margin, 0, width() - 2 * margin, height());
-    m_stop.setGeometry(width() - buttonWidth, 0, buttonWidth, height());
+    const QRectF whole = cocoa::designRect(*this);
+    m_text.setGeometry(cocoa::scaledToInt(whole.adjusted(margin, 0, -margin, 0)));
+    m_stop.setGeometry(cocoa::scaledToInt(whole.adjusted(whole.width() - buttonWidth, 0, 0, 0)));
 }
 
 } // namespace app

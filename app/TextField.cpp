@@ -1,10 +1,11 @@
 #include "app/TextField.h"
 
+#include "platform/cocoa/Scale.h"
+
 #include <QMouseEvent>
 #include <QPainter>
 
 #include <chrono>
-#include <cmath>
 #include <utility>
 
 namespace app {
@@ -16,9 +17,9 @@ constexpr std::chrono::milliseconds briefly{1500};
 
 TextField::TextField(QWidget* parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
-    QFont roboto(QStringLiteral("Roboto"));
-    roboto.setPixelSize(12);
-    setFont(roboto);
+    setFont(QFont(QStringLiteral("Roboto")));
+    setFontSize(m_fontSize);
+    connect(&cocoa::Scale::shared(), &cocoa::Scale::changed, this, [this] { setFontSize(m_fontSize); });
     m_brief.setSingleShot(true);
     m_brief.callOnTimeout([this] { setStringValue(m_own); });
 }
@@ -57,8 +58,9 @@ void TextField::setTextColour(const QColor& colour) {
 }
 
 void TextField::setFontSize(double size) {
+    m_fontSize = size;
     QFont changed = font();
-    changed.setPixelSize(static_cast<int>(std::lround(size)));
+    changed.setPixelSize(cocoa::scaledToInt(size));
     setFont(changed);
 }
 

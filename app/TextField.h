@@ -28,7 +28,7 @@ public:
 
     QColor textColour() const { return m_textColour; }
     void setTextColour(const QColor& colour);
-    double fontSize() const { return font().pixelSize(); }
+    double fontSize() const { return m_fontSize; }
     void setFontSize(double size);
     bool isBold() const { return font().bold(); }
     void setBold(bool bold);
@@ -42,6 +42,7 @@ protected:
 private:
     void updateToolTip();
 
+    double m_fontSize = 12;
     QColor m_textColour = Qt::white;
     std::function<void()> m_action;
     QString m_own; ///< While another text is shown briefly.

@@ -42,15 +42,15 @@ WindowSize::WindowSize(CustomWindow& window, cocoa::UserDefaults& defaults)
 
 WindowSize::~WindowSize() = default;
 
+QSizeF WindowSize::minDesignSize() {
+    return {designWidth, minHeight};
+}
+
 void WindowSize::growByRows(int rows) {
-    const QRect free = m_window.visibleFrame();
-    const int wanted = m_window.height() + cocoa::scaledToInt(rows * rowHeight);
-    const int height =
-        std::clamp(wanted, m_window.minimumHeight(), std::max(m_window.minimumHeight(), free.height()));
-    // The compositor places windows on its own where this does nothing.
-    const int top = std::max(free.top(), std::min(m_window.y(), free.bottom() + 1 - height));
-    if (top != m_window.y()) m_window.move(m_window.x(), top);
-    m_window.resize(m_window.width(), height);
+    const int least = m_window.minimumHeight();
+    const int most = std::max(least, m_window.visibleFrame().height());
+    resize({m_window.width(),
+            std::clamp(m_window.height() + cocoa::scaledToInt(rows * rowHeight), least, most)});
 }
 
 void WindowSize::store() {
@@ -62,10 +62,25 @@ void WindowSize::store() {
 void WindowSize::fit() {
     const int free = m_window.visibleFrame().height();
     const int least = std::min(cocoa::scaledToInt(minHeight), free);
+    const int width = cocoa::scaledToInt(designWidth);
     m_givenHeight = std::clamp(cocoa::scaledToInt(m_height), least, free);
-    m_window.setFixedWidth(cocoa::scaledToInt(designWidth));
+    // In one step: each size on the way would count as the user's.
+    m_window.setMinimumSize(std::min(width, m_window.width()), std::min(least, m_window.height()));
+    m_window.setMaximumWidth(std::max(width, m_window.width()));
+    resize({width, m_givenHeight});
+    m_window.setFixedWidth(width);
     m_window.setMinimumHeight(least);
-    m_window.resize(m_window.width(), m_givenHeight);
+}
+
+/// A window that is open stays within the free part of the screen if it was, where the compositor lets it.
+void WindowSize::resize(const QSize& size) {
+    const QRect free = m_window.visibleFrame();
+    const QRect before = m_window.geometry();
+    m_window.resize(size);
+    if (!m_window.isVisible() || !free.contains(before)) return;
+    const int left = std::max(free.left(), std::min(before.left(), free.right() + 1 - size.width()));
+    const int top = std::max(free.top(), std::min(before.top(), free.bottom() + 1 - size.height()));
+    if (QPoint(left, top) != before.topLeft()) m_window.move(left, top);
 }
 
 void WindowSize::noteHeight() {

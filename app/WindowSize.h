@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QSizeF>
 #include <QTimer>
 
 class CustomWindow;
@@ -20,6 +21,9 @@ public:
     WindowSize(CustomWindow& window, cocoa::UserDefaults& defaults);
     ~WindowSize() override;
 
+    /// In points of the design: the controls, two rows, the selector.
+    static QSizeF minDesignSize();
+
     /// Lets the list show that many rows more, or fewer.
     void growByRows(int rows);
 
@@ -32,6 +36,7 @@ protected:
 private:
     void watchScreen();
     void fit();
+    void resize(const QSize& size);
     void noteHeight();
 
     CustomWindow& m_window;

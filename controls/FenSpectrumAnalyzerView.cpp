@@ -1,6 +1,7 @@
 #include "controls/FenSpectrumAnalyzerView.h"
 
 #include "controls/Colours.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QPaintEvent>
 #include <QPainter>
@@ -30,8 +31,8 @@ void FenSpectrumAnalyzerView::drawRect(QPainter& painter, const QRectF& redrawn)
 }
 
 void FenSpectrumAnalyzerView::paintEvent(QPaintEvent* event) {
-    QPainter painter(this);
-    drawRect(painter, wantsDefaultClipping() ? QRectF(event->rect()) : QRectF(rect()));
+    cocoa::DesignPainter painter(this);
+    drawRect(painter, cocoa::designRect(wantsDefaultClipping() ? event->rect() : rect()));
 }
 
 void FenSpectrumAnalyzerView::showEvent(QShowEvent*) {

@@ -34,11 +34,12 @@ void ImageBasedView::drawRect(QPainter& painter) {
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(geometry(), Qt::transparent);
     painter.restore();
-    m_viewImage.drawAtPoint(painter, imageRect(height(), m_viewImage.size()).topLeft());
+    m_viewImage.drawAtPoint(painter,
+                            imageRect(cocoa::designRect(*this).height(), m_viewImage.size()).topLeft());
 }
 
 void ImageBasedView::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    cocoa::DesignPainter painter(this);
     drawRect(painter);
     if (!m_repaint) return;
     m_repaint = false;

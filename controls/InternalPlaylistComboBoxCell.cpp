@@ -2,6 +2,7 @@
 
 #include "controls/Colours.h"
 #include "platform/cocoa/ComboBox.h"
+#include "platform/cocoa/Scale.h"
 
 #include <algorithm>
 
@@ -19,22 +20,27 @@ QRectF InternalPlaylistComboBoxCell::dropdownIconRect(const QRectF& frame) {
 void InternalPlaylistComboBoxCell::drawWithFrame(QPainter& painter, const QRectF& frame) {
     ComboBoxCell::drawWithFrame(painter, frame);
     m_dropdownIcon = cocoa::Image::named(QStringLiteral("internal_playlist_selector_arrow"));
-    m_dropdownIcon.drawInRect(painter, dropdownIconRect(frame));
+    painter.save();
+    painter.scale(cocoa::scaled(1), cocoa::scaled(1));
+    m_dropdownIcon.drawInRect(painter, dropdownIconRect(cocoa::designRect(frame)));
+    painter.restore();
     if (m_marked) drawMark(painter, frame);
 }
 
 /// Leaves room for the mark behind a long text, whether or not it is there: the text is not to jump.
 QRectF InternalPlaylistComboBoxCell::textRectForFrame(const QRectF& frame) const {
-    return ComboBoxCell::textRectForFrame(frame).adjusted(0, 0, -markGap, 0);
+    return ComboBoxCell::textRectForFrame(frame).adjusted(0, 0, -cocoa::scaled(markGap), 0);
 }
 
 void InternalPlaylistComboBoxCell::drawMark(QPainter& painter, const QRectF& frame) const {
     const auto* box = static_cast<const cocoa::ComboBox*>(controlView());
     const QRectF text = textRectForFrame(frame);
     const double end = text.left() + box->fontMetrics().horizontalAdvance(box->stringValue());
-    const double left = std::min(end + markGap, text.right() + markGap / 2);
+    const double gap = cocoa::scaled(markGap);
+    const double size = cocoa::scaled(markSize);
+    const double left = std::min(end + gap, text.right() + gap / 2);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(colours::yellow());
-    painter.drawEllipse(QRectF(left, frame.center().y() - markSize / 2, markSize, markSize));
+    painter.drawEllipse(QRectF(left, frame.center().y() - size / 2, size, size));
 }

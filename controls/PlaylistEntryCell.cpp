@@ -125,7 +125,10 @@ QRectF PlaylistEntryCell::lineRectForBounds(const QRectF& frame) const {
 }
 
 void PlaylistEntryCell::drawInteriorWithFrame(QPainter& painter, const QRectF& frame) {
+    // The edges of the row fall on pixels.
+    painter.setRenderHint(QPainter::Antialiasing, false);
     if (backgroundColor().isValid()) painter.fillRect(frame, backgroundColor());
+    painter.setRenderHint(QPainter::Antialiasing);
     if (m_failed)
         drawFailureMark(painter, frame);
     else if (m_active)
@@ -140,6 +143,7 @@ void PlaylistEntryCell::drawInteriorWithFrame(QPainter& painter, const QRectF& f
     draw(attributedInfo2Value(), info2RectForBounds(frame));
     draw(attributedLengthInfoValue(), lengthInfoRectForBounds(frame));
 
+    painter.setRenderHint(QPainter::Antialiasing, false);
     painter.fillRect(lineRectForBounds(frame), colours::blue());
 }
 

@@ -1,5 +1,7 @@
 #include "controls/RixSlider.h"
 
+#include "platform/cocoa/Scale.h"
+
 using cocoa::Image;
 
 RixSlider::RixSlider(QWidget* parent) : Slider(parent) {
@@ -44,7 +46,7 @@ void RixSlider::awakeFromNib() {
 }
 
 void RixSlider::setNeedsDisplayInRect(const QRectF&) {
-    Slider::setNeedsDisplayInRect(rect());
+    Slider::setNeedsDisplayInRect(cocoa::designRect(*this));
 }
 
 Image RixSlider::knobImage() const {

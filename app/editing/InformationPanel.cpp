@@ -5,6 +5,7 @@
 #include "core/background/Workers.h"
 #include "core/playlist/FileDetails.h"
 #include "core/playlist/resolveEntrySource.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QClipboard>
 #include <QFile>
@@ -21,10 +22,12 @@
 namespace app {
 namespace {
 
-constexpr QMargins outerMargins{24, 20, 24, 40};
+constexpr QMarginsF outerMargins{24, 20, 24, 40};
+/// In a window that was made low the panel takes what room there is.
+constexpr double lowHeight = 240;
 constexpr int padding = 16;
 constexpr int titleHeight = 38;
-constexpr QSize buttonSize{70, 24};
+constexpr QSizeF buttonSize{70, 24};
 constexpr double radius = 8;
 
 QString channelsText(int channels) {
@@ -64,8 +67,9 @@ QString lengthText(double seconds) {
 QString html(const InformationPanel::Lines& lines) {
     QString rows;
     for (const auto& [name, text] : lines)
-        rows += QStringLiteral("<tr><td width=\"100\" style=\"color:#9aa5b4\">%1</td><td>%2</td></tr>")
-                    .arg(name.toHtmlEscaped(), text.toHtmlEscaped());
+        rows += QStringLiteral("<tr><td width=\"%3\" style=\"color:#9aa5b4\">%1</td><td>%2</td></tr>")
+                    .arg(name.toHtmlEscaped(), text.toHtmlEscaped())
+                    .arg(cocoa::scaledToInt(100));
     return QStringLiteral("<table cellpadding=\"2\" cellspacing=\"0\" width=\"100%\">%1</table>").arg(rows);
 }
 
@@ -105,6 +109,10 @@ InformationPanel::InformationPanel(QWidget& page, const std::string& source)
     connect(&m_copy, &QPushButton::clicked, this, [this] { QGuiApplication::clipboard()->setText(text()); });
     connect(&m_close, &QPushButton::clicked, this, [this] { shut(); });
     page.installEventFilter(this);
+    connect(&cocoa::Scale::shared(), &cocoa::Scale::changed, this, [this] {
+        m_text.setHtml(html(m_lines));
+        layOut();
+    });
     setGeometry(page.geometry());
     showLines({});
 }
@@ -145,13 +153,17 @@ void InformationPanel::shut() {
 }
 
 QRectF InformationPanel::panelRect() const {
-    return QRectF(rect().marginsRemoved(outerMargins)).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QRectF whole = cocoa::designRect(*this);
+    const bool isLow = whole.height() < lowHeight;
+    const QMarginsF around =
+        isLow ? QMarginsF(outerMargins.left(), 4, outerMargins.right(), 4) : outerMargins;
+    return whole.marginsRemoved(around).adjusted(0.5, 0.5, -0.5, -0.5);
 }
 
 void InformationPanel::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
+    cocoa::DesignPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillRect(rect(), QColor(0, 0, 0, 115));
+    painter.fillRect(cocoa::designRect(*this), QColor(0, 0, 0, 115));
     painter.setPen(QColor(0x3f, 0x46, 0x4f));
     painter.setBrush(QColor(0x1d, 0x21, 0x26));
     painter.drawRoundedRect(panelRect(), radius, radius);
@@ -165,11 +177,16 @@ void InformationPanel::paintEvent(QPaintEvent* /*event*/) {
 
 void InformationPanel::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const QRect inside = panelRect().toRect().adjusted(padding, titleHeight, -padding, -14);
-    m_copy.setGeometry(QRect(inside.bottomLeft() - QPoint(0, buttonSize.height()), buttonSize));
-    m_close.setGeometry(
-        QRect(inside.bottomRight() - QPoint(buttonSize.width(), buttonSize.height()), buttonSize));
-    m_text.setGeometry(inside.adjusted(-6, 0, 6, -buttonSize.height() - 10));
+    layOut();
+}
+
+void InformationPanel::layOut() {
+    const QRectF inside = panelRect().adjusted(padding, titleHeight, -padding, -14);
+    const QPointF width(buttonSize.width(), 0);
+    const QPointF height(0, buttonSize.height());
+    m_copy.setGeometry(cocoa::scaledToInt(QRectF(inside.bottomLeft() - height, buttonSize)));
+    m_close.setGeometry(cocoa::scaledToInt(QRectF(inside.bottomRight() - width - height, buttonSize)));
+    m_text.setGeometry(cocoa::scaledToInt(inside.adjusted(-6, 0, 6, -buttonSize.height() - 10)));
 }
 
 void InformationPanel::keyPressEvent(QKeyEvent* event) {

@@ -42,6 +42,7 @@ protected:
 private:
     void showLines(Lines lines);
     QRectF panelRect() const;
+    void layOut();
     void shut();
 
     QWidget& m_page;

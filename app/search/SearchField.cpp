@@ -1,6 +1,7 @@
 #include "app/search/SearchField.h"
 
 #include "controls/Colours.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QEvent>
 #include <QPainter>
@@ -31,12 +32,12 @@ SearchField::SearchField(QWidget* parent) : QWidget(parent), m_line(this), m_res
 }
 
 QRectF SearchField::box() const {
-    return QRectF(rect()).adjusted(margin, 5, -margin, -5);
+    return cocoa::designRect(*this).adjusted(margin, 5, -margin, -5);
 }
 
 void SearchField::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
-    painter.fillRect(rect(), QColor(0x1b, 0x1e, 0x22));
+    cocoa::DesignPainter painter(this);
+    painter.fillRect(cocoa::designRect(*this), QColor(0x1b, 0x1e, 0x22));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(m_line.hasFocus() ? colours::blue() : QColor(0x3a, 0x42, 0x4d));
     painter.setBrush(QColor(0x13, 0x15, 0x18));
@@ -49,10 +50,11 @@ void SearchField::paintEvent(QPaintEvent* /*event*/) {
 
 void SearchField::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const QRect inside = box().toRect().adjusted(1, 1, -1, -1);
-    const int resultLeft = inside.right() - 7 - resultWidth;
-    m_line.setGeometry(textLeft, inside.top(), resultLeft - textLeft, inside.height());
-    m_result.setGeometry(resultLeft, inside.top(), resultWidth, inside.height());
+    const QRectF inside = box().adjusted(1, 1, -1, -1);
+    const double resultLeft = inside.right() - 8 - resultWidth;
+    m_line.setGeometry(
+        cocoa::scaledToInt(QRectF(QPointF(textLeft, inside.top()), QPointF(resultLeft, inside.bottom()))));
+    m_result.setGeometry(cocoa::scaledToInt(QRectF(resultLeft, inside.top(), resultWidth, inside.height())));
 }
 
 bool SearchField::eventFilter(QObject* watched, QEvent* event) {

@@ -10,17 +10,6 @@
 #include <memory>
 
 namespace cocoa {
-namespace {
-
-/// Edges are rounded and not sizes, so that neighbours in the design stay neighbours.
-QRect scaledRect(const QRect& rect) {
-    const QPoint topLeft(scaledToInt(rect.x()), scaledToInt(rect.y()));
-    return {topLeft,
-            QPoint(scaledToInt(rect.x() + rect.width()) - 1, scaledToInt(rect.y() + rect.height()) - 1)};
-}
-
-} // namespace
-
 Autoresizing& Autoresizing::of(QWidget& view) {
     return *std::unique_ptr<Autoresizing>(new Autoresizing(view)).release();
 }
@@ -36,7 +25,7 @@ Autoresizing::Autoresizing(QWidget& view) : QObject(&view), m_view(view), m_desi
 void Autoresizing::layOut() {
     const int surplus = m_view.height() - scaledToInt(m_designSize.height());
     for (auto [child, design] : m_designRects.asKeyValueRange()) {
-        QRect place = scaledRect(design);
+        QRect place = scaledToInt(QRectF(design));
         const QByteArray yields = child->property("autoresizing").toByteArray();
         if (yields == "height") place.setHeight(std::max(0, place.height() + surplus));
         if (yields == "top") place.translate(0, surplus);

@@ -152,6 +152,11 @@ void ComboBox::resizeEvent(QResizeEvent* event) {
     placeLineEdit();
 }
 
+void ComboBox::changeEvent(QEvent* event) {
+    QComboBox::changeEvent(event);
+    if (event->type() == QEvent::StyleChange && m_cell) placeLineEdit();
+}
+
 void ComboBox::keyPressEvent(QKeyEvent* event) {
     // The keyboard is this widget's, not the line edit's, which gets what is left. The toolkit's own handling
     // would step through the items.

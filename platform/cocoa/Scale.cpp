@@ -1,7 +1,5 @@
 #include "platform/cocoa/Scale.h"
 
-#include <QWidget>
-
 namespace cocoa {
 
 Scale& Scale::shared() {
@@ -23,8 +21,27 @@ int scaledToInt(double points) {
     return qRound(scaled(points));
 }
 
+/// Edges are rounded and not sizes, so that neighbours in the design stay neighbours.
+QRect scaledToInt(const QRectF& rect) {
+    const QPoint topLeft(scaledToInt(rect.left()), scaledToInt(rect.top()));
+    const QPoint bottomRight(scaledToInt(rect.right()), scaledToInt(rect.bottom()));
+    return {topLeft, bottomRight - QPoint(1, 1)};
+}
+
+QPointF designPoint(const QPointF& point) {
+    return point / Scale::shared().factor();
+}
+
+QRectF designRect(const QRectF& rect) {
+    return {designPoint(rect.topLeft()), rect.size() / Scale::shared().factor()};
+}
+
 QRectF designRect(const QWidget& widget) {
-    return {QPointF(), QSizeF(widget.size()) / Scale::shared().factor()};
+    return designRect(QRectF(widget.rect()));
+}
+
+DesignPainter::DesignPainter(QWidget* widget) : QPainter(widget) {
+    scale(Scale::shared().factor(), Scale::shared().factor());
 }
 
 } // namespace cocoa

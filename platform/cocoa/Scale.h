@@ -1,9 +1,9 @@
 #pragma once
 
 #include <QObject>
+#include <QPainter>
 #include <QRectF>
-
-class QWidget;
+#include <QWidget>
 
 namespace cocoa {
 
@@ -28,7 +28,17 @@ private:
 [[nodiscard]] double scaled(double points);
 [[nodiscard]] int scaledToInt(double points);
 
-/// A widget's rectangle, in points of the design.
+[[nodiscard]] QRect scaledToInt(const QRectF& rect);
+/// Points of the design.
+[[nodiscard]] QPointF designPoint(const QPointF& point);
+[[nodiscard]] QRectF designRect(const QRectF& rect);
+/// A widget's rectangle.
 [[nodiscard]] QRectF designRect(const QWidget& widget);
+
+/// Paints a widget in points of the design.
+class DesignPainter : public QPainter {
+public:
+    explicit DesignPainter(QWidget* widget);
+};
 
 } // namespace cocoa

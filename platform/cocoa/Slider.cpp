@@ -2,6 +2,7 @@
 
 #include "platform/cocoa/Accessibility.h"
 #include "platform/cocoa/RunLoop.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QAccessible>
 #include <QCoreApplication>
@@ -50,7 +51,7 @@ void Slider::setCell(std::unique_ptr<SliderCell> cell) {
     m_cell = std::move(cell);
     m_cell->setControlView(this);
     updateGeometry();
-    setNeedsDisplayInRect(rect());
+    setNeedsDisplayInRect(designRect(*this));
 }
 
 void Slider::setDoubleValue(double value) {
@@ -67,7 +68,8 @@ bool Slider::isTracking() const {
 }
 
 void Slider::setNeedsDisplayInRect(const QRectF& rect) {
-    update(rect.toAlignedRect());
+    const double factor = Scale::shared().factor();
+    update(QRectF(rect.topLeft() * factor, rect.size() * factor).toAlignedRect());
 }
 
 QSize Slider::sizeHint() const {
@@ -88,6 +90,10 @@ void Slider::moveTo(double value) {
 }
 
 void Slider::callAction() {
+    if (!m_isContinuous && isTracking()) {
+        m_actionWaits = true;
+        return;
+    }
     const qint64 interval = m_actionInterval.count();
     if (!m_sinceAction.isValid() || m_sinceAction.hasExpired(interval)) return sendAction();
     if (!m_lateAction.isActive())
@@ -96,6 +102,7 @@ void Slider::callAction() {
 
 void Slider::sendAction() {
     m_lateAction.stop();
+    m_actionWaits = false;
     if (m_actionInterval.count() > 0) m_sinceAction.start();
     if (m_action) m_action();
 }
@@ -120,32 +127,32 @@ void Slider::moveKnobTo(double x) {
 
 void Slider::showValueAt(double x) {
     if (!m_showsValueAtPointer || travel() <= 0) return;
-    const double onBar = std::clamp(x, 0.0, static_cast<double>(width()));
-    const QPoint above = mapToGlobal(QPoint(static_cast<int>(onBar), -toolTipRise));
+    const double onBar = std::clamp(x, 0.0, designRect(*this).width());
+    const QPoint above = mapToGlobal(QPoint(scaledToInt(onBar), -scaledToInt(toolTipRise)));
     QToolTip::showText(above, valueTextOf(valueAt(x)), this);
 }
 
 void Slider::stopTracking() {
     QCoreApplication::instance()->removeEventFilter(this);
     m_tracking.reset();
-    if (m_lateAction.isActive()) sendAction();
+    if (m_lateAction.isActive() || m_actionWaits) sendAction();
 }
 
 void Slider::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
+    DesignPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     m_cell->drawWithFrame(painter);
     if (!hasFocus()) return;
     // Around the whole control, so that it shows with any knob image.
     painter.setPen(QPen(palette().color(QPalette::Highlight), 1));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+    painter.drawRoundedRect(designRect(*this).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
 }
 
 void Slider::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || !(minValue() < maxValue())) return;
     const QRectF knob = m_cell->knobRectFlipped(true);
-    const double x = event->position().x();
+    const double x = designPoint(event->position()).x();
     const bool onKnob = x >= knob.left() && x <= knob.right();
     m_tracking = std::make_unique<Tracking>(onKnob ? x - knob.center().x() : 0.0);
     QCoreApplication::instance()->installEventFilter(this);
@@ -153,7 +160,7 @@ void Slider::mousePressEvent(QMouseEvent* event) {
 }
 
 void Slider::mouseMoveEvent(QMouseEvent* event) {
-    if (isTracking()) moveKnobTo(event->position().x() - m_tracking->grabOffset);
+    if (isTracking()) moveKnobTo(designPoint(event->position()).x() - m_tracking->grabOffset);
 }
 
 void Slider::mouseReleaseEvent(QMouseEvent* event) {
@@ -207,7 +214,7 @@ bool Slider::event(QEvent* event) {
     switch (event->type()) {
     case QEvent::ToolTip:
         if (!m_showsValueAtPointer || !(minValue() < maxValue())) break;
-        showValueAt(static_cast<QHelpEvent*>(event)->pos().x());
+        showValueAt(designPoint(static_cast<QHelpEvent*>(event)->pos()).x());
         return true;
     case QEvent::Hide:
     case QEvent::UngrabMouse:
@@ -220,7 +227,7 @@ bool Slider::event(QEvent* event) {
     case QEvent::HoverLeave:
     case QEvent::FocusIn:
     case QEvent::FocusOut:
-        setNeedsDisplayInRect(rect());
+        setNeedsDisplayInRect(designRect(*this));
         break;
     default:
         break;

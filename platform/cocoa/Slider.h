@@ -12,10 +12,10 @@
 
 namespace cocoa {
 
-/// A horizontal slider that draws through its cell. The user moves it by dragging, by a click (the knob jumps
-/// there), by the wheel and by keys: arrows a hundredth of the range, a notch of the wheel a fiftieth, page
-/// keys a tenth, Home and End to the ends. While the knob is held, the run loop is tracking (RunLoop). Only
-/// Tab gives it the keyboard.
+/// A horizontal slider that draws through its cell, in points of the design. The user moves it by dragging,
+/// by a click (the knob jumps there), by the wheel and by keys: arrows a hundredth of the range, a notch of
+/// the wheel a fiftieth, page keys a tenth, Home and End to the ends. While the knob is held, the run loop is
+/// tracking (RunLoop). Only Tab gives it the keyboard.
 class Slider : public QWidget {
     Q_OBJECT
     Q_PROPERTY(double minValue READ minValue WRITE setMinValue)
@@ -44,6 +44,8 @@ public:
     /// The action is called no more often than this; the last change is always reported, at the latest when
     /// the knob is released.
     void setActionInterval(std::chrono::milliseconds interval) { m_actionInterval = interval; }
+    /// Otherwise a drag calls the action once, when the knob is released. True at first.
+    void setContinuous(bool continuous) { m_isContinuous = continuous; }
     /// The value under the pointer is shown in a tool tip, while it rests and while it drags.
     void setShowsValueAtPointer(bool shows) { m_showsValueAtPointer = shows; }
 
@@ -56,7 +58,8 @@ public:
     /// True while the user holds the knob.
     bool isTracking() const;
 
-    /// Asks for a redraw of a part; every redraw of the slider's own goes through here.
+    /// Asks for a redraw of a part, in points of the design; every redraw of the slider's own goes through
+    /// here.
     virtual void setNeedsDisplayInRect(const QRectF& rect);
 
     QSize sizeHint() const override;
@@ -101,6 +104,8 @@ private:
     QElapsedTimer m_sinceAction;
     QTimer m_lateAction; ///< Runs while a change has not been reported.
     bool m_showsValueAtPointer = false;
+    bool m_isContinuous = true;
+    bool m_actionWaits = false; ///< For the release of the knob.
 };
 
 } // namespace cocoa

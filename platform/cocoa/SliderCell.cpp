@@ -1,5 +1,6 @@
 #include "platform/cocoa/SliderCell.h"
 
+#include "platform/cocoa/Scale.h"
 #include "platform/cocoa/Slider.h"
 
 #include <QStyle>
@@ -71,7 +72,7 @@ double SliderCell::knobThickness() const {
 }
 
 QRectF SliderCell::barRectFlipped(bool /*flipped*/) const {
-    return controlView() == nullptr ? QRectF() : QRectF(controlView()->rect());
+    return controlView() == nullptr ? QRectF() : designRect(*controlView());
 }
 
 QRectF SliderCell::knobRectFlipped(bool flipped) const {

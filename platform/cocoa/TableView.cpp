@@ -1,6 +1,7 @@
 #include "platform/cocoa/TableView.h"
 
 #include "platform/cocoa/Accessibility.h"
+#include "platform/cocoa/Scale.h"
 
 #include <QAccessible>
 #include <QContextMenuEvent>
@@ -37,7 +38,17 @@ TableView::TableView(QWidget* parent)
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    verticalScrollBar()->setSingleStep(wheelStep);
+    verticalScrollBar()->setSingleStep(scaledToInt(wheelStep));
+    connect(&Scale::shared(), &Scale::changed, this, &TableView::rescale);
+}
+
+/// The first row that is seen stays the first.
+void TableView::rescale() {
+    const int first = rowAtPoint({0, 0});
+    verticalScrollBar()->setSingleStep(scaledToInt(wheelStep));
+    reloadData();
+    if (first >= 0 && first < numberOfRows())
+        verticalScrollBar()->setValue(qRound(m_tops[std::size_t(first)]));
 }
 
 TableView::~TableView() = default;
@@ -85,7 +96,9 @@ void TableView::layOutRows() {
 
 double TableView::heightOf(int row) const {
     const double height = m_delegate == nullptr ? defaultRowHeight : m_delegate->heightOfRow(row);
-    return height == 0 ? 0 : std::max(rowSpacing, height);
+    if (height == 0) return 0;
+    // Whole points of the screen, so that rows meet without a seam.
+    return std::round(scaled(std::max(rowSpacing, height)));
 }
 
 void TableView::updateScrollBar() {
@@ -114,6 +127,10 @@ QRectF TableView::rectOfRow(int row) const {
     const double top = m_tops[std::size_t(row)];
     const double height = m_tops[std::size_t(row) + 1] - top;
     return {0, top - verticalScrollBar()->value(), double(viewport()->width()), height};
+}
+
+QRectF TableView::cellFrameOfRow(int row) const {
+    return designRect(rectOfRow(row)).adjusted(0, 0, 0, -rowSpacing);
 }
 
 int TableView::rowAtPoint(const QPointF& point) const {
@@ -158,7 +175,7 @@ TextFieldCell& TableView::preparedCell(int row) {
 }
 
 void TableView::drawRow(QPainter& painter, int row) {
-    const QRectF frame = rectOfRow(row).adjusted(0, 0, 0, -rowSpacing);
+    const QRectF frame = cellFrameOfRow(row);
     painter.save();
     preparedCell(row).drawInteriorWithFrame(painter, frame);
     painter.restore();
@@ -172,6 +189,7 @@ void TableView::paintEvent(QPaintEvent* event) {
     reloadIfRowCountChanged();
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scaled(1), scaled(1));
     m_drawing = true;
     // One row more than is touched: a cell may draw its separator into the next one's first pixels.
     const QRectF dirty = event->rect();
@@ -180,6 +198,7 @@ void TableView::paintEvent(QPaintEvent* event) {
     for (int row = above < 0 ? rowAfter(-1) : above;
          row < numberOfRows() && rectOfRow(row).top() < dirty.bottom(); row = rowAfter(row))
         drawRow(painter, row);
+    painter.resetTransform();
     m_drawing = false;
     drawDropIndicator(painter);
     if (m_heightsChanged) reloadData();

@@ -16,6 +16,8 @@ namespace cocoa {
 /// A table of one column whose rows are drawn by one data cell. Rows are asked for when they are drawn, and
 /// only the visible ones are. The table paints no selection of its own: the delegate shows it in the cell.
 ///
+/// Heights and cells are in points of the design; everything else is in points of the screen.
+///
 /// A row of height h at y gives its cell the frame (0, y, width, h - 1): the last point is the space between
 /// rows, where a cell may draw a separator below its frame. A row of height 0 is hidden: it keeps its index,
 /// but is not drawn, keys pass over it, and it cannot be selected by the user.
@@ -60,6 +62,8 @@ public:
     void scrollRowToVisible(int row);
     /// The row's rectangle in the viewport's coordinates; empty for a row outside the table.
     QRectF rectOfRow(int row) const;
+    /// The frame that its cell is drawn in, in points of the design.
+    QRectF cellFrameOfRow(int row) const;
     /// The row at a point of the viewport; -1 when there is none.
     int rowAtPoint(const QPointF& point) const;
 
@@ -125,6 +129,7 @@ private:
         bool operator==(const Drop&) const = default;
     };
 
+    void rescale();
     void reloadIfRowCountChanged();
     void layOutRows();
     double heightOf(int row) const;

@@ -1,5 +1,6 @@
 // The table's drag and drop of rows.
 #include "platform/cocoa/RunLoop.h"
+#include "platform/cocoa/Scale.h"
 #include "platform/cocoa/TableView.h"
 
 #include <QApplication>
@@ -85,7 +86,9 @@ QPixmap TableView::pictureOfRows(const IndexSet& rows) {
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     painter.setOpacity(0.7);
-    preparedCell(shown).drawInteriorWithFrame(painter, QRectF(QPointF(), frame.size() - QSizeF(0, 1)));
+    painter.scale(scaled(1), scaled(1));
+    preparedCell(shown).drawInteriorWithFrame(painter, QRectF(QPointF(), cellFrameOfRow(shown).size()));
+    painter.resetTransform();
     if (rows.size() == 1) return picture;
     painter.setOpacity(1);
     painter.setRenderHint(QPainter::Antialiasing);
