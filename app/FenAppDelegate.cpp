@@ -14,6 +14,7 @@
 #include "app/desktop/Mpris.h"
 #include "app/desktop/SleepInhibitor.h"
 #include "app/editing/PlaylistEditor.h"
+#include "app/session/SessionKeeper.h"
 #include "app/settings/Settings.h"
 #include "app/settings/TextSize.h"
 #include "controls/CustomWindow.h"
@@ -58,7 +59,7 @@ FenAppDelegate::~FenAppDelegate() {
     if (window) playerController->spectrumAnalyzerView->setOnSight(nullptr);
 }
 
-void FenAppDelegate::applicationDidFinishLaunching() {
+void FenAppDelegate::applicationDidFinishLaunching(bool keepsSession) {
     settings = std::make_unique<app::Settings>(cocoa::UserDefaults::standardUserDefaults());
     m_textSize = std::make_unique<app::TextSize>(*settings);
     player = std::make_unique<TulPlayer>();
@@ -69,6 +70,8 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     const auto applySettings = [this] { player->setLoudness(settings->loudness()); };
     QObject::connect(settings.get(), &app::Settings::changed, settings.get(), applySettings);
     applySettings();
+    if (keepsSession) m_session = std::make_unique<app::SessionKeeper>(*this);
+    if (m_session) m_session->restoreVolume();
     editor = std::make_unique<app::PlaylistEditor>(*player);
     m_sources = std::make_unique<app::SourceQueue>(*player, *editor,
                                                    [this] { playlistController->reloadPlaylistData(); });
@@ -103,8 +106,10 @@ void FenAppDelegate::applicationDidFinishLaunching() {
     m_pageDots->setPages({playlistController->displayName, coverArtController->displayName,
                           releaseNotesController->displayName});
     m_pageDots->setCurrentPage(0);
+    if (m_session) m_session->restoreWindow();
     window->show();
-    playlistController->playlistView->setFocus();
+    QWidget& page = pageController->selectedViewController()->view();
+    (pageController->selectedIndex() == 0 ? *playlistController->playlistView : page).setFocus();
     // While the display server and the window manager bring the window up.
     QMetaObject::invokeMethod(
         window.get(), [this] { finishMainLayout(); }, Qt::QueuedConnection);
@@ -123,6 +128,8 @@ void FenAppDelegate::quit() {
 }
 
 void FenAppDelegate::finishSaving() {
+    if (m_session) m_session->store();
+    m_session.reset();
     if (window) window->hide();
     if (m_windowSize) m_windowSize->store();
     if (player) player->finishSaving();
@@ -142,6 +149,7 @@ void FenAppDelegate::performFastUpdate() {
 void FenAppDelegate::performSlowUpdate() {
     player->update();
     m_unsavedChanges->check();
+    if (m_session) m_session->check();
     m_sleepInhibitor->setInhibits(settings->keepsAwake() && isStarted(player->playbackState()));
     if (player->takeSongChanged()) {
         playerController->handleSongChange();

@@ -30,6 +30,7 @@ class FileDrop;
 class Mpris;
 class PageDots;
 class PlaylistEditor;
+class SessionKeeper;
 class Settings;
 class SleepInhibitor;
 class SourceQueue;
@@ -68,15 +69,19 @@ public:
     cocoa::PageController* pageController = nullptr;
     app::TextField* pageName = nullptr;
 
-    /// Once, before anything else. Shows the window; nothing plays.
-    void applicationDidFinishLaunching();
+    /// Once, before anything else. Shows the window; nothing plays. Of the programs that run at the same
+    /// time, one keeps the session: goes on where the last one ended, and leaves that to the next.
+    void applicationDidFinishLaunching(bool keepsSession = false);
 
     /// What the program was started with. A playlist alone is opened; of anything else the files, those in
     /// folders, and addresses are appended, and the first of them plays unless something plays already.
+    /// Behind a list that is restored all is appended, and plays.
     void openSources(const std::vector<std::string>& sources);
     /// What another start of the program hands over: appended, playlists as well, and the first of it plays
     /// whatever plays now.
     void appendAndPlay(const std::vector<std::string>& sources);
+    /// Plays what is restored, as soon as it is there.
+    void playRestored();
 
     /// Ends the event loop, also from under a prompt; `main` then calls `shutDown`.
     static void quit();
@@ -135,6 +140,7 @@ private:
     std::unique_ptr<app::TextSize> m_textSize;
     std::unique_ptr<app::WindowSize> m_windowSize;
     std::unique_ptr<app::SleepInhibitor> m_sleepInhibitor;
+    std::unique_ptr<app::SessionKeeper> m_session; ///< Null when another program keeps it.
     app::Commands m_commands;
     std::unique_ptr<QMenu> m_menu;
     std::unique_ptr<app::Card> m_keyList; ///< Null until it is first shown.

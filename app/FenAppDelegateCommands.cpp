@@ -5,6 +5,7 @@
 #include "app/FenPlaylistController.h"
 #include "app/FileTypes.h"
 #include "app/SourceQueue.h"
+#include "app/session/SessionKeeper.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
@@ -113,6 +114,7 @@ void FenAppDelegate::toggleSpectrumAnalyzer() {
 
 void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
     if (sources.empty()) return;
+    if (m_session && m_session->restoresList()) return appendAndPlay(sources);
     if (sources.size() == 1 && app::isPlaylist(sources.front()))
         return m_sources->openPlaylist(sources.front());
     m_sources->append(sources, app::SourceSearch::Take::contents, app::SourceQueue::Then::play);
@@ -121,4 +123,8 @@ void FenAppDelegate::openSources(const std::vector<std::string>& sources) {
 void FenAppDelegate::appendAndPlay(const std::vector<std::string>& sources) {
     if (!sources.empty())
         m_sources->append(sources, app::SourceSearch::Take::contents, app::SourceQueue::Then::playAtOnce);
+}
+
+void FenAppDelegate::playRestored() {
+    if (m_session) m_session->playWhenRestored();
 }

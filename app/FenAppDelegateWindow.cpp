@@ -7,6 +7,7 @@
 #include "app/Skin.h"
 #include "app/TextField.h"
 #include "app/WindowSize.h"
+#include "app/session/SessionKeeper.h"
 #include "app/settings/TextSize.h"
 #include "controls/CustomWindow.h"
 #include "core/files/folders.h"
@@ -53,6 +54,7 @@ void FenAppDelegate::finishMainLayout() {
     makeMenu();
     m_textSize->askDesktop();
     if (const auto folder = stateFolder(); !folder.empty()) player->setStateFolder(folder);
+    if (m_session) m_session->restoreList(*m_sources);
 }
 
 void FenAppDelegate::connectControls(Ui::MainWindow& layout) {

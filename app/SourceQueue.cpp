@@ -42,6 +42,15 @@ void SourceQueue::selectInternalPlaylist(std::int32_t index) {
     m_player.selectInternalPlaylist(index, beginOpening());
 }
 
+void SourceQueue::restorePlaylist(const std::string& path, std::int64_t changedAt,
+                                  const TulResumption& resumption, TulPlayer::Opened opened) {
+    m_player.restorePlaylist(path, changedAt, resumption,
+                             [end = beginOpening(), opened = std::move(opened)](TulPlayer::Opening outcome) {
+                                 opened(outcome);
+                                 end(outcome);
+                             });
+}
+
 void SourceQueue::openUnsaved(const UnsavedList& list) {
     m_player.openUnsaved(list.id, beginOpening());
 }

@@ -44,6 +44,9 @@ public:
     }
     void openPlaylist(const std::string& path);
     void selectInternalPlaylist(std::int32_t index);
+    /// As TulPlayer::restorePlaylist. What is added meanwhile goes to that list.
+    void restorePlaylist(const std::string& path, std::int64_t changedAt, const TulResumption& resumption,
+                         TulPlayer::Opened opened);
     /// Opens a list that was changed and left (`ListKeeper::lists`).
     void openUnsaved(const UnsavedList& list);
     void revertPlaylist();

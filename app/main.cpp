@@ -39,20 +39,24 @@ void obeyOrLeave(const app::CommandLine& line) {
     }
 }
 
+using Start = app::SingleInstance::Start;
+
 /// Returns only where a window is to be shown.
-void startOrLeave(app::SingleInstance& instance, const app::CommandLine& line) {
-    using Start = app::SingleInstance::Start;
-    switch (instance.start(line)) {
+Start startOrLeave(app::SingleInstance& instance, const app::CommandLine& line) {
+    const Start start = instance.start(line);
+    switch (start) {
     case Start::primary:
-    case Start::alone:
-        return;
+    case Start::withoutBus:
+    case Start::another:
+        return start;
     case Start::handedOver:
         leave(0);
     case Start::noAnswer:
         leave(failed, "the running player does not answer");
     case Start::notRunning:
-        leave(failed, "no player is running");
+        break;
     }
+    leave(failed, "no player is running");
 }
 
 } // namespace
@@ -61,7 +65,7 @@ int main(int argc, char** argv) {
     const auto line = app::CommandLine::parse({argv + 1, argv + argc});
     obeyOrLeave(line);
     app::SingleInstance instance;
-    startOrLeave(instance, line);
+    const Start start = startOrLeave(instance, line);
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tulplayer"));
@@ -75,10 +79,13 @@ int main(int argc, char** argv) {
         app::endProcess(status, [&] { delegate.shutDown(); });
     };
     app::callAtExit(end);
-    delegate.applicationDidFinishLaunching();
+    delegate.applicationDidFinishLaunching(start == Start::primary || start == Start::withoutBus);
     // By the event loop: a request to quit that comes meanwhile is to find it running.
-    QMetaObject::invokeMethod(
-        &application, [&] { delegate.openSources(line.sources); }, Qt::QueuedConnection);
+    const auto openWhatWasNamed = [&] {
+        delegate.openSources(line.sources);
+        if (!line.controls.empty()) delegate.playRestored();
+    };
+    QMetaObject::invokeMethod(&application, openWhatWasNamed, Qt::QueuedConnection);
     instance.serve(delegate);
     std::optional<app::DemoRun> demo;
     if (!line.demoScreenshot.empty()) demo.emplace(delegate, QString::fromStdString(line.demoScreenshot));

@@ -122,16 +122,15 @@ void print(const QDBusMessage& reply, CommandLine::Status form) {
 SingleInstance::SingleInstance() : m_application(m_object), m_status(m_object) {}
 
 SingleInstance::Start SingleInstance::start(const CommandLine& line) {
-    const bool isOnBus = hasSessionBus() && (line.controlsPlayer() || !line.isNewWindow);
+    if (line.isNewWindow || !line.demoScreenshot.empty()) return Start::another;
+    const bool isOnBus = hasSessionBus() && QDBusConnection::sessionBus().isConnected();
     if (line.controlsPlayer()) {
-        const Start controlled =
-            isOnBus && QDBusConnection::sessionBus().isConnected() ? control(line) : Start::notRunning;
+        const Start controlled = isOnBus ? control(line) : Start::notRunning;
         const bool starts = line.controls.size() == 1 && line.controls.front().action == "play-pause" &&
                             line.status == CommandLine::Status::none;
         if (controlled != Start::notRunning || !starts) return controlled;
     }
-    if (!isOnBus || !QDBusConnection::sessionBus().isConnected()) return Start::alone;
-    return claim(makeHandOver(line));
+    return isOnBus ? claim(makeHandOver(line)) : Start::withoutBus;
 }
 
 SingleInstance::Start SingleInstance::control(const CommandLine& line) {

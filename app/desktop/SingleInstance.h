@@ -19,7 +19,8 @@ class SingleInstance {
 public:
     enum class Start {
         primary,    ///< This process has the name; what others hand over waits for `serve`.
-        alone,      ///< There is no bus, or the user wants another window.
+        withoutBus, ///< There is no bus to find another on.
+        another,    ///< The user wants another window beside what runs.
         handedOver, ///< A running player has taken everything.
         noAnswer,   ///< One runs, but does not answer.
         notRunning, ///< None runs that could be controlled.

@@ -57,6 +57,7 @@ void PlaylistEditor::takeReplaced(std::shared_ptr<LeftPlaylist> left, TulPlayer:
     using Replacement = TulPlayer::Replacement;
     const bool isEmpty = left->list && left->list->entryCount() == 0 && left->list->name.empty();
     if (why == Replacement::cleared && isEmpty) return;
+    if (why == Replacement::restored && isEmpty && m_steps.count() == 0) return;
     left->arrived = [this] {
         if (m_waiting) step(m_waiting);
     };

@@ -70,6 +70,8 @@ void TulPlayer::startEntry() {
     m_order.started(*playlist);
     stream->open(entry.source);
     if (m_request == TulPlaybackRequest::pause) stream->holdAtStart();
+    const auto resumesAt = std::exchange(m_resumesAt, {});
+    if (resumesAt.entry == entry.id) stream->seek(resumesAt.position);
     stream->setEndSync(&TulPlayer::onStreamEnded);
     stream->setVolume(volume);
     stream->setBalance(balance);

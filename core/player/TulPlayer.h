@@ -4,6 +4,7 @@
 #include "core/player/TulLoudness.h"
 #include "core/player/TulPlayOrder.h"
 #include "core/player/TulPlaybackState.h"
+#include "core/player/TulResumption.h"
 #include "core/player/TulStream.h"
 #include "core/playlist/ListKeeper.h"
 #include "core/playlist/TagReader.h"
@@ -14,6 +15,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -71,7 +73,7 @@ public:
     /// with an empty path, when changes could not be stored.
     std::function<void(const std::string& path, FileStatus status)> reportFile;
     /// Called when another list has taken the place of this one.
-    enum class Replacement { opened, cleared, reverted };
+    enum class Replacement { opened, restored, cleared, reverted };
     std::function<void(std::shared_ptr<LeftPlaylist> left, Replacement why)> playlistReplaced;
 
     /// The player that hears the end of tracks. Null when there is none.
@@ -134,6 +136,14 @@ public:
     void openPlaylist(const std::string& path, Opened opened = {});
     /// Opens one of `listKeeper.lists()`.
     void openUnsaved(const std::string& id, Opened opened = {});
+    /// Opens the list of an earlier run: the playlist file, with the changes that are kept of it, or with an
+    /// empty path the unsaved list that was changed at that time (`TulPlaylist::changedAt`; 0 for no
+    /// changes). Nothing plays: a file waits, paused at its position, and an address is opened when play is
+    /// pressed.
+    void restorePlaylist(const std::string& path, std::int64_t changedAt, const TulResumption& resumption,
+                         Opened opened = {});
+    /// What `restorePlaylist` needs to go on here.
+    [[nodiscard]] TulResumption resumption() const;
     /// Opens one of the internal playlists, unless it is the one that is shown.
     void selectInternalPlaylist(std::int32_t index, Opened opened = {});
     /// Replaces a changed playlist by its file. What plays plays on.
@@ -193,6 +203,8 @@ private:
     void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread, Replacement why);
     /// `show` gets a list that could be read; for any other the opening ends.
     void readPlaylist(const std::string& path, Show show);
+    void readOrRestorePlaylist(const std::string& path);
+    void resume(const TulResumption& resumption);
     void showOpened(std::unique_ptr<TulPlaylist> list, std::size_t unread);
     void showReverted(std::unique_ptr<TulPlaylist> list, std::size_t unread);
     void beginOpening(Opened opened);
@@ -218,4 +230,10 @@ private:
     TulStreamTitle m_entryTexts;  ///< Of the entry that plays, whatever its stream says.
     TulStreamTitle m_streamTitle; ///< What its stream said last.
     bool m_songInfoChanged = false;
+    std::optional<TulResumption> m_resumption; ///< Of the list that is being opened.
+    /// An entry that is to start at its position in an earlier run.
+    struct {
+        std::uint64_t entry = 0;
+        double position = 0.0;
+    } m_resumesAt;
 };

@@ -3,6 +3,7 @@
 #include "core/player/TulPlayer.h"
 
 #include "core/files/overwriteFile.h"
+#include "core/playlist/resolveEntrySource.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -63,6 +64,7 @@ void TulPlayer::discard(std::shared_ptr<void> object) {
 
 void TulPlayer::beginOpening(Opened opened) {
     endOpening(Opening::givenUp);
+    m_resumption.reset();
     m_opened = std::move(opened);
 }
 
@@ -77,6 +79,10 @@ void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
         if (playlist->entryCount() > 0) startCurrentEntry(); // the shown list is the one with its changes
         return endOpening(Opening::done);
     }
+    readOrRestorePlaylist(path);
+}
+
+void TulPlayer::readOrRestorePlaylist(const std::string& path) {
     listKeeper.restoreFile(
         path, [this, path, opening = m_opening](std::unique_ptr<TulPlaylist> list, std::size_t unread) {
             if (opening != m_opening) return discard(std::move(list));
@@ -95,6 +101,51 @@ void TulPlayer::openUnsaved(const std::string& id, Opened opened) {
                            if (opening != m_opening) return discard(std::move(list));
                            list ? showOpened(std::move(list), unread) : endOpening(Opening::rejected);
                        });
+}
+
+void TulPlayer::restorePlaylist(const std::string& path, std::int64_t changedAt,
+                                const TulResumption& resumption, Opened opened) {
+    beginOpening(std::move(opened));
+    m_resumption = resumption;
+    if (!path.empty()) return readOrRestorePlaylist(path);
+    listKeeper.restoreNameless(
+        changedAt, [this, opening = m_opening](std::unique_ptr<TulPlaylist> list, std::size_t unread) {
+            if (opening != m_opening) return discard(std::move(list));
+            list ? showOpened(std::move(list), unread) : endOpening(Opening::rejected);
+        });
+}
+
+void TulPlayer::resume(const TulResumption& resumption) {
+    const auto isSource = [&](const auto& entry) { return entry->source == resumption.source; };
+    const auto& entries = playlist->entries;
+    auto found = entries.begin() + std::clamp<std::int64_t>(resumption.index, 0, playlist->entryCount());
+    if (found == entries.end() || !isSource(*found)) found = std::ranges::find_if(entries, isSource);
+    if (found == entries.end()) return;
+    const auto row = static_cast<std::int32_t>(found - entries.begin());
+    if (!resumption.isOpened) {
+        playlist->currentIndex = row;
+        return;
+    }
+    playlist->selectEntry(row);
+    m_resumesAt = {(*found)->id, resumption.position};
+    m_request = TulPlaybackRequest::pause;
+    m_skipsFailures = false;
+    isAddress((*found)->source) ? stream.reset() : startEntry();
+}
+
+TulResumption TulPlayer::resumption() const {
+    TulResumption here;
+    if (playlist->entryCount() == 0) return here;
+    const TulPlaylistEntry& entry = *playlist->currentEntry();
+    here.index = playlist->currentIndex;
+    here.source = entry.source;
+    const bool waits = entry.id == m_resumesAt.entry;
+    here.isOpened = waits || (stream && entry.id == m_playingEntry);
+    if (waits) here.position = m_resumesAt.position;
+    if (waits || !here.isOpened || m_request == TulPlaybackRequest::stop) return here;
+    // That of a live stream leads nowhere.
+    if (stream->length() > 0 || stream->isConnecting()) here.position = std::max(stream->position(), 0.0);
+    return here;
 }
 
 void TulPlayer::readPlaylist(const std::string& path, Show show) {
@@ -122,7 +173,14 @@ void TulPlayer::showOpened(std::unique_ptr<TulPlaylist> list, std::size_t unread
     const auto& stored = internalPlaylistManager->playlists;
     const auto known = std::ranges::find(stored, path, &std::pair<std::string, std::string>::first);
     if (known != stored.end()) list->name = known->second;
-    setPlaylist(std::move(list), unread);
+    if (m_resumption) {
+        replacePlaylist(std::move(list), unread, Replacement::restored);
+        resume(*m_resumption);
+        prepareNext();
+        tagReader.readOn();
+    } else {
+        setPlaylist(std::move(list), unread);
+    }
     if (!path.empty()) {
         internalPlaylistManager->addPlaylist(playlist->name, path);
         runOnStore(&TulInternalPlaylistManager::save);

@@ -170,6 +170,16 @@ void ListKeeper::restoreFile(const std::string& file, Restored restored) {
     restoreFound(find, std::move(restored));
 }
 
+void ListKeeper::restoreNameless(std::int64_t changedAt, Restored restored) {
+    const auto find = [changedAt](UnsavedLists& folder) {
+        std::string id;
+        for (const UnsavedList& list : folder.list()) // the one changed last first
+            if (list.file.empty() && list.changedAt >= changedAt) id = list.id;
+        return id;
+    };
+    restoreFound(find, std::move(restored));
+}
+
 void ListKeeper::restoreFound(Find find, Restored restored) {
     const auto read = [this, folder = m_folder, find = std::move(find),
                        restored = std::move(restored)](const Workers::Reply& reply) {

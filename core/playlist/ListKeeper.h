@@ -54,6 +54,9 @@ public:
     void restore(const std::string& id, Restored restored);
     /// The changes of a playlist file.
     void restoreFile(const std::string& file, Restored restored);
+    /// The list without a file that was changed last at this time, in milliseconds since 1970. One that was
+    /// changed soon after is taken for it: the time may have been noted before the last change.
+    void restoreNameless(std::int64_t changedAt, Restored restored);
 
 private:
     /// Of one list.

@@ -1,13 +1,9 @@
 // Several starts of the real program in one session: what each hands over, controls, prints and returns.
 
 #include "app/CommandLine.h"
-#include "tests/support/Desk.h"
-#include "tests/support/Media.h"
-#include "tests/support/WaitFor.h"
+#include "tests/app/Starts.h"
 
 #include <QElapsedTimer>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <gtest/gtest.h>
 
@@ -16,61 +12,14 @@
 
 namespace {
 
-using support::Child;
+using starts::Answer;
+using starts::reaches;
+using starts::start;
+using starts::Started;
+using starts::status;
+using starts::track;
 using support::Desk;
-using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-
-std::string track(const std::string& name, double hertz, int seconds = 60) {
-    return support::encode(name, support::sine(hertz, static_cast<std::size_t>(seconds) * 44100)).string();
-}
-
-struct Answer {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-/// A start of the program that is under way; what it prints goes to files.
-class Started {
-public:
-    explicit Started(const std::vector<std::string>& arguments, const fs::path& folder = "/") {
-        static int count = 0;
-        m_files = (support::scratch() / ("start" + std::to_string(++count))).string();
-        std::vector<std::string> command{
-            "sh",
-            "-c",
-            R"(cd "$1"; f=$2; shift 2; setpriv --pdeathsig KILL "$@" >"$f.out" 2>"$f.err"; echo $? >"$f.rc"; mv "$f.rc" "$f.end")",
-            "sh",
-            folder.string(),
-            m_files,
-            TUL_PLAYER};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        m_child = Child(command);
-    }
-    bool ended() const { return fs::exists(m_files + ".end"); }
-    Answer answer() const {
-        EXPECT_TRUE(support::waitFor([&] { return ended(); }, 40s));
-        return {std::stoi("0" + support::readFile(m_files + ".end")), support::readFile(m_files + ".out"),
-                support::readFile(m_files + ".err")};
-    }
-
-private:
-    std::string m_files;
-    Child m_child;
-};
-
-Answer start(const std::vector<std::string>& arguments, const fs::path& folder = "/") {
-    return Started(arguments, folder).answer();
-}
-
-QJsonObject status() {
-    return QJsonDocument::fromJson(QByteArray::fromStdString(start({"--status=json"}).out)).object();
-}
-
-bool reaches(const char* key, const QJsonValue& value) {
-    return Desk::until([&] { return status().value(QLatin1String(key)) == value; });
-}
 
 class InstanceTest : public testing::Test {
 protected:
@@ -132,16 +81,16 @@ TEST_F(InstanceTest, AnotherStartHandsOverWhatItWasStartedWith) {
 }
 
 TEST_F(InstanceTest, OfManyStartsAtOnceOneStays) {
-    std::vector<std::unique_ptr<Started>> starts;
+    std::vector<std::unique_ptr<Started>> all;
     for (int i = 0; i < 6; ++i)
-        starts.push_back(std::make_unique<Started>(
+        all.push_back(std::make_unique<Started>(
             std::vector{track("At once " + std::to_string(i) + ".wav", 440 + 100 * i)}));
     EXPECT_TRUE(reaches("count", 6)) << "nothing is lost";
     const auto running = [&] {
-        return std::ranges::count_if(starts, [](const auto& one) { return !one->ended(); });
+        return std::ranges::count_if(all, [](const auto& one) { return !one->ended(); });
     };
     EXPECT_TRUE(Desk::until([&] { return running() == 1; }));
-    for (const auto& one : starts)
+    for (const auto& one : all)
         if (one->ended()) {
             EXPECT_EQ(one->answer().status, 0) << one->answer().err;
         }
