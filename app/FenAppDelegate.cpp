@@ -67,7 +67,10 @@ void FenAppDelegate::applicationDidFinishLaunching(bool keepsSession) {
         QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(task), Qt::QueuedConnection);
     });
     player->setStorePath(storePath());
-    const auto applySettings = [this] { player->setLoudness(settings->loudness()); };
+    const auto applySettings = [this] {
+        player->setLoudness(settings->loudness());
+        player->pausesWhenSinkIsRemoved = settings->pausesWhenSinkIsRemoved();
+    };
     QObject::connect(settings.get(), &app::Settings::changed, settings.get(), applySettings);
     applySettings();
     if (keepsSession) m_session = std::make_unique<app::SessionKeeper>(*this);

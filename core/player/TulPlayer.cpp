@@ -73,6 +73,7 @@ void TulPlayer::startEntry() {
     const auto resumesAt = std::exchange(m_resumesAt, {});
     if (resumesAt.entry == entry.id) stream->seek(resumesAt.position);
     stream->setEndSync(&TulPlayer::onStreamEnded);
+    stream->setSinkRemovedSync(&TulPlayer::onSinkRemoved);
     stream->setVolume(volume);
     stream->setBalance(balance);
     if (networkSharingEnabled) networkSharing->start(*stream);
@@ -178,14 +179,22 @@ void TulPlayer::restartCurrent() {
 }
 
 void TulPlayer::onStreamEnded(HSYNC /*sync*/, DWORD channel, DWORD /*data*/, void* /*user*/) {
+    handOver(channel, &TulPlayer::streamEnded);
+}
+
+void TulPlayer::onSinkRemoved(HSYNC /*sync*/, DWORD channel, DWORD /*data*/, void* /*user*/) {
+    handOver(channel, &TulPlayer::sinkRemoved);
+}
+
+void TulPlayer::handOver(HSTREAM channel, void (TulPlayer::*work)(HSTREAM)) {
     Executor executor;
     {
         const std::lock_guard lock(handOverMutex);
         if (!instance) return;
         executor = instance->m_executor;
     }
-    const auto task = [channel] {
-        if (instance) instance->streamEnded(channel);
+    const auto task = [channel, work] {
+        if (instance) (instance->*work)(channel);
     };
     executor ? executor(task) : task();
 }
@@ -201,6 +210,14 @@ void TulPlayer::streamEnded(HSTREAM ended) {
         m_failedInARow = 0;
     }
     goOn(failure.kind != TulFailure::Kind::none);
+}
+
+/// Without a fade, which would be played somewhere else.
+void TulPlayer::sinkRemoved(HSTREAM channel) {
+    const bool isCurrent = stream && stream->handle == channel;
+    if (!isCurrent || !pausesWhenSinkIsRemoved || !isStarted(playbackState())) return;
+    m_request = TulPlaybackRequest::pause;
+    stream->pauseAtOnce();
 }
 
 /// With what follows by itself. What cannot be played is not repeated.

@@ -60,6 +60,8 @@ public:
     std::unique_ptr<TulNetworkSharing> networkSharing;
     bool songChanged = false;
     bool networkSharingEnabled = false;
+    /// When the sink is removed that is played to.
+    bool pausesWhenSinkIsRemoved = true;
 
     Workers workers;
     TagReader tagReader;
@@ -120,6 +122,8 @@ public:
     /// Sync callback: the stream on `channel` has been played to its end, or has failed. The next entry
     /// follows; but an entry that the user started and that failed stays.
     static void onStreamEnded(HSYNC sync, DWORD channel, DWORD data, void* user);
+    /// Sync callback: what `channel` is played to is no more. A started stream is paused at once.
+    static void onSinkRemoved(HSYNC sync, DWORD channel, DWORD data, void* user);
 
     void setVolume(float newVolume);
     void setBalance(float newBalance);
@@ -191,7 +195,9 @@ private:
     using Show = std::function<void(std::unique_ptr<TulPlaylist> list, std::size_t unread)>;
 
     void startEntry();
+    static void handOver(HSTREAM channel, void (TulPlayer::*work)(HSTREAM));
     void streamEnded(HSTREAM ended);
+    void sinkRemoved(HSTREAM channel);
     [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
     void takeLength();
     void goOn(bool afterFailure);

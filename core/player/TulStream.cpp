@@ -139,6 +139,10 @@ void TulStream::fadeOutAndPause() {
     BASS_ChannelSlideAttribute(handle, BASS_ATTRIB_VOL, 0.0F, fadeOutMs);
 }
 
+void TulStream::pauseAtOnce() {
+    BASS_ChannelPause(handle);
+}
+
 void TulStream::fadeOutAndStop() {
     fadeOutAndPause();
     seek(0.0);
@@ -164,6 +168,10 @@ double TulStream::length() const {
 
 void TulStream::setEndSync(SYNCPROC* callback) {
     BASS_ChannelSetSync(handle, BASS_SYNC_END | BASS_SYNC_ONETIME, 0, callback, nullptr);
+}
+
+void TulStream::setSinkRemovedSync(SYNCPROC* callback) {
+    BASS_ChannelSetSync(handle, BASS_SYNC_SINK_REMOVED, 0, callback, nullptr);
 }
 
 bool TulStream::isLive() const {

@@ -45,6 +45,7 @@ public:
     /// Fades a playing stream to silence over 300 ms, and then pauses it. Its volume stays at 0. A stream
     /// that waits for data is paused at once.
     void fadeOutAndPause();
+    void pauseAtOnce();
     /// As fadeOutAndPause, and goes to the start; play() begins there unless seek() is called before.
     void fadeOutAndStop();
     /// Sync callback: pauses the channel it came for.
@@ -58,6 +59,8 @@ public:
     /// `callback` is called once, on the library's sync thread, when the last frame has been played or the
     /// stream has failed.
     void setEndSync(SYNCPROC* callback);
+    /// `callback` is called on that thread whenever the sink that is played to is removed.
+    void setSinkRemovedSync(SYNCPROC* callback);
 
     /// Plays, and has no end that is known.
     [[nodiscard]] bool isLive() const;

@@ -289,28 +289,43 @@ bool Channel::isCurrent(const Lock& /*lock*/, const MixEvent& event) const {
 }
 
 std::vector<Sync> Channel::takeSyncs(const Lock& lock, const MixEvent& event) {
-    DWORD type = BASS_SYNC_END;
-    if (event.kind == MixEvent::Kind::slide) {
+    switch (event.kind) {
+    case MixEvent::Kind::slide:
         if (!slot(event.attribute).slidePlayed(event.slide)) return {};
-        type = BASS_SYNC_SLIDE;
         if (m_seek && !m_seekBegun && !isFadingOut()) beginSeek(lock);
-    } else {
-        if (!isCurrent(lock, event)) return {};
-        if (m_state == StreamState::playing && m_seek) {
-            beginSeek(lock); // it ended while a seek waited for its fade
-            return {};
-        }
-        Channel* const next = joined(lock);
-        const bool over = m_state == StreamState::ended || m_state == StreamState::failed;
-        if (!over && !apply(lock, StreamEvent::end)) return {};
-        if (next) next->playJoined(lock);
+        return takeSyncs(lock, BASS_SYNC_SLIDE);
+    case MixEvent::Kind::end:
+        return isCurrent(lock, event) && end(lock) ? takeEndSyncs(lock) : std::vector<Sync>();
+    case MixEvent::Kind::sinkRemoved:
+        return takeSyncs(lock, BASS_SYNC_SINK_REMOVED);
     }
+    return {};
+}
+
+/// False when the end means nothing now.
+bool Channel::end(const Lock& lock) {
+    if (m_state == StreamState::playing && m_seek) {
+        beginSeek(lock); // it ended while a seek waited for its fade
+        return false;
+    }
+    Channel* const next = joined(lock);
+    const bool over = m_state == StreamState::ended || m_state == StreamState::failed;
+    if (!over && !apply(lock, StreamEvent::end)) return false;
+    if (next) next->playJoined(lock);
+    return true;
+}
+
+std::vector<Sync> Channel::takeEndSyncs(const Lock& lock) {
+    auto due = takeSyncs(lock, BASS_SYNC_END);
+    if (!due.empty()) m_endReported = true;
+    m_endUnclaimed = due.empty() && !m_voice.isClaimed();
+    return due;
+}
+
+std::vector<Sync> Channel::takeSyncs(const Lock& /*lock*/, DWORD type) {
     std::vector<Sync> due;
     std::ranges::copy_if(m_syncs, std::back_inserter(due), [type](const Sync& s) { return s.type == type; });
     std::erase_if(m_syncs, [type](const Sync& sync) { return sync.type == type && sync.once; });
-    if (type != BASS_SYNC_END) return due;
-    if (!due.empty()) m_endReported = true;
-    m_endUnclaimed = due.empty() && !m_voice.isClaimed();
     return due;
 }
 

@@ -95,6 +95,9 @@ private:
     void startIfFilled(const Lock& lock);
     void beginSeek(const Lock& lock);
     void postEnd(const Lock& lock);
+    bool end(const Lock& lock);
+    std::vector<Sync> takeSyncs(const Lock& lock, DWORD type);
+    std::vector<Sync> takeEndSyncs(const Lock& lock);
     void playJoined(const Lock& lock);
     void prepareNextIfDue(const Lock& lock);
     void linkNext(const Lock& lock);

@@ -179,4 +179,10 @@ void Library::deviceMissing() {
         channel->finishSlides(lock);
 }
 
+void Library::sinkRemoved() {
+    const Lock lock(m_engine.mutex);
+    for (const auto& [handle, channel] : m_channels)
+        m_engine.syncs.post({.kind = MixEvent::Kind::sinkRemoved, .stream = handle});
+}
+
 } // namespace bass

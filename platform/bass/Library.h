@@ -62,6 +62,7 @@ private:
 
     void rewind(std::uint64_t played) override;
     void deviceMissing() override;
+    void sinkRemoved() override;
 
     Engine m_engine;
     bool m_open = false; ///< Guarded by the engine's lock, as all below.

@@ -6,7 +6,7 @@ namespace bass {
 
 /// Something that happens when a frame of the device's timeline is played.
 struct MixEvent {
-    enum class Kind { end, slide };
+    enum class Kind { end, slide, sinkRemoved };
     Kind kind = Kind::end;
     std::uint32_t stream = 0;      ///< The handle.
     std::uint32_t generation = 0;  ///< Of the stream's voice, when the frame was mixed.

@@ -7,7 +7,7 @@ namespace bass {
 /// A callback of a stream.
 struct Sync {
     HSYNC handle;
-    DWORD type; ///< BASS_SYNC_END or BASS_SYNC_SLIDE.
+    DWORD type; ///< One of the BASS_SYNC_ values.
     bool once;
     SYNCPROC* proc;
     void* user;

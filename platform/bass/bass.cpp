@@ -159,7 +159,8 @@ HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* p
     const auto lock = Library::instance().lock();
     const auto channel = Library::instance().findAny(lock, handle); // one that failed still reports its end
     const DWORD kind = type & ~BASS_SYNC_ONETIME;
-    if (!channel || !proc || parameter != 0 || (kind != BASS_SYNC_END && kind != BASS_SYNC_SLIDE)) return 0;
+    const bool isKnown = kind == BASS_SYNC_END || kind == BASS_SYNC_SLIDE || kind == BASS_SYNC_SINK_REMOVED;
+    if (!channel || !proc || parameter != 0 || !isKnown) return 0;
     const HSYNC sync = Library::instance().newSyncHandle(lock);
     channel->addSync(lock, {sync, kind, (type & BASS_SYNC_ONETIME) != 0, proc, user});
     return sync;

@@ -42,6 +42,9 @@ inline constexpr DWORD BASS_ATTRIB_PAN = 3;
 inline constexpr DWORD BASS_SYNC_END = 2;
 /// A slide of BASS_ATTRIB_VOL or BASS_ATTRIB_PAN has reached its target.
 inline constexpr DWORD BASS_SYNC_SLIDE = 5;
+/// The sound server has removed the sink that was played to, as when headphones are pulled out. What plays
+/// goes on, on another one or when there is one.
+inline constexpr DWORD BASS_SYNC_SINK_REMOVED = 0x100;
 /// Flag bit of a sync type: the sync is removed after it has fired once.
 inline constexpr DWORD BASS_SYNC_ONETIME = 0x80000000;
 
@@ -164,7 +167,7 @@ BOOL BASS_ChannelIsSliding(DWORD handle, DWORD attrib);
 BOOL BASS_ChannelSetAttribute(DWORD handle, DWORD attrib, float value);
 BOOL BASS_ChannelGetAttribute(DWORD handle, DWORD attrib, float* value);
 
-/// Registers a callback for BASS_SYNC_END or BASS_SYNC_SLIDE; `parameter` must be 0. 0 on failure.
+/// Registers a callback for one of the BASS_SYNC_ values; `parameter` must be 0. 0 on failure.
 HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user);
 
 /// What is being played now, in bytes. Never moves backwards but by BASS_ChannelSetPosition.

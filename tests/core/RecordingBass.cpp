@@ -143,6 +143,7 @@ BOOL BASS_ChannelGetAttribute(DWORD /*handle*/, DWORD /*attrib*/, float* /*value
 HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD /*parameter*/, SYNCPROC* proc, void* /*user*/) {
     Channel* channel = findWorking(handle);
     if (!channel) return 0;
+    if (type == BASS_SYNC_SINK_REMOVED) return 1;
     (type == BASS_SYNC_SLIDE ? channel->slideSync : channel->endSync) = proc;
     return 1;
 }

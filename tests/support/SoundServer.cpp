@@ -60,12 +60,22 @@ std::vector<std::int16_t> SoundServer::recorded() const {
     return samples;
 }
 
+std::string SoundServer::addSink(const std::string& name) const {
+    return control({"load-module", "module-null-sink", "sink_name=" + name, "norewinds=1"});
+}
+
+std::string SoundServer::control(std::vector<std::string> command) const {
+    const auto answer = m_folder / "answer";
+    command.insert(command.begin(), {"pactl", "-s", m_control});
+    if (!Child(std::move(command), answer).succeeds()) throw std::runtime_error("pactl failed");
+    std::string text = readFile(answer);
+    if (text.ends_with('\n')) text.pop_back();
+    return text;
+}
+
 std::size_t SoundServer::playingStreams() const {
-    const auto list = m_folder / "streams";
-    if (!Child({"pactl", "-s", m_control, "list", "short", "sink-inputs"}, list).succeeds())
-        throw std::runtime_error("pactl failed");
-    const std::string lines = readFile(list);
-    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n'));
+    const std::string lines = control({"list", "short", "sink-inputs"});
+    return static_cast<std::size_t>(std::ranges::count(lines, '\n')) + (lines.empty() ? 0 : 1);
 }
 
 } // namespace support

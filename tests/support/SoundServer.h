@@ -25,6 +25,11 @@ public:
     /// While it is frozen, the server answers nothing and does not go away.
     void freeze(bool frozen) const { m_server.signal(frozen ? SIGSTOP : SIGCONT); }
 
+    /// Another null sink, which is not recorded. Answers the name of its module, for `control`.
+    std::string addSink(const std::string& name) const;
+    /// Has pactl do this, and answers what it says.
+    std::string control(std::vector<std::string> command) const;
+
     /// What the sink has played so far: interleaved 16-bit stereo at 44100 Hz.
     std::vector<std::int16_t> recorded() const;
     /// The streams that play into the sink.

@@ -87,6 +87,7 @@ bool CubebOutput::prepare(Renderer& renderer) {
 
 bool CubebOutput::start() {
     m_stream = std::move(m_next);
+    if (m_backend == soundServer) m_sinks.watch();
     if (m_library->streamStart(m_stream.get()) == CUBEB_OK) return true;
     m_failed = true;
     return false;
@@ -123,18 +124,18 @@ void CubebOutput::noteThread() {
     thread_local const pid_t thread = gettid();
     if (m_thread.load(std::memory_order_relaxed) == thread) return;
     m_thread = thread;
-    m_onThread();
+    m_signals.threadChanged();
 }
 
 void CubebOutput::stateChanged(cubeb_stream*, void* user, cubeb_state state) {
     if (state != CUBEB_STATE_ERROR) return;
     auto* self = static_cast<CubebOutput*>(user);
     self->m_failed = true;
-    self->m_onFailure();
+    self->m_signals.lost();
 }
 
 void CubebOutput::deviceChanged(void* user) {
-    static_cast<CubebOutput*>(user)->m_onFailure();
+    static_cast<CubebOutput*>(user)->m_signals.lost();
 }
 
 } // namespace bass

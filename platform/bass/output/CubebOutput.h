@@ -2,6 +2,7 @@
 
 #include "platform/bass/output/CubebLibrary.h"
 #include "platform/bass/output/Output.h"
+#include "platform/bass/output/SinkWatch.h"
 
 #include <atomic>
 #include <functional>
@@ -17,10 +18,8 @@ namespace bass {
 /// same.
 class CubebOutput : public Output {
 public:
-    /// `onFailure` is called when the device is lost or another has become the default one, `onThread` when
-    /// another thread than before asks for frames: both may be called on the audio thread.
-    CubebOutput(std::function<void()> onFailure, std::function<void()> onThread)
-        : m_onFailure(std::move(onFailure)), m_onThread(std::move(onThread)) {}
+    explicit CubebOutput(DeviceSignals signals)
+        : m_signals(std::move(signals)), m_sinks(m_signals.sinkRemoved) {}
 
     bool prepare(Renderer& renderer) override;
     bool start() override;
@@ -40,8 +39,8 @@ private:
     static void deviceChanged(void* user);
 
     const CubebLibrary* m_library = nullptr; ///< Loaded by the first `prepare`.
-    std::function<void()> m_onFailure;
-    std::function<void()> m_onThread;
+    const DeviceSignals m_signals;
+    SinkWatch m_sinks;
     std::string m_backend;             ///< Of the last connection.
     std::atomic<pid_t> m_thread{0};    ///< The one that asks for frames.
     std::atomic<bool> m_failed{false}; ///< A stream reported an error: its connection may be gone.

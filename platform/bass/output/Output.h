@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -20,12 +21,19 @@ public:
     virtual bool isReady(std::size_t frames) const noexcept = 0;
 };
 
+/// What happens to a device by itself. Called on any thread, also the audio thread: each only stores and
+/// wakes.
+struct DeviceSignals {
+    std::function<void()> lost;          ///< Or another one has become the default one.
+    std::function<void()> threadChanged; ///< Another thread than before asks for frames.
+    std::function<void()> sinkRemoved;   ///< What is played goes on elsewhere, or is lost, too.
+};
+
 /// Where sound goes. Started and stopped by one control thread; between start and stop it asks the renderer
 /// for frames.
 ///
 /// Threads: all calls on the control thread, but for `playedFrames`, which may come from any thread that
-/// keeps start and stop from running, and `wake`. `onFailure` (given at creation) is called on any thread and
-/// only stores and wakes.
+/// keeps start and stop from running, and `wake`.
 class Output {
 public:
     virtual ~Output() = default;

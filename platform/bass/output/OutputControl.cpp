@@ -20,10 +20,9 @@ constexpr auto unstableTime = 2000ms;
 /// A prepared device that is not started is kept for this long: a seek or a skip takes less.
 constexpr auto keepPrepared = 1000ms;
 
-std::unique_ptr<Output> makeOutput(std::function<void()> onFailure, std::function<void()> onThread) {
+std::unique_ptr<Output> makeOutput(DeviceSignals signals) {
     const char* replacement = std::getenv("TUL_AUDIO");
-    if (!replacement || !*replacement)
-        return std::make_unique<CubebOutput>(std::move(onFailure), std::move(onThread));
+    if (!replacement || !*replacement) return std::make_unique<CubebOutput>(std::move(signals));
     const std::string_view name = replacement;
     if (name == "null") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::realTime);
     if (name == "fast") return std::make_unique<ThreadOutput>(ThreadOutput::Pace::decoding);
@@ -41,7 +40,9 @@ OutputControl::~OutputControl() {
 }
 
 bool OutputControl::open() {
-    m_output = makeOutput([this] { deviceLost(); }, [this] { m_wake.release(); });
+    m_output = makeOutput({.lost = [this] { deviceLost(); },
+                           .threadChanged = [this] { m_wake.release(); },
+                           .sinkRemoved = [this] { sinkRemoved(); }});
     if (!m_output) return false;
     m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
     return true;
@@ -76,6 +77,11 @@ void OutputControl::changed() {
 
 void OutputControl::deviceLost() {
     m_lost = true;
+    m_wake.release();
+}
+
+void OutputControl::sinkRemoved() {
+    m_sinkRemoved = true;
     m_wake.release();
 }
 
@@ -123,6 +129,7 @@ void OutputControl::update() {
     const bool lost = m_lost.exchange(false);
     const bool expected = m_prepare.exchange(false) || flush;
     followThread();
+    if (m_sinkRemoved.exchange(false)) m_events.sinkRemoved();
     if (flush || lost) stopOutput();
     if (lost) m_output->release();
     if (m_mixer.attachedCount() > 0) return keepRunning(lost);

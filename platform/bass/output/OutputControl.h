@@ -13,7 +13,7 @@
 
 namespace bass {
 
-/// What the device does to what is mixed. Both are called on the control thread, without a lock.
+/// What the device does to what is mixed. All are called on the control thread, without a lock.
 class OutputEvents {
 public:
     virtual ~OutputEvents() = default;
@@ -21,6 +21,8 @@ public:
     virtual void rewind(std::uint64_t played) = 0;
     /// A channel is attached, and no device can be started now.
     virtual void deviceMissing() = 0;
+    /// The sink that was played to is no more.
+    virtual void sinkRemoved() = 0;
 };
 
 /// Runs the device while a channel is attached, restarts it where what is queued must not be played, and
@@ -28,8 +30,8 @@ public:
 ///
 /// Threads: its own, "tul-control", makes every call of the device; one that a sound server leaves without an
 /// answer keeps only this thread waiting. All public calls may come from any thread but the audio thread,
-/// `deviceLost` from any at all; none of them waits for the device but `close`. Lock order: the engine's
-/// lock before `m_mutex`.
+/// `deviceLost` and `sinkRemoved` from any at all; none of them waits for the device but `close`. Lock order:
+/// the engine's lock before `m_mutex`.
 class OutputControl {
 public:
     OutputControl(Mixer& mixer, OutputEvents& events) : m_mixer(mixer), m_events(events) {}
@@ -54,6 +56,7 @@ public:
     /// Attached channels came or went. After the last one has gone, what is queued is played to its end.
     void changed();
     void deviceLost();
+    void sinkRemoved();
     /// New frames are there for the mixer.
     void wakeOutput();
 
@@ -89,6 +92,7 @@ private:
     std::atomic<bool> m_prepare{false};
     std::atomic<bool> m_flush{false};
     std::atomic<bool> m_lost{false};
+    std::atomic<bool> m_sinkRemoved{false};
     std::counting_semaphore<> m_wake{0};
     std::binary_semaphore m_ended{0};
 
