@@ -17,10 +17,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <limits>
+#include <thread>
 
 namespace {
 
@@ -572,6 +574,38 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     ASSERT_TRUE(hears(2200));
     ASSERT_TRUE(Desk::until([&] { return received.back().title == "Fig & Fir"; }));
     EXPECT_EQ(received.back().body, "Station");
+}
+
+/// As a computer that sleeps: player and sound server stand still, the connection is gone when they wake, and
+/// the network is back later.
+TEST_F(RoadTest, ARadioGoesOnAfterASleep) {
+    const std::string tone = support::readFile(makeTrack("radio.mp3", {2200}, 60).toStdString());
+    std::atomic<bool> isConnected{true};
+    support::HttpServer radio([&](auto& client) {
+        if (!isConnected ||
+            !client.send("HTTP/1.0 200 OK\r\nicy-name: Station\r\nContent-Type: audio/mpeg\r\n\r\n"))
+            return;
+        constexpr std::size_t block = 16'000; // a second
+        constexpr std::size_t ahead = 4 * block;
+        for (std::size_t at = 0; isConnected && at < tone.size(); at += block) {
+            if (!client.send(std::string_view(tone).substr(at, block))) return;
+            for (int i = 0; at >= ahead && isConnected && i < 20; ++i)
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+    });
+    start({QString::fromStdString(radio.url("/live"))});
+    ASSERT_TRUE(hears(2200));
+    desk.signal(SIGSTOP);
+    desk.freezeSound(true);
+    isConnected = false;
+    std::this_thread::sleep_for(std::chrono::seconds(3)); // the sleep itself
+    const int requests = radio.requestCount();
+    desk.freezeSound(false);
+    desk.signal(SIGCONT);
+    ASSERT_TRUE(Desk::until([&] { return radio.requestCount() > requests; })) << "without being told";
+    ASSERT_TRUE(fallsSilent());
+    isConnected = true;
+    EXPECT_TRUE(hears(2200));
 }
 
 /// A panel with the desktop's media keys: what it is told of the player.
