@@ -11,11 +11,13 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace app {
 namespace {
 
 constexpr QMarginsF margins{16, 12, 16, 12};
-constexpr QMarginsF outerMargins{24, 12, 24, 12};
+constexpr QMarginsF outerMargins{24, 20, 24, 40};
 /// In a window that was made low the card takes what room there is.
 constexpr double lowHeight = 240;
 
@@ -26,6 +28,12 @@ void setScaledMargins(QLayout& layout, const QMarginsF& margins) {
 /// The parent deletes it.
 template <typename Widget, typename... Arguments> Widget* childOf(QWidget* parent, Arguments&&... arguments) {
     return std::make_unique<Widget>(std::forward<Arguments>(arguments)..., parent).release();
+}
+
+bool holdsControls(const QWidget& content) {
+    const auto widgets = content.findChildren<QWidget*>();
+    return std::any_of(widgets.begin(), widgets.end(),
+                       [](const QWidget* widget) { return widget->focusPolicy() != Qt::NoFocus; });
 }
 
 } // namespace
@@ -45,11 +53,14 @@ Card::Card(const QString& title, std::unique_ptr<QWidget> content, QWidget& cove
     auto* const layout = childOf<QVBoxLayout>(frame);
     auto* const heading = childOf<QLabel>(frame, title);
     heading->setObjectName(QStringLiteral("cardTitle"));
+    heading->setIndent(0);
     layout->addWidget(heading);
     auto* const area = childOf<QScrollArea>(frame);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_holdsControls = holdsControls(*content);
+    if (m_holdsControls) area->setFocusPolicy(Qt::NoFocus); // they have the keys that would scroll it
     area->setWidget(content.release());
     layout->addWidget(area);
     auto* const close = childOf<QPushButton>(frame, tr("Close"));
@@ -66,6 +77,18 @@ void Card::open() {
     show();
     raise();
     m_close->setFocus();
+    if (m_holdsControls) focusNextPrevChild(true);
+}
+
+bool Card::focusNextPrevChild(bool next) {
+    QWidget* const from = isAncestorOf(window()->focusWidget()) ? window()->focusWidget() : m_close;
+    QWidget* to = from;
+    do {
+        to = next ? to->nextInFocusChain() : to->previousInFocusChain();
+    } while (to != from && !(isAncestorOf(to) && to->isEnabled() && to->isVisible() &&
+                             (to->focusPolicy() & Qt::TabFocus) == Qt::TabFocus));
+    to->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }
 
 void Card::hideEvent(QHideEvent* event) {

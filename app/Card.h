@@ -24,12 +24,15 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// Tab stays on the card.
+    bool focusNextPrevChild(bool next) override;
 
 private:
     void cover();
 
     QWidget& m_covered;
     QPointer<QWidget> m_hadFocus;
+    bool m_holdsControls = false;
     QWidget* m_close = nullptr;
     QLayout* m_frameLayout = nullptr;
 };

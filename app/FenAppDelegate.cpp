@@ -100,6 +100,15 @@ void FenAppDelegate::applicationDidFinishLaunching(bool keepsSession) {
     playlistController->setEditor(*editor);
     m_fileDrop = std::make_unique<app::FileDrop>(*window, *playlistController, *m_sources);
 
+    const auto applyNotifications = [this] {
+        playerController->showsNotifications = settings->showsNotifications();
+    };
+    QObject::connect(settings.get(), &app::Settings::changed, settings.get(), applyNotifications);
+    applyNotifications();
+    QObject::connect(settings.get(), &app::Settings::cannotBeStored, settings.get(), [this] {
+        playlistController->showNotice(
+            QStringLiteral("Settings cannot be stored: they hold until the program ends"));
+    });
     playerController->initialize();
     playlistController->initialize();
     coverArtController->initialize();

@@ -129,6 +129,7 @@ private:
     void addToMenu(const app::Command& command);
     void toggleRepeat(TulRepeat repeat);
     void toggleKeyList();
+    void toggleSettings();
     void showMenuAt(const QPoint& place);
     QString sharingTitle() const;
     app::PageDots* m_pageDots = nullptr;
@@ -143,7 +144,8 @@ private:
     std::unique_ptr<app::SessionKeeper> m_session; ///< Null when another program keeps it.
     app::Commands m_commands;
     std::unique_ptr<QMenu> m_menu;
-    std::unique_ptr<app::Card> m_keyList; ///< Null until it is first shown.
+    std::unique_ptr<app::Card> m_keyList;      ///< Null until it is first shown.
+    std::unique_ptr<app::Card> m_settingsCard; ///< The same.
     std::unique_ptr<cocoa::Timer> m_slowTimer;
     std::unique_ptr<cocoa::Timer> m_fastTimer;
 };

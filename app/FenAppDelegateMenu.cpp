@@ -8,6 +8,7 @@
 #include "app/Skin.h"
 #include "app/WindowSize.h"
 #include "app/editing/PlaylistEditor.h"
+#include "app/settings/SettingsPanel.h"
 #include "app/settings/TextSize.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
@@ -220,6 +221,9 @@ app::Commands FenAppDelegate::programCommands() {
          .action = [this] { toggleNetworkSharing(); },
          .isOn = [this] { return player->networkSharingEnabled; },
          .titleNow = [this] { return sharingTitle(); }},
+        {.title = QStringLiteral("Settings…"),
+         .key = Qt::CTRL | Qt::Key_Comma,
+         .action = [this] { toggleSettings(); }},
         {.title = QStringLiteral("Keyboard Shortcuts"),
          .key = Qt::Key_F1,
          .action = [this] { toggleKeyList(); }},
@@ -288,6 +292,18 @@ void FenAppDelegate::toggleKeyList() {
         m_keyList = std::make_unique<app::Card>(QStringLiteral("Keyboard Shortcuts"),
                                                 app::makeKeyList(m_commands), *pageController);
     m_keyList->isVisible() ? m_keyList->hide() : m_keyList->open();
+}
+
+void FenAppDelegate::toggleSettings() {
+    if (!m_settingsCard) {
+        app::SettingsPanel::Sharing sharing{.isOn = [this] { return player->networkSharingEnabled; },
+                                            .toggle = [this] { toggleNetworkSharing(); },
+                                            .text = [this] { return sharingTitle(); }};
+        m_settingsCard = std::make_unique<app::Card>(
+            QStringLiteral("Settings"), std::make_unique<app::SettingsPanel>(*settings, std::move(sharing)),
+            *pageController);
+    }
+    m_settingsCard->isVisible() ? m_settingsCard->hide() : m_settingsCard->open();
 }
 
 QString FenAppDelegate::sharingTitle() const {

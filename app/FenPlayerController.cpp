@@ -198,11 +198,11 @@ void FenPlayerController::announceSong() {
     notification.informativeText =
         app::displayText(namesStation ? stream.album : stream.artist).value_or(QString());
     // The centre shows nothing while the window is active: a picture would be decoded in vain.
-    if (isSeen()) return;
+    if (isSeen() || !showsNotifications) return;
     app::decodeCover(
         player->workers, entry, [this, notification, id = entry.id](const QImage& picture) mutable {
             const TulPlaylistEntry* const now = player->playingEntry();
-            if (!now || now->id != id) return; // another has started
+            if (!now || now->id != id || !showsNotifications) return; // another has started
             notification.contentImage = picture;
             cocoa::UserNotificationCenter::defaultUserNotificationCenter().deliverNotification(notification);
         });

@@ -23,6 +23,7 @@ public:
     /// Slow ticks since the second line was changed last.
     std::int32_t infoChangeTickCounter = 0;
     bool renderSpectrumAnalyzer = false;
+    bool showsNotifications = true;
 
     app::TextField* timeView = nullptr;
     app::TextField* info1View = nullptr;

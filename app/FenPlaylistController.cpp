@@ -141,8 +141,15 @@ void FenPlaylistController::updateStatusLine() {
     const bool isBusy = progress.total > 0 || sources->isSearching();
     if (!isBusy) {
         m_busy.invalidate();
+        const bool isNewProblem = std::exchange(m_problem, sources->problem().number) != m_problem;
+        if (isNewProblem) m_notice.clear();
         const bool isSame = std::exchange(m_outcome, outcomeText()) == m_outcome;
-        if (std::exchange(m_problem, sources->problem().number) != m_problem || !isSame) m_told.start();
+        if (isNewProblem || !isSame) m_told.start();
+        if (!m_notice.isEmpty() && m_told.hasExpired(outcomeMs)) {
+            m_notice.clear();
+            m_outcome = outcomeText(); // which was shown before
+            return showsStatus(false);
+        }
         if (!m_outcome.isEmpty()) statusLine->showText(m_outcome);
         return showsStatus(!m_outcome.isEmpty() && !m_told.hasExpired(outcomeMs));
     }
@@ -161,12 +168,19 @@ void FenPlaylistController::updateStatusLine() {
     showsStatus(true);
 }
 
+void FenPlaylistController::showNotice(const QString& text) {
+    m_notice = text;
+    m_outcome.clear();
+    updateStatusLine();
+}
+
 void FenPlaylistController::showsStatus(bool shows) {
     statusLine->setVisible(shows);
     layOutTable();
 }
 
 QString FenPlaylistController::outcomeText() const {
+    if (!m_notice.isEmpty()) return m_notice;
     const auto& problem = sources->problem();
     if (problem.status != FileStatus::done) return app::fileStatusText(problem.status, problem.path);
     if (sources->skipped() == 0) return {};

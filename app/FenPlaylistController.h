@@ -66,6 +66,8 @@ public:
     void updatePlaylistViewSlow();
     /// Shows how far the reading of tags has come, and for a while what came of the last command.
     void updateStatusLine();
+    /// Shows a line for a while, in the place of what came of the last command.
+    void showNotice(const QString& text);
     void openSearch();
     /// Scrolls to the current row, past a search that hides it.
     void showCurrentRow();
@@ -123,6 +125,7 @@ private:
     /// Those that no internal playlist stands for, as of the last `updateSelector`.
     std::vector<UnsavedList> m_unsavedLists;
     QString m_outcome;
+    QString m_notice;  ///< Empty when none is shown.
     int m_problem = 0; ///< The number of the last one shown.
     TulPlaybackState m_shownState{};
     std::unique_ptr<app::ListSearch> m_search; ///< Null until the page's view is loaded.

@@ -17,9 +17,6 @@ const QString textSizeKey = QStringLiteral("TextSize");
 const QString pausesWhenSinkIsRemovedKey = QStringLiteral("PausesWhenSinkIsRemoved");
 const QString keepsAwakeKey = QStringLiteral("KeepsAwake");
 
-constexpr int minPort = 1024;
-constexpr int maxPort = 65535;
-
 const QString trackLoudness = QStringLiteral("track");
 const QString albumLoudness = QStringLiteral("album");
 const QString noLoudness = QStringLiteral("off");

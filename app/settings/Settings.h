@@ -19,6 +19,8 @@ class Settings : public QObject {
 public:
     static constexpr int minTextSize = 100;
     static constexpr int maxTextSize = 200;
+    static constexpr int minPort = 1024;
+    static constexpr int maxPort = 65535;
 
     explicit Settings(cocoa::UserDefaults& defaults);
 

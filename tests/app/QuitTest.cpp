@@ -89,7 +89,7 @@ public:
     void sharing() {
         playTrack();
         desk.click(menuButton);
-        for (int i = 0; i < 3; ++i) // from below: "Share on the Network"
+        for (int i = 0; i < 4; ++i) // from below: "Share on the Network"
             desk.key("Up");
         desk.key("Return");
         ASSERT_TRUE(Desk::until(&encoderRuns));

@@ -477,7 +477,7 @@ TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
     EXPECT_TRUE(Desk::until(mark));
 
     desk.click(place::menu);
-    for (int i = 0; i < 6; ++i) // from below: "Playlist"
+    for (int i = 0; i < 7; ++i) // from below: "Playlist"
         desk.key("Up");
     for (const char* key : {"Right", "Down", "Return"}) // "Revert to Saved"
         desk.key(key);
