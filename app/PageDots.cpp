@@ -11,7 +11,7 @@
 namespace app {
 namespace {
 
-constexpr double pitch = 12.0;
+constexpr int pitch = 12;
 
 cocoa::Image dotImage(bool current, bool hovered) {
     if (current) return cocoa::Image::named(QStringLiteral("page_dot_current"));
@@ -27,7 +27,7 @@ PageDot::PageDot(const QString& pageName, QWidget& parent) : QAbstractButton(&pa
     setAutoExclusive(true);
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
-    connect(&cocoa::Scale::shared(), &cocoa::Scale::changed, this, [this] { updateGeometry(); });
+    connect(&cocoa::Scale::shared(), &cocoa::Scale::changed, this, &QWidget::updateGeometry);
 }
 
 QSize PageDot::sizeHint() const {
