@@ -25,7 +25,7 @@ void SourceQueue::add(std::vector<std::string> sources, SourceSearch::Take take,
                       PlaylistEditor::Place place) {
     m_waiting.push_back(
         {std::move(sources), take, then, place, m_opens ? 0 : m_player.playlist->id, m_editor.beginAdding()});
-    m_player.tagReader.goOn();
+    m_player.tagReader.resume();
     startNext();
 }
 

@@ -150,7 +150,7 @@ EditCommand::Selection ReplaceList::exchange() {
     const std::size_t unread = m_other->list->unreadCount();
     m_other = player().exchangePlaylist(std::move(m_other->list), unread);
     m_other->arrived = std::move(arrived);
-    player().tagReader.readOn();
+    player().tagReader.readRest();
     return EditedSelection{};
 }
 

@@ -17,15 +17,15 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr std::size_t maxPool = 16;
-/// As many threads as cores would otherwise keep the sound, the window and the screen waiting.
+/// Keeps the pool, which has a thread for each core, from delaying the audio and the main thread.
 constexpr int poolNice = 10;
-constexpr auto idlesFor = 1s;
-constexpr auto deliversFor = 4ms;
+constexpr auto maxIdle = 1s;
+constexpr auto maxDelivery = 4ms;
 
 } // namespace
 
-/// What the main thread and the workers share; the last of them destroys it. A lock as an argument shows that
-/// the caller holds the mutex.
+/// State shared by the main thread and the workers, destroyed by the last of them. A `Lock` argument means
+/// that the caller holds the mutex.
 struct Workers::State {
     using Lock = std::unique_lock<std::mutex>;
 
@@ -42,23 +42,25 @@ struct Workers::State {
     Task wake;
     bool woken = false; ///< `wake` has been called, and `deliver` not yet.
     bool closed = false;
-    bool saves = false;                  ///< There is a thread that saves.
-    std::size_t threads = 0;             ///< Of all kinds.
-    std::size_t pool = 0;                ///< Those of the pool, …
-    std::size_t idle = 0;                ///< … those that wait for work, …
-    std::list<Clock::time_point> starts; ///< … and since when the others have been inside their jobs.
+    bool saves = false;                  ///< A thread runs `saveAll`.
+    std::size_t threads = 0;             ///< Running threads of all kinds.
+    std::size_t pool = 0;                ///< Running threads of the pool.
+    std::size_t idle = 0;                ///< Pool threads that wait for a job.
+    std::list<Clock::time_point> starts; ///< When the running jobs of the pool were started.
 
     void wakeOnce(const Lock& /*lock*/) {
         if (wake && !std::exchange(woken, true)) wake();
     }
 
     [[nodiscard]] bool needsThread(const Lock& /*lock*/) const {
-        const auto hangs = [since = Clock::now() - settings.hangsAfter](auto start) { return start < since; };
+        const auto hangs = [since = Clock::now() - settings.hangTimeout](auto start) {
+            return start < since;
+        };
         const auto hanging = static_cast<std::size_t>(std::ranges::count_if(starts, hangs));
         return urgent.size() + bulk.size() > idle && pool < std::min(settings.threads + hanging, maxPool);
     }
 
-    /// Counts it, and says whether there is one. `body` gets the state to keep it alive.
+    /// Starts and counts a thread; false when the system refuses. `body` gets the state to keep it alive.
     static bool startThread(const std::shared_ptr<State>& state, const Lock& /*lock*/, const char* name,
                             std::function<void(const std::shared_ptr<State>&)> body) {
         try {
@@ -69,7 +71,7 @@ struct Workers::State {
                 const std::lock_guard end(state->mutex);
                 --state->threads;
                 state->ended.notify_all();
-            }).detach(); // see the class: one that hangs could not be joined
+            }).detach(); // a thread that hangs in a system call could not be joined
         } catch (const std::system_error&) {
             return false;
         }
@@ -82,7 +84,7 @@ struct Workers::State {
         Lock lock(state->mutex);
         for (;;) {
             ++state->idle;
-            const bool found = state->work.wait_for(lock, idlesFor, [&] {
+            const bool found = state->work.wait_for(lock, maxIdle, [&] {
                 return state->closed || !state->urgent.empty() || !state->bulk.empty();
             });
             --state->idle;
@@ -143,14 +145,14 @@ Workers::~Workers() {
     dropped[1].swap(m_state->bulk);
     undelivered.swap(m_state->posted);
     m_state->work.notify_all();
-    m_state->ended.wait_for(lock, m_state->settings.endsWithin, [this] { return m_state->threads == 0; });
+    m_state->ended.wait_for(lock, m_state->settings.endTimeout, [this] { return m_state->threads == 0; });
     lock.unlock();
     finishSaving();
 }
 
 void Workers::finishSaving() {
     State::Lock lock(m_state->mutex);
-    m_state->ended.wait_for(lock, m_state->settings.savesWithin, [this] { return !m_state->saves; });
+    m_state->ended.wait_for(lock, m_state->settings.saveTimeout, [this] { return !m_state->saves; });
 }
 
 void Workers::setWake(Task wake) {
@@ -196,7 +198,7 @@ void Workers::runInPlace(Job job) {
 }
 
 void Workers::deliver() {
-    const auto end = Clock::now() + deliversFor;
+    const auto end = Clock::now() + maxDelivery;
     State::Lock lock(m_state->mutex);
     m_state->woken = false;
     while (!m_state->posted.empty()) {

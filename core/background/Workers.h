@@ -6,12 +6,11 @@
 #include <functional>
 #include <memory>
 
-/// Runs what may block (files, folders) on threads of its own, and brings the results to the main thread.
+/// Runs jobs that may block (files, folders) on worker threads, and delivers the results to the main thread.
 ///
-/// Threads: made, destroyed and called on the main thread. Jobs run on workers and touch only what they own;
-/// what they post runs on the main thread, inside `deliver`. Nothing waits for a worker but the destructor,
-/// for a moment: one that is inside a call which does not return (a dead mount) is abandoned, and owns
-/// everything that it uses.
+/// Threads: main thread only. Jobs run on workers and touch only what they own; the tasks they post run on
+/// the main thread, inside `deliver`. Only the destructor waits for workers, up to `endTimeout`. A worker
+/// that is stuck in a system call (on a dead mount) is abandoned; it owns everything it uses.
 class Workers {
     struct State;
 
@@ -21,35 +20,35 @@ public:
     /// A job's way back to the main thread. May be copied, and outlives the workers.
     class Reply {
     public:
-        /// `deliver` runs the task, after those that were posted before; never, once the workers are gone.
+        /// Queues a task for `deliver`. Dropped once the workers are destroyed.
         void post(Task task) const;
-        /// Nothing waits for the job any more: the workers are gone.
+        /// True once the workers are destroyed: the result of the job is not needed.
         [[nodiscard]] bool isAbandoned() const;
 
     private:
         friend class Workers;
         explicit Reply(std::shared_ptr<State> state) : m_state(std::move(state)) {}
 
-        std::shared_ptr<State> m_state; ///< Null in place.
+        std::shared_ptr<State> m_state; ///< Null for a job that runs in place.
     };
     using Job = std::function<void(const Reply& reply)>;
 
     struct Settings {
-        /// Of the pool. A thread that hangs is replaced, up to 16 in all.
+        /// Size of the pool. A thread that hangs is replaced, up to 16 threads in all.
         std::size_t threads = cores();
-        /// One that has been inside a job for longer hangs.
-        std::chrono::milliseconds hangsAfter{250};
-        /// The destructor waits so long for jobs, …
-        std::chrono::milliseconds endsWithin{200};
-        /// … and as `finishSaving` so long for what is being saved.
-        std::chrono::milliseconds savesWithin{2000};
+        /// A thread hangs when its job takes longer than this.
+        std::chrono::milliseconds hangTimeout{250};
+        /// How long the destructor waits for running jobs.
+        std::chrono::milliseconds endTimeout{200};
+        /// How long the destructor and `finishSaving` wait for jobs of Lane::saving.
+        std::chrono::milliseconds saveTimeout{2000};
     };
 
     enum class Lane {
-        bulk,   ///< In order, on the threads of the pool.
-        urgent, ///< On the same threads, before the bulk, the last one first.
-        own,    ///< At once, on a thread of its own: for jobs that take long.
-        saving, ///< One after another. The destructor waits for them.
+        bulk,   ///< On the pool, first in, first out.
+        urgent, ///< On the pool, before `bulk`, last in, first out.
+        own,    ///< At once, on a new thread: for long jobs.
+        saving, ///< One at a time, in order. The destructor waits for them.
     };
 
     Workers() : Workers(Settings()) {}
@@ -58,14 +57,14 @@ public:
     Workers& operator=(const Workers&) = delete;
     ~Workers();
 
-    /// `wake` is called on a worker when there is something to deliver, once for each `deliver`. It must not
-    /// call back, and is not called any more when this has set another. Without one, jobs run in place: `run`
-    /// returns when they, and those that they led to, are done.
+    /// `wake` is called on any thread, under a lock, when there is something to deliver, once before each
+    /// `deliver`. It must not call back into this object. Without one, jobs run in place: `run` returns when
+    /// the job, and the jobs that it queued, are done.
     void setWake(Task wake);
     void run(Lane lane, Job job);
-    /// Runs what has been posted. After a few milliseconds it leaves the rest to another wake.
+    /// Runs the posted tasks. After a few milliseconds it calls `wake` for the rest.
     void deliver();
-    /// Waits until what is being saved is, but not for long.
+    /// Waits for the jobs of Lane::saving, at most `saveTimeout`.
     void finishSaving();
 
 private:

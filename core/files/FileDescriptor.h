@@ -3,7 +3,7 @@
 #include <unistd.h>
 #include <utility>
 
-/// Owns an open file; -1 is none.
+/// Owns a file descriptor; -1 is none.
 class FileDescriptor {
 public:
     explicit FileDescriptor(int fd = -1) : m_fd(fd) {}

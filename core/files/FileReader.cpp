@@ -16,7 +16,7 @@ FileStatus kindOf(const FileDescriptor& file) {
 
 } // namespace
 
-// Non-blocking: opening a named pipe would otherwise wait for its writer.
+// O_NONBLOCK: opening a named pipe would otherwise wait for a writer.
 FileReader::FileReader(const std::string& path)
     : m_file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)),
       m_status(kindOf(m_file)),

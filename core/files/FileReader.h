@@ -8,17 +8,18 @@
 #include <string>
 #include <string_view>
 
-/// What text in UTF-8 may begin with.
+/// The UTF-8 byte order mark, which a text file may begin with.
 constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
 /// Reads a regular file from its start, a block at a time.
 class FileReader {
 public:
-    /// Does not wait for anything but the disk: what is no regular file is not opened.
+    /// Reads regular files only (FileStatus::notAllowed for others), so that it waits for nothing but the
+    /// disk.
     explicit FileReader(const std::string& path);
 
-    /// The next bytes, valid until the next call. Empty at the end, after an error, and when the file has
-    /// given `maxBytes`; `status` distinguishes them.
+    /// The next bytes, valid until the next call. Empty at the end of the file, after an error, and beyond
+    /// `maxBytes`; `status` tells them apart.
     std::string_view next();
     /// FileStatus::tooLarge for a file of more than `maxBytes`.
     [[nodiscard]] FileStatus status() const { return m_status; }

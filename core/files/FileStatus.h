@@ -1,6 +1,6 @@
 #pragma once
 
-/// What became of reading or writing a file of the user's.
+/// The result of reading or writing a user's file.
 enum class FileStatus {
     done,
     cut,        ///< Read up to a limit (a million entries); the rest was left out.
@@ -10,7 +10,7 @@ enum class FileStatus {
     notAllowed, ///< No permission, a read-only disk, or no regular file.
     noSpace,    ///< The disk is full, or the user's share of it.
     failed,     ///< Any other error of the disk.
-    tooLarge,   ///< Larger than any file of ours.
+    tooLarge,   ///< Larger than FileReader::maxBytes.
     malformed,  ///< Not the kind of file it should be.
     busy,       ///< Another program keeps it locked.
 };

@@ -7,23 +7,23 @@
 
 enum class Locking {
     done,
-    busy,       ///< Someone else held the lock all the time.
-    impossible, ///< The file system has no locks.
+    busy,       ///< Another holder did not release the lock in time.
+    impossible, ///< The file is not open, or its file system has no locks.
 };
 
-/// Excludes other programs, and other descriptors of this one, from what they lock as well: until the file or
-/// folder is closed, also by a killed process.
-Locking lockFile(const FileDescriptor& file, std::chrono::milliseconds waitsAtMost);
+/// Takes an exclusive lock (flock) on an open file or folder. The kernel releases it when the descriptor is
+/// closed, also by the death of the process.
+Locking lockFile(const FileDescriptor& file, std::chrono::milliseconds maxWait);
 
-/// Excludes the other programs, and threads, that hold this lock of the same folder. The folder itself is
-/// locked: no lock file is left behind, and none needs to be allowed. Where its file system has no locks or
-/// the folder cannot be read, the state folder is locked instead.
+/// Holds an exclusive lock on a folder, against other programs and threads that lock it, too. The folder
+/// itself is locked, so no lock file is needed. Where its file system has no locks or the folder cannot be
+/// opened, the state folder is locked instead.
 class FolderLock {
 public:
-    /// Waits up to a second for another holder.
+    /// Waits up to a second for another holder to release the lock.
     explicit FolderLock(const std::filesystem::path& folder);
 
-    /// False when another holder did not release it in time. Where nothing at all can be locked, true.
+    /// False when another holder did not release it in time. True where locks are impossible.
     [[nodiscard]] bool isHeld() const { return m_held; }
 
 private:

@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A name that begins so is short enough for any folder.
+/// A fixed short prefix, not the target's name: that might exceed the file system's limit.
 constexpr std::string_view prefix = ".tulplayer-";
 
 fs::path newPath(const fs::path& folder) {
@@ -30,7 +30,7 @@ bool isRemoved(const FileDescriptor& file) {
     return ::fstat(file.get(), &status) == 0 && status.st_nlink == 0;
 }
 
-/// Keeps new names on the disk. Some file systems cannot; the files themselves are safe by then.
+/// Flushes a rename to the disk. Errors are ignored: the file's content is on the disk by then.
 void syncFolder(const fs::path& folder) {
     const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) ::fsync(directory.get());
@@ -50,8 +50,7 @@ bool writeAt(const FileDescriptor& file, std::string_view bytes, std::size_t off
 }
 
 TemporaryFile::TemporaryFile(const fs::path& folder) {
-    constexpr int maxTries =
-        1000; // names that are taken, and files that were removed before they were locked
+    constexpr int maxTries = 1000; // the name may be taken, or the file removed as stale before it is locked
     for (int i = 0; i < maxTries; ++i) {
         m_path = newPath(folder);
         m_file = FileDescriptor(::open(m_path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
@@ -76,7 +75,7 @@ bool TemporaryFile::replace(const fs::path& target) {
     return true;
 }
 
-void TemporaryFile::removeLeftOver(const fs::path& folder) {
+void TemporaryFile::removeStale(const fs::path& folder) {
     std::error_code failed;
     for (fs::directory_iterator each(folder, failed); !failed && each != fs::directory_iterator();
          each.increment(failed)) {

@@ -5,10 +5,11 @@
 #include <filesystem>
 #include <string_view>
 
-/// A new file beside the one that it is to replace. Removed again unless it takes that one's place. It is
-/// locked as long as this lives, unlike those that killed programs have left.
+/// A new file in the folder of the one it is to replace, removed by the destructor unless `replace`
+/// succeeded. It stays locked while this object lives, which distinguishes it from those that killed programs
+/// left behind.
 ///
-/// Where an operation fails, `errno` says why.
+/// A failed operation sets `errno`.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& folder);
@@ -21,16 +22,16 @@ public:
 
     /// Appends all of the bytes.
     [[nodiscard]] bool write(std::string_view bytes) const;
-    /// Brings the file to the disk and gives it the name, which another may have until then.
+    /// Flushes the file to the disk and renames it to `target`, replacing an existing file.
     [[nodiscard]] bool replace(const std::filesystem::path& target);
 
-    /// Removes from a folder those that killed programs have left.
-    static void removeLeftOver(const std::filesystem::path& folder);
+    /// Removes the temporary files that killed programs left in a folder.
+    static void removeStale(const std::filesystem::path& folder);
 
 private:
     std::filesystem::path m_path;
     FileDescriptor m_file;
 };
 
-/// Writes all of the bytes at this place of a file; false, with `errno`, when that fails.
+/// Writes all bytes at an offset of a file; false with `errno` on failure.
 [[nodiscard]] bool writeAt(const FileDescriptor& file, std::string_view bytes, std::size_t offset);

@@ -9,7 +9,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The value of a variable that must be an absolute path to count.
+/// The value of an environment variable if it is an absolute path, else empty.
 fs::path absolutePathIn(const char* variable) {
     const char* value = std::getenv(variable);
     const fs::path path = value ? value : "";
@@ -25,7 +25,7 @@ bool makeFolder(const fs::path& folder) {
     if (folder.has_parent_path() && folder.parent_path() != folder && !makeFolder(folder.parent_path()))
         return false;
     if (::mkdir(folder.c_str(), 0700) == 0) return true;
-    return errno == EEXIST && fs::is_directory(folder, failed); // another program was faster
+    return errno == EEXIST && fs::is_directory(folder, failed); // another program made it meanwhile
 }
 
 fs::path stateFolder() {

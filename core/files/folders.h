@@ -2,21 +2,19 @@
 
 #include <filesystem>
 
-/// Makes a folder, and those above it that are missing, for the user alone (mode 0700). False when it is
-/// still missing.
+/// Makes a folder and its missing parents, for the user alone (mode 0700). False when that fails.
 bool makeFolder(const std::filesystem::path& folder);
 
-/// Where the program keeps what is not a document of the user's: `$XDG_STATE_HOME/tulplayer`, by default
-/// below
-/// `~/.local/state`. It may not exist yet. Empty when there is no home.
+/// The folder of the program's own state: `$XDG_STATE_HOME/tulplayer`, by default `~/.local/state/tulplayer`.
+/// It may not exist yet. Empty when HOME is not set.
 std::filesystem::path stateFolder();
 
-/// Where it keeps what need not survive the session: `$XDG_RUNTIME_DIR/tulplayer`, in memory on most systems.
-/// It may not exist yet. Empty when there is no such folder.
+/// The folder of files that need not outlast the session: `$XDG_RUNTIME_DIR/tulplayer`, in memory on most
+/// systems. It may not exist yet. Empty when the variable is not set.
 std::filesystem::path runtimeFolder();
 
 /// The folder of a file, "." for a name alone.
 std::filesystem::path folderOf(const std::filesystem::path& file);
 
-/// The file that writing to `path` would write to: symbolic links followed, also those that lead nowhere yet.
+/// The file that writing to `path` would write to: follows symbolic links, also dangling ones.
 std::filesystem::path followLinks(const std::filesystem::path& path);

@@ -19,9 +19,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto waitsForOthers = 1s;
+constexpr auto maxTargetWait = 1s;
 
-/// Where the copies are, the first choice first.
+/// The folders of the copies, in order of preference.
 std::vector<fs::path> copyFolders() {
     std::vector<fs::path> folders;
     for (const fs::path& folder : {stateFolder(), runtimeFolder()})
@@ -29,28 +29,28 @@ std::vector<fs::path> copyFolders() {
     return folders;
 }
 
-/// The same for each way to write the path.
-fs::path oneNameOf(const fs::path& path) {
+/// The canonical path, so that each file has one copy name.
+fs::path canonicalPath(const fs::path& path) {
     std::error_code failed;
     const fs::path canonical = fs::weakly_canonical(path, failed);
     return failed ? path : canonical;
 }
 
-/// One for each file, so that a later save takes the place of an earlier one.
+/// One name for each file, so that a later save replaces the copy of an earlier one.
 std::string copyName(const fs::path& target) {
     char digits[2 * sizeof(std::size_t)];
     const auto end = std::to_chars(digits, digits + sizeof digits, fs::hash_value(target), 16);
     return {digits, end.ptr};
 }
 
-/// Holds the path, a zero, and the bytes; locked until it goes out of scope.
+/// Writes the target's path, a zero byte and the new bytes. The copy stays locked while `copy` lives.
 bool keepCopy(TemporaryFile& copy, const fs::path& folder, const fs::path& target, std::string_view bytes) {
     const std::string_view path(target.c_str(), target.native().size() + 1);
     return copy.isOpen() && ::fchmod(copy.file().get(), 0600) == 0 && copy.write(path) && copy.write(bytes) &&
            copy.replace(folder / copyName(target));
 }
 
-/// Appends first what the file grows by: when the disk has no room for that, the old bytes are still there.
+/// Writes what the file grows by first: when the disk is full, the old bytes are still intact.
 FileStatus overwrite(const FileDescriptor& file, std::string_view bytes) {
     struct stat old {};
     if (::fstat(file.get(), &old) != 0) return fileStatusOf(errno);
@@ -70,7 +70,8 @@ FileDescriptor openToWrite(const fs::path& path) {
     return FileDescriptor(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
 }
 
-/// One that is locked belongs to a program that is still saving.
+/// Overwrites the target of a copy, and removes the copy. A locked copy belongs to a program that is still
+/// saving.
 void complete(const fs::path& copy) {
     const FileDescriptor owned = openToWrite(copy);
     if (!owned.isOpen() || lockFile(owned, 0s) == Locking::busy) return;
@@ -80,7 +81,7 @@ void complete(const fs::path& copy) {
     const std::size_t pathEnd = text->find('\0');
     if (pathEnd == std::string::npos) return;
     const FileDescriptor target = openToWrite(text->substr(0, pathEnd));
-    if (!target.isOpen() || lockFile(target, 0s) == Locking::busy) return; // the next start may find it
+    if (!target.isOpen() || lockFile(target, 0s) == Locking::busy) return; // the next start tries again
     if (overwrite(target, std::string_view(*text).substr(pathEnd + 1)) == FileStatus::done)
         ::unlink(copy.c_str());
 }
@@ -88,15 +89,15 @@ void complete(const fs::path& copy) {
 } // namespace
 
 FileStatus overwriteFile(const fs::path& path, std::string_view bytes) {
-    const fs::path target = oneNameOf(path);
+    const fs::path target = canonicalPath(path);
     const FileDescriptor file = openToWrite(target);
     if (!file.isOpen()) return fileStatusOf(errno);
-    if (lockFile(file, waitsForOthers) == Locking::busy) return FileStatus::busy;
+    if (lockFile(file, maxTargetWait) == Locking::busy) return FileStatus::busy;
 
     FileStatus status = FileStatus::failed;
     for (const fs::path& folder : copyFolders()) {
-        makeFolder(folder); // if it fails, so does opening, which reports it
-        TemporaryFile::removeLeftOver(folder);
+        makeFolder(folder); // on failure opening the copy reports the error
+        TemporaryFile::removeStale(folder);
         TemporaryFile copy(folder);
         if (!keepCopy(copy, folder, target, bytes)) {
             status = fileStatusOf(errno);
@@ -111,7 +112,7 @@ FileStatus overwriteFile(const fs::path& path, std::string_view bytes) {
 
 void completeSaves() {
     for (const fs::path& folder : copyFolders()) {
-        TemporaryFile::removeLeftOver(folder);
+        TemporaryFile::removeStale(folder);
         std::error_code failed;
         for (fs::directory_iterator each(folder, failed); !failed && each != fs::directory_iterator();
              each.increment(failed))
@@ -121,5 +122,5 @@ void completeSaves() {
 
 void dropUnfinishedSave(const fs::path& target) {
     for (const fs::path& folder : copyFolders())
-        ::unlink((folder / copyName(oneNameOf(target))).c_str());
+        ::unlink((folder / copyName(canonicalPath(target))).c_str());
 }

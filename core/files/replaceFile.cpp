@@ -15,7 +15,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Access lists, and what users and desktops note. Some belong to the system, which sets its own.
+/// Copies extended attributes, such as access control lists. Failures are ignored: only the system may set
+/// some.
 void copyAttributes(const fs::path& from, const FileDescriptor& to) {
     std::string names(XATTR_LIST_MAX, '\0');
     std::string value(XATTR_SIZE_MAX, '\0');
@@ -28,8 +29,8 @@ void copyAttributes(const fs::path& from, const FileDescriptor& to) {
     }
 }
 
-/// Owner first: changing it clears permission bits.
-bool takeOver(const FileDescriptor& file, const fs::path& target, const struct stat& old) {
+/// Copies owner, extended attributes and mode. The owner first, because changing it clears mode bits.
+bool copyMetadata(const FileDescriptor& file, const fs::path& target, const struct stat& old) {
     struct stat now {};
     if (::fstat(file.get(), &now) != 0) return false;
     const bool sameOwner = now.st_uid == old.st_uid && now.st_gid == old.st_gid;
@@ -40,9 +41,9 @@ bool takeOver(const FileDescriptor& file, const fs::path& target, const struct s
 
 FileStatus replaceByRename(const fs::path& target, const std::optional<struct stat>& old,
                            std::string_view bytes) {
-    TemporaryFile::removeLeftOver(folderOf(target));
+    TemporaryFile::removeStale(folderOf(target));
     TemporaryFile file(folderOf(target));
-    const bool replaced = file.isOpen() && (!old || takeOver(file.file(), target, *old)) &&
+    const bool replaced = file.isOpen() && (!old || copyMetadata(file.file(), target, *old)) &&
                           file.write(bytes) && file.replace(target);
     return replaced ? FileStatus::done : fileStatusOf(errno);
 }

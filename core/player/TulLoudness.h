@@ -1,5 +1,5 @@
 #pragma once
 
-/// Which ReplayGain of an entry is applied to it: none, so that its samples are played as they are; that of
-/// the track; or that of its album, so that the tracks of an album keep their relation.
+/// Which ReplayGain is applied to an entry: none, which leaves its samples unchanged; that of the track; or
+/// that of its album, which keeps the loudness differences within an album.
 enum class TulLoudness { off, track, album };

@@ -10,13 +10,13 @@
 
 namespace {
 
-/// Raw 16-bit stereo in, 160 kbit/s throughout.
+/// Options of oggenc: raw 16-bit stereo input, constant 160 kbit/s.
 constexpr const char* options = " -r -R 44100 -M 160 -m 160 -";
 constexpr const char* defaultName = "Tulplayer";
 constexpr DWORD bufferBytes = 40000;
 constexpr DWORD burstBytes = 40000;
 
-/// From the working directory, from beside this program, or from PATH.
+/// Tries oggenc in the working directory, beside this program, and in PATH. 0 when none starts.
 HENCODE startEncoder(HSTREAM channel) {
     std::ostringstream beside;
     beside << std::quoted(besideProgram("oggenc"));

@@ -64,7 +64,7 @@ void TulPlayOrder::started(const TulPlaylist& list) {
     const bool isNext = m_at + 1 < m_order.size() && m_order[m_at + 1] == id;
     if (isNext) ++m_at;
     if (isNext && m_startsRound && m_at + 1 == m_order.size()) m_played.clear();
-    if (m_order[m_at] != id) { // another than the one chosen
+    if (m_order[m_at] != id) { // the user started another entry than the chosen one
         m_order.resize(++m_at);
         m_order.push_back(id);
     }
@@ -80,13 +80,14 @@ void TulPlayOrder::startOver(const TulPlaylist& list) {
     m_played = {m_order.front()};
 }
 
-/// The one chosen, or one that is chosen now. Without `wraps` none when all have been played.
+/// The row that follows in the shuffled order: the one chosen before, or one chosen now. None when all have
+/// been played and the order does not wrap.
 std::optional<std::int32_t> TulPlayOrder::shuffledRow(const TulPlaylist& list, bool wraps) {
     if (list.entries.empty()) return std::nullopt;
     if (m_list != list.id) startOver(list);
     for (const std::size_t next = m_at + 1; next < m_order.size();) {
         if (const auto row = rowOf(list, m_order[next])) return row;
-        m_order.erase(m_order.begin() + static_cast<std::ptrdiff_t>(next)); // it has left the list
+        m_order.erase(m_order.begin() + static_cast<std::ptrdiff_t>(next)); // it was removed from the list
     }
     auto row = rowNotIn(m_played, list);
     m_startsRound = !row && wraps;
@@ -95,7 +96,7 @@ std::optional<std::int32_t> TulPlayOrder::shuffledRow(const TulPlaylist& list, b
     return row;
 }
 
-/// Any of those that are not the current one, each as likely as the others.
+/// A random row, uniformly chosen from those that are neither current nor in `played`.
 std::optional<std::int32_t> TulPlayOrder::rowNotIn(const std::unordered_set<std::uint64_t>& played,
                                                    const TulPlaylist& list) {
     std::optional<std::int32_t> chosen;

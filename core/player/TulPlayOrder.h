@@ -15,9 +15,9 @@ enum class TulRepeat {
     track, ///< the same
 };
 
-/// Which entry of the playlist is played after which: as they stand, or shuffled, so that none is played
-/// twice before all have been. Then "previous" goes back through what has been played, and "next" forward
-/// again.
+/// The order in which the entries of a playlist are played: as listed, or shuffled, so that none is played
+/// twice before all have been. While shuffled, "previous" goes back through the entries that were played, and
+/// "next" forward again.
 class TulPlayOrder {
 public:
     [[nodiscard]] TulRepeat repeat() const { return m_repeat; }
@@ -25,14 +25,14 @@ public:
     [[nodiscard]] bool isShuffled() const { return m_isShuffled; }
     void setShuffled(bool shuffled);
 
-    /// Select what the commands go to; null when the list is empty. Before the first that was shuffled there
-    /// is none: the current entry.
+    /// Select and return the entry that the command "next" or "previous" goes to; null when the list is
+    /// empty. In a shuffled list the first that was played has no previous: the current entry stays.
     TulPlaylistEntry* nextEntry(TulPlaylist& list);
     TulPlaylistEntry* previousEntry(TulPlaylist& list);
-    /// What follows the current entry by itself; null when nothing does. The same until that one is started
-    /// or leaves the list.
+    /// The entry that follows the end of the current one; null when nothing does. In a shuffled list it stays
+    /// the same until it is started or removed.
     [[nodiscard]] TulPlaylistEntry* followingEntry(const TulPlaylist& list);
-    /// The current entry has been started.
+    /// Notifies that the current entry has been started.
     void started(const TulPlaylist& list);
 
 private:
@@ -43,10 +43,11 @@ private:
 
     TulRepeat m_repeat = TulRepeat::list;
     bool m_isShuffled = false;
-    bool m_startsRound = false; ///< The last of m_order has not been started, and all had been before it.
-    std::uint64_t m_list = 0;   ///< The id of the one that was shuffled.
-    std::vector<std::uint64_t> m_order;         ///< Ids of what was played, and of what is to follow.
-    std::size_t m_at = 0;                       ///< Of the current entry in m_order.
-    std::unordered_set<std::uint64_t> m_played; ///< Since all had been.
+    bool m_startsRound = false; ///< The last of m_order begins a new round: all had been played before it.
+    std::uint64_t m_list = 0;   ///< The id of the shuffled list.
+    std::vector<std::uint64_t>
+        m_order;          ///< Ids of the entries that were played and of those chosen to follow.
+    std::size_t m_at = 0; ///< Index of the current entry in m_order.
+    std::unordered_set<std::uint64_t> m_played; ///< Ids played in this round.
     std::mt19937 m_random{std::random_device{}()};
 };

@@ -27,7 +27,7 @@ TulPlaybackState playbackState(const TulPlaybackFacts& facts) {
     if (facts.active == BASS_ACTIVE_PAUSED)
         return facts.request == TulPlaybackRequest::stop ? TulPlaybackState::stopped
                                                          : TulPlaybackState::paused;
-    // Also when the fade has just ended and its pause is on the way.
+    // Also between the end of the fade and the pause that its sync carries out.
     if (facts.request != TulPlaybackRequest::play) return TulPlaybackState::fadingOut;
     if (facts.connecting) return TulPlaybackState::connecting;
     return facts.active == BASS_ACTIVE_STALLED ? TulPlaybackState::waiting : TulPlaybackState::playing;

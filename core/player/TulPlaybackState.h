@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// What the player does, as every display shows it.
+/// What the player does, as window, notifications and session bus show it.
 enum class TulPlaybackState {
     stopped,    ///< nothing was started, or what was started is back at its start
     connecting, ///< started, not played yet: the source is being opened
@@ -18,7 +18,7 @@ enum class TulPlaybackState {
 /// What the player was asked to do last.
 enum class TulPlaybackRequest { stop, play, pause };
 
-/// What the state follows from.
+/// The input of `playbackState`.
 struct TulPlaybackFacts {
     bool hasStream = false;
     TulFailure failure;
@@ -31,5 +31,5 @@ struct TulPlaybackFacts {
 
 [[nodiscard]] TulPlaybackState playbackState(const TulPlaybackFacts& facts);
 
-/// Playing, or about to as soon as there is data: what the next press of play/pause pauses.
+/// True for the states in which play/pause pauses: playing, or about to as soon as there is data.
 [[nodiscard]] bool isStarted(TulPlaybackState state);

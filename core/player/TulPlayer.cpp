@@ -7,9 +7,9 @@
 
 namespace {
 
-/// Guards TulPlayer::instance and its executor between the main thread, which changes them, and the sync
-/// thread. Held for moments only, never while anything else is called.
-std::mutex handOverMutex;
+/// Guards TulPlayer::instance and its executor: the main thread changes them, the sync thread reads them.
+/// Never held during a call.
+std::mutex instanceMutex;
 
 constexpr DWORD outputRate = 44100;
 
@@ -26,7 +26,7 @@ TulPlayer::TulPlayer()
       listKeeper(workers, [this](FileStatus status) { report({}, status); }) {
     tagReader.follow(*playlist, 0);
     {
-        const std::lock_guard lock(handOverMutex);
+        const std::lock_guard lock(instanceMutex);
         instance = this;
     }
     BASS_Init(-1, outputRate, 0, nullptr, nullptr);
@@ -34,7 +34,7 @@ TulPlayer::TulPlayer()
 
 TulPlayer::~TulPlayer() {
     {
-        const std::lock_guard lock(handOverMutex);
+        const std::lock_guard lock(instanceMutex);
         if (instance == this) instance = nullptr;
     }
     if (networkSharing->isActive()) networkSharing->stop();
@@ -46,7 +46,7 @@ void TulPlayer::shutDown() {
 }
 
 void TulPlayer::setExecutor(Executor executor) {
-    const std::lock_guard lock(handOverMutex);
+    const std::lock_guard lock(instanceMutex);
     m_executor = std::move(executor);
 }
 
@@ -56,7 +56,7 @@ void TulPlayer::startCurrentEntry() {
     startEntry();
 }
 
-/// What was asked for while the last track faded out holds for its successor.
+/// Keeps the last request: a pause during the previous track's fade-out applies to this entry.
 void TulPlayer::startEntry() {
     stream.reset();
     if (playlist->entryCount() == 0) return;
@@ -82,8 +82,8 @@ void TulPlayer::startEntry() {
     m_songInfoChanged = false;
     songChanged = true;
     prepareNext();
-    // Nothing else reports the end of a source that the audio library did not take. That of a stream which
-    // was opened ahead and failed is reported again: to no effect.
+    // A source that the audio library rejects has no end sync. For a stream that was opened ahead and failed
+    // this is a second report, which has no effect.
     if (stream->failure()) onStreamEnded(0, stream->handle, 0, nullptr);
 }
 
@@ -103,7 +103,7 @@ void TulPlayer::update() {
         markCurrentEntry({});
         takeLength();
     }
-    // The end of a fade paused it just as it was resumed.
+    // The fade's end sync may pause the stream just after it was resumed.
     if (state == TulPlaybackState::paused && m_request == TulPlaybackRequest::play) stream->play();
 }
 
@@ -122,12 +122,12 @@ TulFailure TulPlayer::failure() const {
 
 void TulPlayer::play() {
     if (!stream || stream->failure()) return startCurrentEntry();
-    // What has been removed is played to its end, but not once more.
+    // An entry that was removed while it played is not played again.
     const bool isOver = m_request == TulPlaybackRequest::stop && playlist->currentIsRemoved();
     if (isOver && playlist->entryCount() > 0) return startCurrentEntry();
     m_request = TulPlaybackRequest::play;
     prepareNext();
-    stream->setVolume(volume); // a pause has left it at 0
+    stream->setVolume(volume); // the fade before a pause leaves it at 0
     stream->play();
 }
 
@@ -189,7 +189,7 @@ void TulPlayer::onSinkRemoved(HSYNC /*sync*/, DWORD channel, DWORD /*data*/, voi
 void TulPlayer::handOver(HSTREAM channel, void (TulPlayer::*work)(HSTREAM)) {
     Executor executor;
     {
-        const std::lock_guard lock(handOverMutex);
+        const std::lock_guard lock(instanceMutex);
         if (!instance) return;
         executor = instance->m_executor;
     }
@@ -199,17 +199,17 @@ void TulPlayer::handOver(HSTREAM channel, void (TulPlayer::*work)(HSTREAM)) {
     executor ? executor(task) : task();
 }
 
-/// Only the end of the stream that is there now counts: a command may have replaced it meanwhile.
+/// Ignores the end of a stream that a command has replaced meanwhile.
 void TulPlayer::streamEnded(HSTREAM ended) {
     if (!stream || stream->handle != ended) return;
     const TulFailure failure = stream->failure();
     if (failure) {
         markCurrentEntry(failure);
-        if (!goesOnAfter(failure)) return;
+        if (!advancesAfter(failure)) return;
     } else {
         m_failedInARow = 0;
     }
-    goOn(failure.kind != TulFailure::Kind::none);
+    advance(failure.kind != TulFailure::Kind::none);
 }
 
 /// Without a fade, which would be played somewhere else.
@@ -220,8 +220,8 @@ void TulPlayer::sinkRemoved(HSTREAM channel) {
     stream->pauseAtOnce();
 }
 
-/// With what follows by itself. What cannot be played is not repeated.
-void TulPlayer::goOn(bool afterFailure) {
+/// Starts the entry that follows. An entry that failed is not repeated.
+void TulPlayer::advance(bool afterFailure) {
     const bool endsHere = std::exchange(m_stopsAfter, 0) != 0 || m_request == TulPlaybackRequest::stop;
     if (endsHere || !m_order.followingEntry(*playlist)) return stop();
     if (afterFailure || m_order.repeat() != TulRepeat::track) m_order.nextEntry(*playlist);
@@ -229,11 +229,11 @@ void TulPlayer::goOn(bool afterFailure) {
     startEntry();
 }
 
-/// What the user selected stays, and so does what was paused. What follows a track by itself is skipped,
-/// until every entry has been tried.
-bool TulPlayer::goesOnAfter(const TulFailure& failure) {
+/// Whether to skip a failed entry. An entry that the user started is not skipped, nor one that was paused.
+/// One that followed a track is, until every entry has been tried.
+bool TulPlayer::advancesAfter(const TulFailure& failure) {
     if (failure.kind == TulFailure::Kind::lost) {
-        m_failedInARow = 0; // it has played
+        m_failedInARow = 0; // it played before it was lost
         return m_request == TulPlaybackRequest::play;
     }
     return m_skipsFailures && ++m_failedInARow < playlist->entryCount();
@@ -253,7 +253,7 @@ TulPlaylistEntry* TulPlayer::entryOfStream() const {
     return current->id == m_playingEntry ? current : nullptr;
 }
 
-/// Of an entry whose tags do not say it, as of an address.
+/// Takes the stream's length for an entry whose tags do not state it, such as an address.
 void TulPlayer::takeLength() {
     if (playlist->entryCount() == 0) return;
     TulPlaylistEntry& entry = *playlist->currentEntry();
@@ -264,7 +264,7 @@ void TulPlayer::takeLength() {
 }
 
 void TulPlayer::setVolume(float newVolume) {
-    // Setting it would end a fade; play() sets it again.
+    // Setting the stream's volume would end a fade; play() sets it again.
     if (stream && playbackState() != TulPlaybackState::fadingOut) stream->setVolume(newVolume);
     volume = newVolume;
 }
@@ -293,8 +293,7 @@ void TulPlayer::setTexts(const TulPlaylistEntry& entry) {
     showTexts();
 }
 
-/// What a stream says of what it plays takes the place of the entry's texts, and the station that of the
-/// album.
+/// Texts that the stream sends replace the entry's, and the station's name replaces the album.
 void TulPlayer::showTexts() {
     const TulStreamTitle& said = m_streamTitle;
     const TulStreamTitle& texts = said.title.empty() ? m_entryTexts : said;

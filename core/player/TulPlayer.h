@@ -21,30 +21,29 @@
 
 class TulNetworkSharing;
 
-/// A playlist that is not shown any more. Changes in it that are in no file are stored first: as long as that
-/// lasts it is null.
+/// A playlist that was replaced by another. `list` is null until its unsaved changes have been stored.
 struct LeftPlaylist {
     std::unique_ptr<TulPlaylist> list;
-    std::function<void()> arrived; ///< Called when it has been stored, unless it was there at once.
+    std::function<void()> arrived; ///< Called when `list` is set later.
 };
 
-/// The one object of the core that the shell talks to: it turns commands into operations on the current
-/// playlist and its stream, and goes on to the next entry when a track ends.
+/// The core's interface to the shell: carries out commands on the current playlist and its stream, and starts
+/// the next entry when a track ends.
 ///
-/// Threads: one, the main thread, makes all calls and reads all fields. The end of a track is heard on the
-/// audio library's sync thread, which hands the work over through the executor. Files of the playlist are
-/// read by workers; as long as these have no wake, everything is done when a call returns.
+/// Threads: main thread only. The audio library's sync thread reports the end of a track, and posts the work
+/// to the main thread through the executor. Workers read and write files; while `workers` have no wake
+/// function they run in place, and everything is done when a call returns.
 class TulPlayer {
 public:
-    /// Runs a task on the main thread, soon. Called from the sync thread.
+    /// Posts a task to the main thread. Called on the sync thread.
     using Executor = std::function<void(std::function<void()>)>;
 
-    /// Starts the audio library, which opens the default output device in the background and waits for it.
-    /// Where none could ever be opened everything works, but no source opens.
+    /// Starts the audio library, which opens the default output device in the background. Where the library
+    /// has no output at all the player works, but no source opens.
     TulPlayer();
     TulPlayer(const TulPlayer&) = delete;
     TulPlayer& operator=(const TulPlayer&) = delete;
-    /// Ends playing and sharing. An end of track that is still under way is dropped.
+    /// Ends playing and sharing. A track end that is still queued is dropped.
     ~TulPlayer();
 
     /// 0 silent .. 1 full.
@@ -54,7 +53,7 @@ public:
     std::unique_ptr<TulPlaylistFileFactory> playlistFileFactory;
     /// Never null.
     std::unique_ptr<TulPlaylist> playlist;
-    /// Of the entry started last; null before the first start.
+    /// The stream of the entry started last; null before the first start.
     std::unique_ptr<TulStream> stream;
     std::unique_ptr<TulInternalPlaylistManager> internalPlaylistManager;
     std::unique_ptr<TulNetworkSharing> networkSharing;
@@ -66,77 +65,77 @@ public:
     Workers workers;
     TagReader tagReader;
     ListKeeper listKeeper;
-    /// Called when a row of the playlist has got its texts.
+    /// Called when the texts, length or mark of a row have changed.
     std::function<void(std::int32_t row)> rowChanged;
-    /// Called when the user has edited the playlist, which `listKeeper` is to store soon, and when it was
+    /// Called when the user has edited the playlist (`listKeeper` is to store it soon), and when it was
     /// saved.
     std::function<void()> playlistEdited;
-    /// Called when a playlist file or the store of internal playlists could not be read or written whole;
-    /// with an empty path, when changes could not be stored.
+    /// Called when a playlist file or the store of internal playlists could not be read or written
+    /// completely; with an empty path when unsaved changes could not be stored.
     std::function<void(const std::string& path, FileStatus status)> reportFile;
-    /// Called when another list has taken the place of this one.
+    /// Called when another list has replaced the playlist.
     enum class Replacement { opened, restored, cleared, reverted };
     std::function<void(std::shared_ptr<LeftPlaylist> left, Replacement why)> playlistReplaced;
 
-    /// The player that hears the end of tracks. Null when there is none.
+    /// The player that is notified of track ends; null when there is none.
     static TulPlayer* instance;
 
-    /// To be set before anything plays. Without one the work is done where the end was heard.
+    /// Set it before anything plays. Without one the work runs on the sync thread.
     void setExecutor(Executor executor);
     void setStorePath(const std::string& path);
-    /// Where changes that are not saved are kept.
+    /// The folder in whose subfolder "lists" unsaved changes are stored.
     void setStateFolder(const std::string& path);
     /// Reads the store of internal playlists.
     void loadInternalPlaylists();
-    /// The last call before the process ends: ends sharing and every sound. Waits for threads of the audio
-    /// library for 200 ms at most.
+    /// The last call before the process ends: ends sharing and the audio library. Waits for the library's
+    /// threads, 200 ms at most.
     void shutDown();
 
-    /// Replaces the stream by one of the playlist's current entry, which starts playing.
+    /// Replaces the stream by one of the playlist's current entry, and plays it.
     void startCurrentEntry();
     /// Resumes, or starts the current entry when there is no stream or it has failed.
     void play();
-    /// Fades out, then pauses; what is not started is left alone.
+    /// Fades out, then pauses; does nothing unless isStarted(playbackState()).
     void pause();
-    /// Plays, with nothing in its way: see playbackState for what to show.
+    /// True while the stream plays and does not fade out. See playbackState for what to show.
     [[nodiscard]] bool isPlaying() const;
     [[nodiscard]] TulPlaybackState playbackState() const;
     [[nodiscard]] TulPlaybackRequest request() const { return m_request; }
-    /// Why the stream does not play, with TulPlaybackState::failed.
+    /// The reason of TulPlaybackState::failed.
     [[nodiscard]] TulFailure failure() const;
     void next();
     void previous();
-    /// In which order the entries are played, and what follows the last. For this run.
+    /// The play order. Not stored.
     [[nodiscard]] TulRepeat repeat() const { return m_order.repeat(); }
     void setRepeat(TulRepeat repeat);
     [[nodiscard]] bool isShuffled() const { return m_order.isShuffled(); }
     void setShuffled(bool shuffled);
-    /// Whether playing stops at the end of the entry that plays now. Over with that entry.
+    /// Whether playing stops after the current entry. Reset when another entry starts.
     [[nodiscard]] bool stopsAfterEntry() const { return m_stopsAfter != 0; }
     void setStopsAfterEntry(bool stops);
-    /// Whether that is this one.
+    /// Whether playing stops after this entry.
     [[nodiscard]] bool stopsAfter(const TulPlaylistEntry& entry) const { return m_stopsAfter == entry.id; }
-    /// Fades out and goes back to the start of the stream, where play() then begins.
+    /// Fades out and seeks to the start of the stream, where play() then begins.
     void stop();
     void restartCurrent();
-    /// Sync callback: the stream on `channel` has been played to its end, or has failed. The next entry
-    /// follows; but an entry that the user started and that failed stays.
+    /// Sync callback: the stream `channel` has been played to its end, or has failed. Starts the next entry,
+    /// unless the entry failed and was started by the user.
     static void onStreamEnded(HSYNC sync, DWORD channel, DWORD data, void* user);
     /// Sync callback: what `channel` is played to is no more. A started stream is paused at once.
     static void onSinkRemoved(HSYNC sync, DWORD channel, DWORD data, void* user);
 
     void setVolume(float newVolume);
     void setBalance(float newBalance);
-    /// Of what plays, at once, and of what will. Beside the volume.
+    /// Applies to the stream that plays, at once, and to later ones. Independent of the volume.
     void setLoudness(TulLoudness loudness);
 
-    /// Replaces the playlist and starts it; an empty one leaves the playing stream alone.
+    /// Replaces the playlist and starts it; for an empty one the stream plays on.
     void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist);
-    /// What became of a playlist file. But for the first the playlist stays as it was.
+    /// The result of opening a playlist file. Only `done` replaces the playlist.
     enum class Opening { done, rejected, givenUp /**< for another file, or an empty list */ };
     using Opened = std::function<void(Opening)>;
-    /// Opens a playlist file, with the changes that are kept of it, and remembers it as an internal playlist
-    /// under the name that it has there, if any. `opened` is called once.
+    /// Opens a playlist file with its unsaved changes, and registers it as an internal playlist; one that is
+    /// registered keeps its name there. `opened` is called once.
     void openPlaylist(const std::string& path, Opened opened = {});
     /// Opens one of `listKeeper.lists()`.
     void openUnsaved(const std::string& id, Opened opened = {});
@@ -148,46 +147,46 @@ public:
                          Opened opened = {});
     /// What `restorePlaylist` needs to go on here.
     [[nodiscard]] TulResumption resumption() const;
-    /// Opens one of the internal playlists, unless it is the one that is shown.
+    /// Opens an internal playlist, unless it is the current playlist.
     void selectInternalPlaylist(std::int32_t index, Opened opened = {});
-    /// Replaces a changed playlist by its file. What plays plays on.
+    /// Replaces a changed playlist by its file. The stream plays on.
     void revertPlaylist(Opened opened = {});
-    /// Saves the playlist as it is now, one without a name under that of the file, and remembers it as an
-    /// internal playlist when that has worked.
+    /// Saves the playlist, and registers it as an internal playlist on success. A playlist without a name
+    /// gets that of the file.
     void savePlaylist(const std::string& path);
-    /// The last call before `shutDown`: stores what is still to be stored. Waits two seconds at most.
+    /// The last call before `shutDown`: stores unsaved changes and waits for all saves, two seconds at most.
     void finishSaving();
 
-    /// Makes another list, with its `unreadCount`, the current one; what plays is left alone. Returns the one
-    /// before.
+    /// Makes another list the playlist; the stream plays on. `unread` is its `unreadCount`. Returns the
+    /// previous list.
     std::shared_ptr<LeftPlaylist> exchangePlaylist(std::unique_ptr<TulPlaylist> other, std::size_t unread);
-    /// The entry that `stream` was opened for; null when the list does not have it.
+    /// The entry that `stream` was opened for; null when it is not the playlist's current entry.
     [[nodiscard]] const TulPlaylistEntry* playingEntry() const;
-    /// Destroys on a worker what takes a while.
+    /// Destroys an object on a worker, for objects that take long to destroy.
     void discard(std::shared_ptr<void> object);
 
     // The user's edits: all that changes the list goes through these. `endEdit` follows what changes entries.
 
-    /// As the playlist's, and missing tags are read.
+    /// As the functions of TulPlaylist; then missing tags are read.
     TulPlaylist::Entries removeEntries(const TulRows& rows);
     void insertEntries(const TulRows& rows, TulPlaylist::Entries added);
-    /// All entries are in place: the next one is prepared, and the changes are stored soon.
+    /// Call it after a change of entries: prepares the next entry and notifies `playlistEdited`.
     void endEdit();
-    /// At once for good where the list has a file: as an internal playlist, which needs a name.
+    /// For a list with a file the name is that of the internal playlist: it is stored at once, and must not
+    /// be empty.
     void renamePlaylist(const std::string& name);
-    /// Leaves the list for an empty one. The playing stream plays on.
+    /// Replaces the playlist by an empty one. The stream plays on.
     void clearPlaylist();
 
-    /// Names the source that follows the stream. To be called when the playlist was changed; `update` does so
-    /// as well.
+    /// Sets the source that follows the stream. Call it when the playlist has changed; `update` does so as
+    /// well.
     void prepareNext();
-    /// Follows what happens by itself. To be called now and then, as by the slow timer.
+    /// Polls the stream and the encoder for changes. Called by the slow timer.
     void update();
 
-    /// Whether an entry has been started since the last call.
+    /// True once after an entry has been started.
     bool takeSongChanged();
-    /// Whether what is known of the entry that plays, its texts or its picture, has changed since the last
-    /// call and since it started.
+    /// True once after texts or picture of the playing entry have changed since it started.
     bool takeSongInfoChanged();
 
 private:
@@ -198,16 +197,16 @@ private:
     static void handOver(HSTREAM channel, void (TulPlayer::*work)(HSTREAM));
     void streamEnded(HSTREAM ended);
     void sinkRemoved(HSTREAM channel);
-    [[nodiscard]] bool goesOnAfter(const TulFailure& failure);
+    [[nodiscard]] bool advancesAfter(const TulFailure& failure);
     void takeLength();
-    void goOn(bool afterFailure);
+    void advance(bool afterFailure);
     void setTexts(const TulPlaylistEntry& entry);
     void showTexts();
     void followStreamTitle();
     void markCurrentEntry(const TulFailure& failure);
     void setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread);
     void replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread, Replacement why);
-    /// `show` gets a list that could be read; for any other the opening ends.
+    /// Calls `show` with the list. When it cannot be read, ends the opening with `rejected`.
     void readPlaylist(const std::string& path, Show show);
     void readOrRestorePlaylist(const std::string& path);
     void resume(const TulResumption& resumption);
@@ -226,15 +225,15 @@ private:
 
     Executor m_executor;
     TulPlaybackRequest m_request = TulPlaybackRequest::stop;
-    bool m_skipsFailures = false; ///< The entry was started by the end of another.
+    bool m_skipsFailures = false; ///< The entry was started by the end of another, not by the user.
     std::int64_t m_failedInARow = 0;
-    std::uint64_t m_opening = 0; ///< Counts what has been opened or given up.
+    std::uint64_t m_opening = 0; ///< Counts openings, to recognise one that was given up.
     Opened m_opened;
-    std::uint64_t m_playingEntry = 0; ///< The id of the one that `stream` was opened for.
-    std::uint64_t m_stopsAfter = 0;   ///< The id of the one that playing stops after; 0 for none.
+    std::uint64_t m_playingEntry = 0; ///< The id of the entry that `stream` was opened for.
+    std::uint64_t m_stopsAfter = 0;   ///< The id of the entry after which playing stops; 0 for none.
     TulPlayOrder m_order;
-    TulStreamTitle m_entryTexts;  ///< Of the entry that plays, whatever its stream says.
-    TulStreamTitle m_streamTitle; ///< What its stream said last.
+    TulStreamTitle m_entryTexts;  ///< Texts of the playing entry.
+    TulStreamTitle m_streamTitle; ///< Texts that its stream sent last.
     bool m_songInfoChanged = false;
     std::optional<TulResumption> m_resumption; ///< Of the list that is being opened.
     /// An entry that is to start at its position in an earlier run.

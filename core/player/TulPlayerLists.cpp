@@ -1,4 +1,4 @@
-// What the player does with playlists: opening and saving them, the user's edits, and the internal playlists.
+// The player's operations on playlists: opening, saving, the user's edits, and the internal playlists.
 
 #include "core/player/TulPlayer.h"
 
@@ -29,7 +29,7 @@ void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist) {
 void TulPlayer::setPlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread) {
     replacePlaylist(std::move(newPlaylist), unread, Replacement::opened);
     playlist->entryCount() > 0 ? startCurrentEntry() : prepareNext();
-    tagReader.readOn();
+    tagReader.readRest();
 }
 
 void TulPlayer::replacePlaylist(std::unique_ptr<TulPlaylist> newPlaylist, std::size_t unread,
@@ -76,7 +76,8 @@ void TulPlayer::endOpening(Opening outcome) {
 void TulPlayer::openPlaylist(const std::string& path, Opened opened) {
     beginOpening(std::move(opened));
     if (path == playlist->path && playlist->isChanged()) {
-        if (playlist->entryCount() > 0) startCurrentEntry(); // the shown list is the one with its changes
+        if (playlist->entryCount() > 0)
+            startCurrentEntry(); // the current playlist is that file with its unsaved changes
         return endOpening(Opening::done);
     }
     readOrRestorePlaylist(path);
@@ -160,7 +161,8 @@ void TulPlayer::readPlaylist(const std::string& path, Show show) {
                 if (opening != m_opening) return discard(std::move(*result));
                 report(path, status);
                 if (!*result) return endOpening(Opening::rejected);
-                // A part of a file is not that file: saving it there would remove the rest.
+                // A list that was read in part is not bound to the file: saving it there would remove the
+                // rest.
                 (*result)->markSaved(status == FileStatus::done ? path : std::string(), (*result)->edits());
                 show(std::move(*result), unread);
             });
@@ -212,7 +214,7 @@ void TulPlayer::revertPlaylist(Opened opened) {
     });
 }
 
-/// The entry of the same source stays the current one.
+/// Selects the entry with the source of the current one, so that playing goes on from there.
 void TulPlayer::showReverted(std::unique_ptr<TulPlaylist> list, std::size_t unread) {
     list->name = playlist->name;
     if (playlist->entryCount() > 0) {
@@ -225,7 +227,7 @@ void TulPlayer::showReverted(std::unique_ptr<TulPlaylist> list, std::size_t unre
     playlist->markSaved(playlist->path, playlist->edits());
     replacePlaylist(std::move(list), unread, Replacement::reverted);
     prepareNext();
-    tagReader.readOn();
+    tagReader.readRest();
     endOpening(Opening::done);
 }
 
@@ -256,7 +258,7 @@ void TulPlayer::savePlaylist(const std::string& path) {
     workers.run(Workers::Lane::saving, save);
 }
 
-/// The list may have been changed, renamed or left meanwhile.
+/// Updates the state after a save. The list may have been changed, renamed or replaced meanwhile.
 void TulPlayer::noteSaved(const TulPlaylist& copy, std::uint64_t list, std::uint64_t edits) {
     listKeeper.noteSaved(list, edits, copy.path);
     const std::int32_t before = internalPlaylistManager->currentIndex;
@@ -273,7 +275,7 @@ void TulPlayer::noteSaved(const TulPlaylist& copy, std::uint64_t list, std::uint
 }
 
 void TulPlayer::finishSaving() {
-    listKeeper.keep(*playlist, std::chrono::hours(1)); // all of it
+    listKeeper.keep(*playlist, std::chrono::hours(1)); // no time limit
     workers.finishSaving();
 }
 
@@ -283,8 +285,8 @@ void TulPlayer::registerPlaylist(const std::string& name, const std::string& pat
     runOnStore(&TulInternalPlaylistManager::save);
 }
 
-/// What a killed program has left unfinished may be the store. In the lane for saving, so that what comes
-/// back is never older than what came before.
+/// Runs `load` or `save` on a copy of the store, on a worker. First finishes the overwriting of a killed
+/// program, which may concern the store. Lane::saving keeps the results in order.
 void TulPlayer::runOnStore(FileStatus (TulInternalPlaylistManager::*operation)()) {
     const auto run = [this, operation,
                       store = std::make_shared<TulInternalPlaylistManager>(*internalPlaylistManager)](

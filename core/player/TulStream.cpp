@@ -15,7 +15,7 @@ bool containsIgnoringCase(std::string_view text, std::string_view lowerCase) {
     return std::search(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(), equal) != text.end();
 }
 
-/// Whatever contains "http" is an address, and so is one whose scheme is written in capitals.
+/// A source that contains "http" is an address, and so is one with "http://" or "https://" in any case.
 bool isNetworkSource(std::string_view source) {
     return source.find("http") != std::string_view::npos || containsIgnoringCase(source, "http://") ||
            containsIgnoringCase(source, "https://");
@@ -123,7 +123,7 @@ void TulStream::setNext(const std::string& next) {
     m_next = next;
     const DWORD kind = kindOfSource(next);
     if (kind != BASS_SOURCE_NONE && BASS_ChannelSetNext(handle, kind, next.c_str())) return;
-    BASS_ChannelSetNext(handle, BASS_SOURCE_NONE, nullptr); // what was named before does not follow either
+    BASS_ChannelSetNext(handle, BASS_SOURCE_NONE, nullptr); // also clears the source named before
 }
 
 void TulStream::play() {
@@ -134,7 +134,7 @@ void TulStream::play() {
 void TulStream::fadeOutAndPause() {
     if (active() == BASS_ACTIVE_STALLED) BASS_ChannelPause(handle);
     if (!isActive()) return;
-    // Before the slide, which is over at once while the stream has nothing to play yet.
+    // Set the sync before the slide, which ends at once while the stream has no data yet.
     BASS_ChannelSetSync(handle, BASS_SYNC_SLIDE, 0, &TulStream::pause, nullptr);
     BASS_ChannelSlideAttribute(handle, BASS_ATTRIB_VOL, 0.0F, fadeOutMs);
 }
@@ -232,7 +232,7 @@ TulSpectrum TulStream::spectrum() {
         return bars;
     }
     std::array<float, 512> magnitudes{};
-    // It may have stopped since: that is silence.
+    // The stream may have stopped since: show silence.
     if (BASS_ChannelGetData(handle, magnitudes.data(), BASS_DATA_FFT1024) == BASS_DWORD_ERROR)
         magnitudes.fill(0);
     bars = spectrumBars(magnitudes);

@@ -12,7 +12,7 @@ char lower(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-/// npos where there is none.
+/// npos when not found.
 std::size_t findIgnoringCase(std::string_view text, std::string_view lowerCase, std::size_t from = 0) {
     if (from > text.size()) return std::string_view::npos;
     const auto found =
@@ -21,7 +21,7 @@ std::size_t findIgnoringCase(std::string_view text, std::string_view lowerCase, 
     return found == text.end() ? std::string_view::npos : static_cast<std::size_t>(found - text.begin());
 }
 
-/// The part of `text` behind `key`, up to `end`; empty without the key.
+/// The part of `text` from behind `key` up to `end`; empty when the key is not found.
 std::string_view valueOf(std::string_view text, std::string_view key, char end) {
     const std::size_t at = findIgnoringCase(text, key);
     if (at == std::string_view::npos) return {};
@@ -29,8 +29,8 @@ std::string_view valueOf(std::string_view text, std::string_view key, char end) 
     return value.substr(0, value.find(end));
 }
 
-/// Apostrophes and semicolons within the title, and garbage behind it, leave its end in doubt: it is where
-/// another field or nothing follows, else at the first "';".
+/// The value of StreamTitle. Titles may contain "';" themselves: the end is the first "';" followed by
+/// another field or by nothing, else the first "';" at all.
 std::string_view streamTitleOf(std::string_view packet) {
     constexpr std::string_view key = "streamtitle='";
     constexpr std::string_view quote = "';";
@@ -57,8 +57,8 @@ std::string_view trimmed(std::string_view text, std::string_view unwanted) {
     return text.substr(first, text.find_last_not_of(unwanted) - first + 1);
 }
 
-/// Some stations fill the title with key="value" pairs for programs of their own: 'Band - text="Song"
-/// id="7"'.
+/// Some stations put key="value" pairs for their own programs into the title, like 'Band - text="Song"
+/// id="7"'. Keeps artist, title and text of them.
 std::string withoutPairs(std::string_view title) {
     std::map<std::string, std::string_view, std::less<>> pairs;
     std::size_t firstPair = title.size();
@@ -83,7 +83,7 @@ std::string withoutPairs(std::string_view title) {
     return text;
 }
 
-/// Comments, each ended by a NUL, lie behind one another.
+/// The value of a comment in a list of comments, each terminated by a NUL; empty when not found.
 std::string_view commentOf(std::string_view comments, std::string_view key) {
     while (!comments.empty()) {
         const std::size_t end = std::min(comments.find('\0'), comments.size());

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Longer than any line that is shown.
+/// Longer than any line the window shows.
 constexpr std::size_t maxBytes = 1000;
 
 struct IconvCloser {
@@ -18,7 +18,7 @@ struct IconvCloser {
 };
 using Converter = std::unique_ptr<std::remove_pointer_t<iconv_t>, IconvCloser>;
 
-/// None where the bytes are not of the encoding; a letter that is cut off at the end is left out.
+/// None when the bytes are not valid in the encoding. A character that is cut off at the end is dropped.
 std::optional<std::string> toUtf8(std::string_view bytes, const char* encoding) {
     const iconv_t opened = iconv_open("UTF-8", encoding);
     if (reinterpret_cast<std::intptr_t>(opened) == -1) return std::nullopt;
@@ -51,7 +51,7 @@ std::string asciiOf(std::string_view bytes) {
     return text;
 }
 
-/// Also the controls of Unicode's second block, which are two bytes in UTF-8.
+/// Replaces control characters by blanks, also U+0080 to U+009F, which take two bytes in UTF-8.
 std::string oneLineOf(std::string text) {
     for (std::size_t at = 0; at < text.size(); ++at) {
         const auto byte = static_cast<unsigned char>(text[at]);

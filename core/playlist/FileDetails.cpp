@@ -5,7 +5,6 @@
 
 namespace {
 
-/// Empty for none.
 std::string textOf(std::optional<float> gain) {
     return gain ? std::to_string(*gain) : std::string();
 }

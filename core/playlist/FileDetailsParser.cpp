@@ -23,14 +23,14 @@ namespace {
 
 constexpr double millisecondsPerSecond = 1000;
 
-/// TagLib's names of tags, and ours.
+/// TagLib's names of the tags that are shown, and the names shown for them.
 constexpr std::pair<const char*, const char*> shownTags[] = {
     {"TITLE", "Title"},       {"ARTIST", "Artist"},   {"ALBUM", "Album"}, {"ALBUMARTIST", "By"},
     {"TRACKNUMBER", "Track"}, {"DISCNUMBER", "Disc"}, {"DATE", "Year"},   {"GENRE", "Genre"},
     {"COMPOSER", "Composer"}, {"COMMENT", "Comment"},
 };
 
-/// "MP2" and "MP3" are what people call the layers.
+/// The common name of an MPEG layer, like "MP3".
 std::string nameOf(const TagLib::MPEG::Properties& properties) {
     return properties.layer() == 0 ? "MPEG audio" : "MP" + std::to_string(properties.layer());
 }
@@ -40,7 +40,7 @@ std::string nameOf(TagLib::MP4::Properties::Codec codec) {
     return codec == TagLib::MP4::Properties::ALAC ? "ALAC" : "MP4";
 }
 
-/// The details whose place differs from format to format.
+/// Format and bits per sample, which each of TagLib's property classes keeps in its own way.
 void takeFormat(TagLib::File& file, FileDetails& details) {
     const auto take = [&](std::string format, int bitsPerSample) {
         details.format = std::move(format);
@@ -82,7 +82,7 @@ void takeTags(const TagLib::PropertyMap& properties, FileDetails& details) {
     }
 }
 
-/// In MP4 the names are behind those of the program that wrote them.
+/// The text of a ReplayGain tag. In MP4 files its name has a prefix.
 std::optional<std::string> gainText(TagLib::File& file, const TagLib::PropertyMap& properties,
                                     const TagLib::String& key) {
     if (const auto found = properties.find(key); found != properties.end())

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int maxDepth = 1000;
 
-/// Turns RapidJSON's events into those of the visitor.
+/// Translates RapidJSON's events to calls of the visitor.
 class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> {
 public:
     explicit Handler(ListVisitor& visitor) : m_visitor(visitor) {}
@@ -59,7 +59,7 @@ private:
 
     [[nodiscard]] bool isInEntry() const { return m_inEntries && m_depth == 3; }
 
-    /// The depth is that of what the value is in.
+    /// `m_depth` is that of the object or array that holds the value.
     bool take(const Value& value) {
         if (m_depth == 0) return false;
         if (isInEntry()) return m_visitor.entryMember(m_name, value);

@@ -7,33 +7,32 @@
 #include <string>
 #include <string_view>
 
-/// What the JSON files of the core have in common: an object with some members, one of which is the array
-/// "entries" of objects.
+/// Event-driven reading of the core's JSON files: an object with an array "entries" of objects.
 namespace json {
 
-/// A member's value; of arrays, objects, null, true and false nothing is kept.
+/// A member's value; empty for arrays, objects, null, true and false.
 struct Value {
-    std::optional<std::string_view> string; ///< Up to its first zero character; valid during the call.
+    std::optional<std::string_view> string; ///< Up to the first zero character; valid during the call.
     std::optional<double> number;
-    std::optional<std::int32_t> integer; ///< A number that is written as one and fits.
+    std::optional<std::int32_t> integer; ///< Set when the number is an integer and fits.
 };
 
-/// Receives what a file holds, in its order. Each call can reject the file by returning false.
+/// Receives the content of a file, in file order. Each call can reject the file by returning false.
 class ListVisitor {
 public:
     virtual ~ListVisitor() = default;
 
-    /// A member of the root; a name can come more than once. "entries" is not among them.
+    /// A member of the root other than "entries". A name can occur more than once.
     virtual bool rootMember(std::string_view name, const Value& value) = 0;
-    /// An element of "entries" begins; one that is no object has no members.
+    /// Begins an element of "entries"; one that is not an object has no members.
     virtual bool beginEntry() = 0;
     virtual bool entryMember(std::string_view name, const Value& value) = 0;
     virtual bool endEntry() = 0;
 };
 
-/// Reads a file without holding it in memory. FileStatus::malformed for what is not valid JSON, has no array
-/// "entries" (of several the first counts), is rejected, is nested deeper than 1000 levels, or holds a string
-/// of megabytes. Then the visitor has been told what comes before.
+/// Reads a file block by block. FileStatus::malformed when it is not valid JSON, has no array "entries" (the
+/// first one counts), is rejected by the visitor, is nested deeper than 1000 levels, or holds a string longer
+/// than Text::maxString; then the visitor has received what precedes the error.
 FileStatus readList(const std::string& path, ListVisitor& visitor);
 
 } // namespace json

@@ -33,7 +33,7 @@ bool Text::refill() {
             if (m_ended) break;
             accept(c);
         }
-        if (m_ended) m_text += m_held; // broken off: the parser finds the error
+        if (m_ended) m_text += m_held; // truncated: the parser reports the error
     }
     return !m_text.empty();
 }
@@ -88,7 +88,7 @@ void Text::acceptInString(char c) {
     if (c == '"') m_state = State::between;
 }
 
-/// A high surrogate counts only before a low one, and that only after a high one.
+/// Ends a \u escape: keeps a surrogate pair, and replaces an unpaired surrogate.
 void Text::endUnicode() {
     unsigned code = 0;
     std::from_chars(m_held.data() + 2, m_held.data() + m_held.size(), code, 16);

@@ -8,16 +8,16 @@
 
 namespace json {
 
-/// The text of a file as RapidJSON's reader takes its input, without a byte order mark. What would make the
-/// parser give up the whole text is mended on the way: half of a surrogate pair becomes U+FFFD, and a number
-/// that no double holds becomes 0. A string of more than `maxString` bytes ends the text.
+/// An input stream of RapidJSON that reads a file, without its byte order mark. Repairs what would make the
+/// parser reject the whole text: an unpaired surrogate becomes U+FFFD, and a number outside the range of
+/// double becomes 0. A string of more than `maxString` bytes ends the text.
 class Text {
 public:
     using Ch = char;
 
     explicit Text(FileReader& file) : m_file(file) {}
 
-    /// Zero at the end.
+    /// The next character; zero at the end.
     [[nodiscard]] char Peek() { return m_next < m_text.size() || refill() ? m_text[m_next] : '\0'; }
     char Take() {
         const char c = Peek();
@@ -27,10 +27,10 @@ public:
     }
     [[nodiscard]] std::size_t Tell() const { return m_taken; }
 
-    /// Whether all of it has been taken: a zero can be part of the file.
+    /// True when all has been taken. Distinguishes the end from a zero in the file.
     [[nodiscard]] bool isAtEnd() { return m_next >= m_text.size() && !refill(); }
 
-    // RapidJSON names them, for parsing in place, and calls none of them here.
+    // Required by RapidJSON's stream concept; called only for parsing in place.
     static char* PutBegin() { return nullptr; }
     static void Put(char /*c*/) {}
     static void Flush() {}
@@ -53,8 +53,8 @@ private:
     std::size_t m_next = 0;
     std::size_t m_taken = 0;
     State m_state = State::between;
-    std::string m_held; ///< The escape or number that has begun.
-    std::string m_half; ///< The escape of a high surrogate, until it is known what follows.
+    std::string m_held; ///< The escape or number that is incomplete so far.
+    std::string m_half; ///< The escape of a high surrogate, until its low surrogate follows.
     std::size_t m_stringLength = 0;
     bool m_started = false;
     bool m_ended = false;

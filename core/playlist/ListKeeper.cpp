@@ -9,7 +9,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// An empty list that belongs to no file is nothing that the user has assembled.
+/// False for unchanged lists, and for an empty one without a file.
 bool isWorthKeeping(const TulPlaylist& list) {
     return list.isChanged() && !(list.path.empty() && list.entries.empty());
 }
@@ -61,7 +61,7 @@ void ListKeeper::run(Job job, std::function<void(FileStatus)> then) {
 
 bool ListKeeper::isSetAsideAs(const std::string& id, const TulPlaylist& list) const {
     const auto kept = m_kept.find(list.id);
-    return kept != m_kept.end() && kept->second.takenUpFrom == id;
+    return kept != m_kept.end() && kept->second.restoredFrom == id;
 }
 
 bool ListKeeper::isKept(const TulPlaylist& list) const {
@@ -92,7 +92,7 @@ bool ListKeeper::keep(const TulPlaylist& list, std::chrono::milliseconds limit) 
             m_draft->document.add(*list.entries[m_draft->next]);
     }
     const std::string from =
-        std::exchange(m_kept[list.id], {{}, list.edits(), list.currentIndex}).takenUpFrom;
+        std::exchange(m_kept[list.id], {{}, list.edits(), list.currentIndex}).restoredFrom;
     run([draft = std::exchange(m_draft, nullptr),
          from](UnsavedLists& lists) { return lists.store(draft->document.takeText(), from); },
         [this, id = list.id, from](FileStatus status) {
@@ -101,11 +101,11 @@ bool ListKeeper::keep(const TulPlaylist& list, std::chrono::milliseconds limit) 
     return true;
 }
 
-/// Unless it has been left or discarded meanwhile.
-void ListKeeper::noteFailure(std::uint64_t list, const std::string& takenUpFrom) {
+/// Ignored when the list was replaced or discarded meanwhile.
+void ListKeeper::noteFailure(std::uint64_t list, const std::string& restoredFrom) {
     const auto kept = m_kept.find(list);
-    if (kept == m_kept.end() || !kept->second.takenUpFrom.empty()) return;
-    kept->second.takenUpFrom = takenUpFrom;
+    if (kept == m_kept.end() || !kept->second.restoredFrom.empty()) return;
+    kept->second.restoredFrom = restoredFrom;
     kept->second.failed = true;
 }
 
@@ -117,10 +117,10 @@ void ListKeeper::leave(std::unique_ptr<TulPlaylist> list, const Back& back) {
     }
     const bool isThere = isStored(*list);
     Kept& kept = m_kept[list->id];
-    const std::string from = kept.takenUpFrom;
+    const std::string from = kept.restoredFrom;
     const std::string to = isThere && !from.empty() ? from : UnsavedLists::newId();
     kept = {to, list->edits(), list->currentIndex};
-    // Its text is made by the worker, which has the list to itself for so long.
+    // The worker owns the list while it writes its text.
     const auto old = std::make_shared<std::unique_ptr<TulPlaylist>>(isThere ? nullptr : std::move(list));
     run(
         [old, from, to](UnsavedLists& lists) {
@@ -145,13 +145,13 @@ void ListKeeper::discard(std::uint64_t list, const std::string& file) {
 std::function<void()> ListKeeper::removal(std::uint64_t list, const std::string& file) const {
     const auto kept = m_kept.find(list);
     return [folder = m_folder, file, isKept = kept != m_kept.end(),
-            id = kept == m_kept.end() ? std::string() : kept->second.takenUpFrom] {
+            id = kept == m_kept.end() ? std::string() : kept->second.restoredFrom] {
         if (isKept) folder->remove(id);
         if (!file.empty()) folder->separateFrom(file);
     };
 }
 
-/// It may have been stored again meanwhile, for another current entry.
+/// Keeps what was stored after a later edit.
 void ListKeeper::noteSaved(std::uint64_t list, std::uint64_t edits, const std::string& file) {
     const auto kept = m_kept.find(list);
     if (kept != m_kept.end() && kept->second.edits <= edits) discard(list, file);

@@ -16,65 +16,68 @@
 
 class TulPlaylist;
 
-/// Keeps the changes that are in no playlist file: stores the list that is shown, sets aside the lists that
-/// are left, and brings them back. What is kept of a list goes when it is saved or reverted.
+/// Stores and restores changed playlists that have not been saved: the current one, and those that were
+/// replaced by another ("set aside"). Saving or reverting a list removes its stored changes.
 ///
-/// Threads: main thread only. Workers write and read, one job after another (Workers::Lane::saving).
+/// Threads: main thread only. Workers write and read, one job at a time (Workers::Lane::saving).
 class ListKeeper {
 public:
     /// `failed` is called when changes could not be stored.
     ListKeeper(Workers& workers, std::function<void(FileStatus status)> failed);
 
-    /// Where they are kept; nothing is before this call.
+    /// The folder to store in. Nothing is stored before this call.
     void setFolder(const std::string& folder);
-    /// Called when the lists below have changed.
+    /// Called when `lists` has changed.
     std::function<void()> changed;
-    /// Those that are set aside, the one changed last first.
+    /// The lists that are set aside, the last changed first.
     [[nodiscard]] const std::vector<UnsavedList>& lists() const { return m_lists; }
 
-    /// The list is the one that is set aside as `id`, as it is there.
+    /// True when `list` is set aside as `id` and has not changed since.
     [[nodiscard]] bool isSetAsideAs(const std::string& id, const TulPlaylist& list) const;
-    /// Nothing of this list is to be stored, or it was tried in vain.
+    /// True when nothing of this list remains to be stored, or storing it has failed.
     [[nodiscard]] bool isKept(const TulPlaylist& list) const;
-    /// Stores the list that is shown, as far as it gets within `limit`. False: to be called again.
+    /// Stores the current list in steps of at most `limit`. False when it is to be called again.
     bool keep(const TulPlaylist& list, std::chrono::milliseconds limit);
-    /// Gets a list back.
+    /// Receives the list that was passed to `leave`.
     using Back = std::function<void(std::unique_ptr<TulPlaylist> list)>;
-    /// The list is not shown any more. It is given back when it is stored: at once, if it is.
+    /// Sets a list aside that another has replaced. Passes it to `back` when it is stored: at once, if it is
+    /// already.
     void leave(std::unique_ptr<TulPlaylist> list, const Back& back);
-    /// Removes what is kept of a list that belongs to `file` (empty for none): its changes are discarded.
+    /// Removes what is stored of a list that belongs to `file` (empty for none).
     void discard(std::uint64_t list, const std::string& file);
-    /// A job for the worker that has saved the list, as it is now, to `file`: removes what is kept of it.
+    /// A function for the worker that saves the list to `file`: removes what is stored of the list now.
     [[nodiscard]] std::function<void()> removal(std::uint64_t list, const std::string& file) const;
-    /// The list was saved as it was after so many edits.
+    /// Notifies that the list was saved to `file` as it was after `edits` edits.
     void noteSaved(std::uint64_t list, std::uint64_t edits, const std::string& file);
 
-    /// Gets null when nothing is kept, or it cannot be read. `unread` is the list's `unreadCount`.
+    /// Receives the list, or null when nothing is stored or it cannot be read. `unread` is its `unreadCount`.
     using Restored = std::function<void(std::unique_ptr<TulPlaylist> list, std::size_t unread)>;
     void restore(const std::string& id, Restored restored);
-    /// The changes of a playlist file.
+    /// Restores the unsaved changes of a playlist file.
     void restoreFile(const std::string& file, Restored restored);
     /// The list without a file that was changed last at this time, in milliseconds since 1970. One that was
     /// changed soon after is taken for it: the time may have been noted before the last change.
     void restoreNameless(std::int64_t changedAt, Restored restored);
 
 private:
-    /// Of one list.
+    /// What is stored of one list.
     struct Kept {
-        std::string takenUpFrom; ///< Where it is set aside; empty when it is in this program's place.
+        std::string
+            restoredFrom; ///< The id under which it is set aside; empty when it is in this program's slot.
         std::uint64_t edits = 0;
         std::int32_t index = 0;
-        bool failed = false; ///< It could not be stored. Tried again when it is changed again or left.
+        bool failed =
+            false; ///< It could not be stored. Retried after the next edit, and when the list is replaced.
     };
-    /// A document that is being made.
+    /// A document that is being written.
     struct Draft;
     using Job = std::function<FileStatus(UnsavedLists& lists)>;
     using Find = std::function<std::string(UnsavedLists& lists)>;
 
     [[nodiscard]] bool isStored(const TulPlaylist& list) const;
-    /// `then` gets what the job has answered.
+    /// Runs a job on a worker; `then` receives its result.
     void run(Job job, std::function<void(FileStatus)> then = {});
-    void noteFailure(std::uint64_t list, const std::string& takenUpFrom);
+    void noteFailure(std::uint64_t list, const std::string& restoredFrom);
     void restoreFound(Find find, Restored restored);
 
     Workers& m_workers;

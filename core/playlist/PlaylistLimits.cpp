@@ -4,10 +4,10 @@
 
 namespace {
 
-/// A year.
+/// A year, in seconds.
 constexpr double maxLength = 365.0 * 24 * 60 * 60;
 
-/// Of a block of memory, as allocators commonly round it.
+/// The size of an allocation, as allocators commonly round it.
 constexpr std::size_t allocated(std::size_t bytes) {
     constexpr std::size_t header = 8;
     constexpr std::size_t unit = 16;
@@ -29,5 +29,5 @@ bool PlaylistLimits::admit(const TulPlaylistEntry& entry) {
 }
 
 double knownLength(double seconds) {
-    return seconds > 0 && seconds <= maxLength ? seconds : 0; // neither for NaN
+    return seconds > 0 && seconds <= maxLength ? seconds : 0; // 0 for NaN, too
 }

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 
-/// What a playlist file may make of itself: a million entries, and as many as some memory holds.
+/// Limits for the playlist that a file may produce: a million entries, and 160 MB.
 class PlaylistLimits {
 public:
-    /// Counts an entry that is to be appended; false when there is no room for it.
+    /// Counts an entry that is to be appended; false when that exceeds a limit.
     [[nodiscard]] bool admit(const TulPlaylistEntry& entry);
 
     static constexpr std::size_t maxEntries = 1'000'000;
@@ -18,5 +18,5 @@ private:
     std::size_t m_bytes = 0;
 };
 
-/// A track's length as a file states it, in seconds: 0, unknown, when no track has such a length.
+/// Validates the length that a file states, in seconds: 0 (unknown) unless it is positive and at most a year.
 double knownLength(double seconds);

@@ -4,14 +4,14 @@
 #include <string>
 #include <string_view>
 
-/// The texts that a message of the program that reads tags is made of, each with a zero character behind it.
+/// A message of tulplayer-tags is a sequence of texts, each terminated by a zero character.
 namespace tags {
 
 template <typename... Texts> void addFields(std::string& message, const Texts&... texts) {
     (message.append(texts).append(1, '\0'), ...);
 }
 
-/// Takes the first text from `message`; empty when there is no more.
+/// Removes the first text from `message` and returns it; empty when there is none.
 inline std::string_view takeText(std::string_view& message) {
     const auto end = message.find('\0');
     const std::string_view text = message.substr(0, end);
@@ -19,7 +19,7 @@ inline std::string_view takeText(std::string_view& message) {
     return text;
 }
 
-/// The same for a number; 0 for a text that is none.
+/// The same for a number; 0 when the text is not one.
 template <typename Number> Number takeNumber(std::string_view& message) {
     const std::string_view text = takeText(message);
     Number number{};

@@ -12,10 +12,10 @@ namespace {
 
 constexpr long blockBytes = 8192;
 
-/// TagLib reads a whole ID3v2 tag at once. Of a longer one it gets what comes first.
+/// Limit of one read. TagLib reads an ID3v2 tag at once; a longer one is truncated.
 constexpr unsigned long maxBlockBytes = 33UL << 20;
 
-/// Half of a surrogate pair in UTF-8: three bytes, as the character that is put in its place.
+/// U+FFFD in UTF-8: as long as an encoded surrogate, three bytes.
 constexpr std::string_view replacement = "\xef\xbf\xbd";
 
 char* findHalfPair(char* from, char* end) {
@@ -27,7 +27,7 @@ char* findHalfPair(char* from, char* end) {
     return nullptr;
 }
 
-/// Non-blocking: opening a named pipe would otherwise wait for its writer.
+/// O_NONBLOCK: opening a named pipe would otherwise wait for a writer.
 int openFile(const std::string& path) {
     return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
 }
@@ -52,7 +52,7 @@ TagLib::ByteVector TagFileStream::readBlock(unsigned long length) {
     } else {
         keepBlockAt(m_position);
         const auto start = static_cast<std::size_t>(m_position - m_blockStart);
-        if (start >= m_block.size()) return {}; // the file has become shorter
+        if (start >= m_block.size()) return {}; // the file was truncated meanwhile
         const auto count = std::min<std::size_t>(size, m_block.size() - start);
         bytes = TagLib::ByteVector(m_block.data() + start, static_cast<unsigned>(count));
     }
@@ -71,12 +71,12 @@ void TagFileStream::mendText(TagLib::ByteVector& bytes) {
     }
 }
 
-/// Afterwards the kept block holds at least half a block from `offset` on, as far as the file goes.
+/// Fills the buffer so that it holds at least half a block from `offset` on, or up to the end of the file.
 void TagFileStream::keepBlockAt(long offset) {
     const long end = m_blockStart + static_cast<long>(m_block.size());
     const long wanted = std::min(offset + blockBytes / 2, m_length);
     if (offset >= m_blockStart && wanted <= end) return;
-    // Readers step backwards too, from a footer to its tag.
+    // Also buffer what precedes: readers step backwards from a footer to its tag.
     m_blockStart = std::max(0L, offset - blockBytes / 2);
     m_block.resize(static_cast<std::size_t>(std::min(blockBytes * 2L, m_length - m_blockStart)));
     m_block.resize(readAt(m_blockStart, m_block.data(), m_block.size()));
@@ -97,5 +97,5 @@ std::size_t TagFileStream::readAt(long offset, char* into, std::size_t size) con
 void TagFileStream::seek(long offset, Position from) {
     if (from == Current) offset += m_position;
     if (from == End) offset += m_length;
-    if (offset >= 0) m_position = offset; // as files do it: a place before the start is not gone to
+    if (offset >= 0) m_position = offset; // like lseek: ignores an offset before the start
 }

@@ -5,16 +5,15 @@
 #include <string>
 #include <taglib/tiostream.h>
 
-/// A regular file that TagLib reads, and only reads. Blocks of the file are kept, because tags are taken in
-/// many small steps, and each would be a system call or two. Folders, pipes and whatever else is no regular
-/// file are not open.
+/// A read-only stream over a regular file for TagLib. It is buffered, because TagLib reads in many small
+/// steps. For anything but a regular file `isOpen` is false.
 class TagFileStream : public TagLib::IOStream {
 public:
-    /// TagLib takes nothing of a text in UTF-8 of which one character is half a surrogate pair. `mendsText`
-    /// puts U+FFFD in the place of what looks like one; numbers and pictures may look like one, too.
+    /// TagLib drops a whole UTF-8 text when it holds an unpaired surrogate. `mendsText` replaces every byte
+    /// sequence that encodes one by U+FFFD, which may also hit numbers and pictures.
     TagFileStream(const std::string& path, bool mendsText);
 
-    /// Whether something looked like half a surrogate pair.
+    /// True when the bytes read so far held an encoded surrogate.
     [[nodiscard]] bool hadBrokenText() const { return m_hadBrokenText; }
 
     TagLib::FileName name() const override { return m_path.c_str(); }

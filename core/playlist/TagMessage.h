@@ -5,17 +5,16 @@
 #include <optional>
 #include <string_view>
 
-/// What the player asks the program that reads tags, and what that answers: bytes, with their count before
-/// them.
+/// The protocol between the player and tulplayer-tags: messages of bytes, each preceded by its size.
 namespace tags {
 
 enum class Question : char {
-    trackInfo = 't', ///< Answered by packed(TrackInfo), or by nothing.
-    coverArt = 'c',  ///< Answered by the picture, or by nothing.
-    details = 'd',   ///< Answered by packed(FileDetails), or by nothing.
+    trackInfo = 't', ///< Answered by packed(TrackInfo), or empty.
+    coverArt = 'c',  ///< Answered by the picture, or empty.
+    details = 'd',   ///< Answered by packed(FileDetails), or empty.
 };
 
-/// Limits for what a file may make the player hold.
+/// Limits for what the player accepts of one file.
 inline constexpr std::size_t maxPictureBytes = std::size_t{32} << 20;
 inline constexpr std::size_t maxTextLetters = 4096;
 
@@ -26,9 +25,9 @@ struct Message {
     [[nodiscard]] std::string_view text() const { return {bytes.get(), size}; }
 };
 
-/// False when the other side has gone.
+/// False when the peer has closed the socket.
 bool send(int socket, std::string_view message);
-/// Nothing when the other side has gone, or announces more than `maxPictureBytes`.
+/// None when the peer has closed the socket, or announces more than `maxPictureBytes`.
 std::optional<Message> receive(int socket);
 
 } // namespace tags

@@ -15,13 +15,13 @@
 namespace tags {
 namespace {
 
-/// The program while it runs, with a socket on its standard input. It inherits no other descriptor but its
-/// standard output and error.
+/// A running process of the program, with a socket as its standard input. It inherits no other descriptors
+/// than standard output and error.
 class Program {
 public:
-    /// Null when it cannot be started.
+    /// Null when the program cannot be started.
     static std::unique_ptr<Program> start();
-    /// Kills and reaps it.
+    /// Kills and reaps the process.
     ~Program() {
         ::kill(m_id, SIGKILL);
         while (::waitpid(m_id, nullptr, 0) < 0 && errno == EINTR) {
@@ -63,7 +63,7 @@ Message ask(Question question, const std::string& source) {
     if (isAddress(source)) return {};
     thread_local std::unique_ptr<Program> program;
     const std::string message = static_cast<char>(question) + source;
-    // Somebody may have ended the one of before.
+    // The process may have been killed since the last question.
     if (!program || !send(program->socket(), message)) {
         program.reset();
         program = Program::start();

@@ -6,12 +6,11 @@
 
 namespace tags {
 
-/// Lets the program "tulplayer-tags" read the local file `source`; each thread has one of its own, which is
-/// started with the first question and ends with the thread, or with the player. Nothing when the file cannot
-/// be read: what would need more than the program may have ends the program, and the next question starts
-/// another.
+/// Lets the program "tulplayer-tags" read the local file `source`. Each thread has its own process, started
+/// by the first question, which ends with the thread or the player. Empty when the file cannot be read. A
+/// file that exceeds the limits of the process ends it; the next question starts another.
 ///
-/// Threads: any.
+/// Threads: any; blocks on the answer.
 Message ask(Question question, const std::string& source);
 
 } // namespace tags

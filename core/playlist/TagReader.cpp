@@ -12,14 +12,14 @@ namespace {
 using namespace std::chrono_literals;
 using Tags = TulPlaylistEntry::Tags;
 
-/// Workers must not run dry between two deliveries, but rows that come to be seen must not wait long behind
-/// those that workers have already.
+/// Limits of the rows that workers have at a time: enough to keep them busy between two deliveries, but few
+/// enough that visible rows do not wait long behind them.
 constexpr std::size_t minAhead = 16;
 constexpr std::size_t maxAhead = 512;
 constexpr auto soon = 10ms;
 constexpr auto late = 40ms;
 
-/// More rows than a window shows are not wanted any more: they have been scrolled past.
+/// About the rows of a window: earlier requests have been scrolled past.
 constexpr std::size_t maxWanted = 32;
 constexpr std::size_t maxWantedReading = 8;
 
@@ -45,7 +45,7 @@ void TagReader::follow(TulPlaylist& playlist, std::size_t unread) {
     m_ahead = minAhead;
 }
 
-/// What is being read for it will not come.
+/// Marks the rows that are being read as unread: their results are dropped.
 void TagReader::leaveList() {
     const auto isFound = [this](const auto& each) { return isAt(each.second.row, each.first); };
     if (!std::ranges::all_of(m_reading, isFound)) findRows();
@@ -56,16 +56,16 @@ void TagReader::leaveList() {
 void TagReader::rowsInserted(const TulRows& rows) {
     for (const std::int32_t row : rows)
         count(*m_playlist->entryAt(row));
-    readOn();
+    readRest();
 }
 
 void TagReader::rowsRemoved(const TulPlaylist::Entries& removed) {
     for (const auto& entry : removed) {
-        giveBack(*entry);
+        cancelReading(*entry);
         if (entry->tags == Tags::unread && m_unread > 0) --m_unread;
         if (entry->id == m_preparing.id) m_preparing = {};
     }
-    readOn();
+    readRest();
 }
 
 void TagReader::count(TulPlaylistEntry& entry) {
@@ -76,8 +76,8 @@ void TagReader::count(TulPlaylistEntry& entry) {
         ++m_unread;
 }
 
-/// What a worker reads for an entry that leaves the list is dropped.
-void TagReader::giveBack(TulPlaylistEntry& entry) {
+/// Drops the result of an entry that leaves the list.
+void TagReader::cancelReading(TulPlaylistEntry& entry) {
     if (entry.tags != Tags::reading) return;
     entry.tags = Tags::left;
     const auto reading = m_reading.find(entry.id);
@@ -104,7 +104,7 @@ void TagReader::prepare(const TulPlaylistEntry& entry, std::int32_t row) {
     m_preparing = {.id = id,
                    .tags = entry.tags != Tags::read,
                    .picture = entry.coverArtSize == 0 && !isAddress(entry.source)};
-    // Of what is urgent the last is the first.
+    // The urgent lane is last in, first out: post the tags, which come first, last.
     if (m_preparing.picture) {
         m_workers.run(Workers::Lane::urgent, [this, id, source = entry.source](const auto& reply) {
             const auto found = std::make_shared<TulPlaylistEntry>();
@@ -114,7 +114,7 @@ void TagReader::prepare(const TulPlaylistEntry& entry, std::int32_t row) {
         });
     }
     if (entry.tags == Tags::reading)
-        start(entry, Workers::Lane::urgent); // a second time: the first may be far
+        start(entry, Workers::Lane::urgent); // read it again: the first reading may be far back in the queue
     if (isUnread(entry)) read(row, Workers::Lane::urgent, false);
 }
 
@@ -131,21 +131,21 @@ TagReader::Progress TagReader::progress() const {
     return {m_done, m_done + m_unread + m_counting};
 }
 
-void TagReader::readOn() {
+void TagReader::readRest() {
     while (m_unread > 0 && m_reading.size() < m_ahead)
         if (const std::int32_t row = nextUnread(); row >= 0) read(row, Workers::Lane::bulk, false);
     if (m_unread + m_counting == 0) m_done = 0;
 }
 
-/// -1, and nothing left to read, when there is none.
+/// The next row to read; -1 when there is none.
 std::int32_t TagReader::nextUnread() {
     const auto& entries = m_playlist->entries;
     const auto isNext = [](const auto& entry) { return entry->tags == Tags::unread; };
     const auto from = entries.begin() + std::min<std::ptrdiff_t>(m_next, std::ssize(entries));
     auto found = std::find_if(from, entries.end(), isNext);
-    if (found == entries.end()) found = std::find_if(entries.begin(), from, isNext); // moved up
+    if (found == entries.end()) found = std::find_if(entries.begin(), from, isNext); // it was moved up
     if (found == entries.end() || !isNext(*found)) {
-        m_unread = 0; // they have been removed
+        m_unread = 0; // the rest has been removed
         return -1;
     }
     m_next = static_cast<std::int32_t>(found - entries.begin()) + 1;
@@ -156,7 +156,7 @@ void TagReader::readWanted() {
     while (!m_wanted.empty() && m_wantedReading < maxWantedReading) {
         const Wanted wanted = m_wanted.front();
         m_wanted.pop_front();
-        // One that has moved meanwhile is wanted again, as soon as it is seen there.
+        // A row that has moved meanwhile is requested again when it is visible there.
         if (!isAt(wanted.row, wanted.id) || !isUnread(*m_playlist->entryAt(wanted.row))) continue;
         read(wanted.row, Workers::Lane::urgent, true);
     }
@@ -164,7 +164,7 @@ void TagReader::readWanted() {
 
 void TagReader::read(std::int32_t row, Workers::Lane lane, bool wanted) {
     TulPlaylistEntry& entry = *m_playlist->entryAt(row);
-    const bool counts = entry.tags == Tags::unread && m_unread > 0; // not all are announced
+    const bool counts = entry.tags == Tags::unread && m_unread > 0; // not all rows are counted as unread
     if (counts) {
         --m_unread;
         ++m_counting;
@@ -187,10 +187,10 @@ void TagReader::take(std::uint64_t id, const std::optional<TrackInfo>& info) {
     fill(id, info);
     adaptAhead();
     readWanted();
-    readOn();
+    readRest();
 }
 
-/// Nothing, when the row has been removed, is of another list, or has been filled before.
+/// Does nothing when the row was removed, belongs to another list, or has been filled before.
 void TagReader::fill(std::uint64_t id, const std::optional<TrackInfo>& info) {
     const auto reading = m_reading.find(id);
     if (reading == m_reading.end()) return;
@@ -208,7 +208,7 @@ void TagReader::fill(std::uint64_t id, const std::optional<TrackInfo>& info) {
 }
 
 void TagReader::takePicture(std::uint64_t id, TulPlaylistEntry& found) {
-    if (id != m_preparing.id) return; // another plays by now
+    if (id != m_preparing.id) return; // another entry plays by now
     m_preparing.picture = false;
     if (m_playlist->entryCount() == 0 || !isAt(m_playlist->currentIndex, id)) return;
     TulPlaylistEntry& entry = *m_playlist->currentEntry();
@@ -221,7 +221,7 @@ bool TagReader::isAt(std::int32_t row, std::uint64_t id) const {
     return row < m_playlist->entryCount() && m_playlist->entryAt(row)->id == id;
 }
 
-/// After rows have been moved or removed.
+/// Updates the rows in m_reading after rows have been moved or removed.
 void TagReader::findRows() {
     for (auto& [id, reading] : m_reading)
         reading.row = -1;
@@ -240,7 +240,7 @@ void TagReader::findRows() {
     });
 }
 
-/// Fast files: more at a time. Slow ones: fewer.
+/// Gives the workers more rows at a time when they read fast, fewer when they read slowly.
 void TagReader::adaptAhead() {
     if (++m_taken < m_ahead) return;
     const auto now = std::chrono::steady_clock::now();

@@ -11,53 +11,52 @@
 #include <optional>
 #include <unordered_map>
 
-/// Fills what is missing in the rows of a playlist from their files' tags: first the entry that plays, then
-/// the rows that are seen, then the rest in order. The result is that of
-/// TulPlaylistEntry::readTrackInfo(true) on one row after another. Workers read; a result goes to the row
-/// that it was read for by the entry's id, wherever that row is by then, and nowhere when it is gone.
+/// Reads missing texts of a playlist's entries from their files' tags: first the entry that plays, then the
+/// visible rows, then the rest in order. Workers read. A result is assigned by the entry's id, so that rows
+/// may be moved meanwhile; it is dropped when the entry has left the list.
 ///
 /// Threads: main thread only.
 class TagReader {
 public:
-    /// How many of the rows that were to be read have been; a total of 0 when all are.
+    /// The number of rows that have been read, and of all to be read; 0 of 0 when all are.
     struct Progress {
         std::size_t done = 0;
         std::size_t total = 0;
     };
 
-    /// `changed` is called when an entry has got its texts or its picture.
+    /// `changed` is called when texts or picture of an entry have been read.
     using Changed = std::function<void(const TulPlaylistEntry& entry, std::int32_t row)>;
 
     TagReader(Workers& workers, Changed changed);
 
-    /// The list whose rows are filled from now on; it must live until there is another. `unread` is its
-    /// `unreadCount`, which takes long for a long list. Nothing is read yet.
-    /// Rows of the list before that are being read stay unread.
+    /// Sets the list to read for; it must live until the next call. `unread` is its `unreadCount`, which
+    /// takes long for a long list. Starts no reading. Rows of the previous list that are being read stay
+    /// unread.
     void follow(TulPlaylist& playlist, std::size_t unread);
-    /// Reads the rest, in order.
-    void readOn();
-    /// These rows have been inserted.
+    /// Reads the remaining rows, in order.
+    void readRest();
+    /// Notifies that rows have been inserted.
     void rowsInserted(const TulRows& rows);
-    /// These entries have been removed from the list.
+    /// Notifies that entries have been removed from the list.
     void rowsRemoved(const TulPlaylist::Entries& removed);
-    /// Reads this row soon: it is seen.
+    /// Reads a row soon, because it is visible.
     void want(std::int32_t row);
-    /// Reads this entry of the list, which starts to play, and its picture, before everything else.
+    /// Reads tags and picture of an entry that starts to play, before all others.
     void prepare(const TulPlaylistEntry& entry, std::int32_t row);
-    /// Something of the entry that was prepared last is still being read.
+    /// True while tags or picture of the entry prepared last are being read.
     [[nodiscard]] bool isPreparing() const { return m_preparing.tags || m_preparing.picture; }
 
-    /// Leaves the rows that have not been read unread, and those that are appended from now on, too, until
-    /// `goOn`. What is seen or played is still read.
+    /// Stops reading, also of rows that are appended later, until `resume`. Visible and playing rows are
+    /// still read.
     void stop();
-    /// Rows that are appended from now on are read again.
-    void goOn() { m_stopped = false; }
+    /// Reads rows that are appended from now on.
+    void resume() { m_stopped = false; }
     [[nodiscard]] Progress progress() const;
 
 private:
     struct Reading {
-        std::int32_t row; ///< Where the entry was when last looked for.
-        bool counts;      ///< In the progress.
+        std::int32_t row; ///< The entry's last known row.
+        bool counts;      ///< Counts in the progress.
         bool wanted;
     };
     struct Wanted {
@@ -72,7 +71,7 @@ private:
 
     void leaveList();
     void count(TulPlaylistEntry& entry);
-    void giveBack(TulPlaylistEntry& entry);
+    void cancelReading(TulPlaylistEntry& entry);
     void readWanted();
     [[nodiscard]] std::int32_t nextUnread();
     void read(std::int32_t row, Workers::Lane lane, bool wanted);
@@ -88,17 +87,17 @@ private:
     Changed m_changed;
     TulPlaylist* m_playlist = nullptr;
     std::unordered_map<std::uint64_t, Reading> m_reading; ///< By the entries' ids.
-    std::deque<Wanted> m_wanted;                          ///< The last one first.
+    std::deque<Wanted> m_wanted;                          ///< The last requested first.
     Preparing m_preparing;
 
-    std::int32_t m_next = 0;         ///< Those before have been read, but for what was moved there.
-    std::size_t m_unread = 0;        ///< To be read, and not given to a worker yet.
-    std::size_t m_done = 0;          ///< Since nothing was left to read.
-    std::size_t m_counting = 0;      ///< Of those with a worker.
-    std::size_t m_wantedReading = 0; ///< The same.
+    std::int32_t m_next = 0;         ///< Rows before it have been read, except rows that were moved there.
+    std::size_t m_unread = 0;        ///< Rows to be read that no worker has yet.
+    std::size_t m_done = 0;          ///< Rows read since nothing was left to read.
+    std::size_t m_counting = 0;      ///< Rows with a worker that count in the progress.
+    std::size_t m_wantedReading = 0; ///< Visible rows with a worker.
     bool m_stopped = false;
 
-    std::size_t m_ahead; ///< So many rows are given to the workers at a time.
+    std::size_t m_ahead; ///< How many rows the workers have at a time.
     std::size_t m_taken = 0;
     std::chrono::steady_clock::time_point m_takenSince;
 };

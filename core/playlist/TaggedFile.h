@@ -7,8 +7,7 @@
 
 namespace tags {
 
-/// A local file opened by TagLib for its tags and audio properties. What TagFileStream does not open gives a
-/// null reference.
+/// A local file opened by TagLib for its tags and audio properties. `ref` is null when it cannot be opened.
 class TaggedFile {
 public:
     explicit TaggedFile(const std::string& path, bool mendsText = false) : m_stream(path, mendsText) {
@@ -22,8 +21,8 @@ private:
     TagLib::FileRef m_ref; // reads from m_stream, so it goes first
 };
 
-/// At most `maxTextLetters` letters, up to the first zero character. TagLib holds UTF-16, and converts
-/// nothing of a text of which one letter is half a surrogate pair; here U+FFFD takes its place.
+/// Converts a text to UTF-8: at most `maxTextLetters` characters, up to the first zero. TagLib's own
+/// conversion drops a text with an unpaired surrogate; this one replaces that by U+FFFD.
 std::string utf8(const TagLib::String& text);
 
 } // namespace tags

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-/// What a file says of the track in it. Texts are UTF-8, and hold no zero character.
+/// The tags of a file. Texts are UTF-8 without zero characters.
 struct TrackInfo {
     std::string title;
     std::string artist;
@@ -11,10 +11,10 @@ struct TrackInfo {
     double length = 0; ///< Whole seconds; 0 is unknown.
 };
 
-/// Reads a local file's tags. Nothing for an address, and for a file that cannot be read.
+/// Reads a local file's tags. None for an address, and for a file that cannot be read.
 ///
 /// Threads: any.
 std::optional<TrackInfo> readTrackInfo(const std::string& source);
 
-/// As the program that reads tags sends it. Nothing is sent as an empty message.
+/// The message in which tulplayer-tags sends the tags. It sends an empty one for none.
 std::string packed(const TrackInfo& info);

@@ -6,20 +6,20 @@
 struct TulFailure {
     enum class Kind {
         none,
-        notOpened,    ///< no source that could be tried: neither an address nor a file with an extension
+        notOpened,    ///< rejected: neither an address nor a file with an extension
         notFound,     ///< no such file
-        unreadable,   ///< no regular file, no permission, or an error of the disk
-        noAudio,      ///< nothing in it that can be decoded
-        nameNotFound, ///< the host's name does not resolve
+        unreadable,   ///< not a regular file, no permission, or a read error
+        noAudio,      ///< no sound in it that can be decoded
+        nameNotFound, ///< the host name does not resolve
         refused,      ///< no connection: refused, unreachable, reset
         timeout,      ///< no answer in time
         httpStatus,   ///< the server answered with an error
         certificate,  ///< the server's certificate is not trusted
-        lost,         ///< broke off while it played, for good
+        lost,         ///< the connection broke off during playback, and reconnecting failed
     };
 
     Kind kind = Kind::none;
-    /// With Kind::httpStatus: what the server answered (404, 503, ...).
+    /// The HTTP status code (404, 503, ...) of Kind::httpStatus.
     std::uint32_t httpStatus = 0;
 
     explicit operator bool() const { return kind != Kind::none; }

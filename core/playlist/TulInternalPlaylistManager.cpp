@@ -18,7 +18,7 @@ namespace {
 using Pair = std::pair<std::string, std::string>;
 using Pairs = std::vector<Pair>;
 
-/// Takes the elements that are valid.
+/// Collects the valid elements.
 class StoreVisitor : public json::ListVisitor {
 public:
     explicit StoreVisitor(Pairs& pairs) : m_pairs(pairs) {}
@@ -55,7 +55,7 @@ private:
     bool m_hasName = false;
 };
 
-/// One without a byte holds nothing, as when a disk was full.
+/// Reads the store's pairs. An empty file, as a full disk may leave it, counts as an empty store.
 FileStatus readStore(const std::string& path, Pairs& pairs) {
     StoreVisitor visitor(pairs);
     const FileStatus status = json::readList(path, visitor);
@@ -97,7 +97,7 @@ FileStatus TulInternalPlaylistManager::load() {
 FileStatus TulInternalPlaylistManager::save() {
     m_savedRenames.clear();
     const std::filesystem::path folder = folderOf(followLinks(storePath));
-    makeFolder(folder); // if it fails, so does the write, which reports it
+    makeFolder(folder); // on failure the write reports the error
     const FolderLock lock(folder);
     if (!lock.isHeld()) return FileStatus::busy;
 
@@ -117,7 +117,8 @@ void TulInternalPlaylistManager::takeStored(const TulInternalPlaylistManager& co
     mergeInto(copy.playlists);
 }
 
-/// The store's come first, so that all programs show the same order. The current one stays the same file.
+/// Puts the stored playlists first, so that all programs show the same order. `currentIndex` follows its
+/// playlist.
 void TulInternalPlaylistManager::mergeInto(Pairs stored) {
     const bool hasCurrent = currentIndex >= 0 && currentIndex < count();
     const std::string current = hasCurrent ? playlistAt(currentIndex).first : std::string();

@@ -8,40 +8,40 @@
 #include <utility>
 #include <vector>
 
-/// Remembers every playlist file that was opened or saved, by path and name, in one small JSON file: the
-/// store. Programs that run at the same time share it. Nothing is ever taken out of it.
+/// Registers every playlist file that was opened or saved, by path and name, in one JSON file: the store.
+/// Programs that run at the same time share it. Entries are never removed.
 ///
-/// Threads: one at a time. The main thread owns the player's; workers load and save copies, which come back
-/// by `takeStored`.
+/// Threads: one at a time. The player's object belongs to the main thread; workers load and save copies,
+/// which are merged back by `takeStored`.
 class TulInternalPlaylistManager {
 public:
     /// Path and name, in the order of registration.
     std::vector<std::pair<std::string, std::string>> playlists;
-    /// The internal playlist now open; -1 is none.
+    /// The internal playlist that is open; -1 for none.
     std::int32_t currentIndex = -1;
     std::string storePath;
 
-    /// More are not registered.
+    /// Further ones are not registered.
     static constexpr std::size_t maxPlaylists = 20'000;
 
-    /// Replaces the list by the store's valid pairs: none when there is no store, or one that cannot be used.
+    /// Replaces `playlists` by the store's valid pairs: none when the store is missing or unusable.
     FileStatus load();
-    /// Adds what the store does not have, renames there what has been renamed here, and takes over what other
-    /// programs have added to it and renamed in it. A store that cannot be read whole is not touched; what is
-    /// not saved then is by the next save. Makes the store's folder when it is missing.
+    /// Merges with the store: adds missing playlists and renames to it, and takes over what other programs
+    /// have added and renamed. A store that cannot be read completely is left alone, and the next save tries
+    /// again. Makes the store's folder when it is missing.
     FileStatus save();
 
     [[nodiscard]] std::int64_t count() const;
     /// The index must be valid.
     [[nodiscard]] std::pair<std::string, std::string> playlistAt(std::int32_t index) const;
-    /// The first of that name, or -1.
+    /// The index of the first playlist of that name, or -1.
     [[nodiscard]] std::int32_t indexOfName(const std::string& name) const;
-    /// Appends a playlist and makes it current, unless it has no name or its path is known already.
+    /// Appends a playlist and makes it current, unless the name is empty or the path is registered.
     void addPlaylist(const std::string& name, const std::string& path);
-    /// Gives a known playlist another name, unless that is empty.
+    /// Renames a registered playlist, unless the name is empty.
     void renamePlaylist(const std::string& path, const std::string& name);
 
-    /// Takes over what a copy of this has loaded or saved. What has been changed here since stays.
+    /// Merges what a copy of this has loaded or saved. Changes made here since then are kept.
     void takeStored(const TulInternalPlaylistManager& copy);
 
 private:
@@ -49,6 +49,6 @@ private:
 
     void mergeInto(Pairs stored);
 
-    Pairs m_renames;      ///< Path and new name, in order; not in the store yet, …
-    Pairs m_savedRenames; ///< … and those that the last save has brought there.
+    Pairs m_renames;      ///< Path and new name, in order; not in the store yet.
+    Pairs m_savedRenames; ///< The renames that the last save has stored.
 };

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-/// Lists are made by the readers of playlist files on workers, too.
+/// Atomic: workers make lists, too.
 std::uint64_t TulPlaylist::nextId() {
     static std::atomic<std::uint64_t> last{0};
     return ++last;

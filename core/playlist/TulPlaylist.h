@@ -9,19 +9,19 @@
 #include <string>
 #include <vector>
 
-/// Rows of a list: ascending, none twice.
+/// Rows of a list: ascending and unique.
 using TulRows = std::vector<std::int32_t>;
 
-/// The ordered list of tracks that the player walks through. `currentIndex` is a valid index whenever the
-/// list is not empty, and no entry but that one is active.
+/// An ordered list of tracks. `currentIndex` is a valid index whenever the list is not empty, and only the
+/// entry there can be active.
 ///
-/// An active entry that is removed stays the current one until another is selected: it is played to its end.
-/// Meanwhile no entry is active, and `currentIndex` is the one that follows.
+/// An active entry that is removed is played to its end: it stays the current one until another is selected.
+/// Meanwhile no entry is active, and `currentIndex` is that of the entry that follows.
 class TulPlaylist {
 public:
     using Entries = std::vector<std::unique_ptr<TulPlaylistEntry>>;
-    /// Where the active entry is: `row` is its own, or that of what follows it if it has been removed. With
-    /// no active entry (0) `row` is the current index.
+    /// The place of the active entry: its row, or if it has been removed, the row of the entry that follows.
+    /// With no active entry (id 0) `row` is the current index.
     struct CurrentPlace {
         std::uint64_t entry = 0;
         std::int32_t row = 0;
@@ -30,13 +30,13 @@ public:
     Entries entries;
     std::string name;
     std::int32_t currentIndex = 0;
-    /// The playlist file that it was read from or saved to last; empty when there is none.
+    /// The playlist file that the list was read from or saved to last; empty for none.
     std::string path;
-    /// No other list of this run has it.
+    /// Unique among the lists of this process.
     const std::uint64_t id = nextId();
 
     [[nodiscard]] std::int64_t entryCount() const;
-    /// How many entries' tags are still to be read.
+    /// The number of entries whose tags are still to be read.
     [[nodiscard]] std::size_t unreadCount() const;
     /// Throws std::out_of_range for an index outside the list.
     [[nodiscard]] TulPlaylistEntry* entryAt(std::int32_t index) const;
@@ -45,57 +45,55 @@ public:
 
     /// Makes an entry current and active; an index outside the list changes nothing.
     void selectEntry(std::int32_t index);
-    /// Select the neighbour, from the last entry on to the first and back; null when the list is empty.
+    /// Select and return the neighbour, wrapping around at both ends; null when the list is empty.
     TulPlaylistEntry* nextEntry();
     TulPlaylistEntry* previousEntry();
 
-    /// What nextEntry would select; null when the list is empty.
+    /// The entry that nextEntry would select; null when the list is empty.
     [[nodiscard]] TulPlaylistEntry* followingEntry() const;
 
-    /// Appends an entry for a path or an address, with what its tags say, which are read at once.
+    /// Appends an entry for a path or an address. Reads its tags, which blocks on the file.
     void addEntry(const std::string& source);
     void appendEntry(std::unique_ptr<TulPlaylistEntry> entry);
 
-    /// Moves one entry so that it ends at index `to`; past the end means the last index. The current index
-    /// follows the active entry. An index below 0, or a source outside the list, changes nothing.
+    /// Moves one entry to index `to`; past the end means the last index. The current index follows the active
+    /// entry. An index below 0, or a source outside the list, changes nothing.
     void moveEntries(std::int32_t from, std::int32_t to);
 
-    /// The following change many rows at once; the rows must be in the list. The current index follows the
-    /// active entry.
+    /// The following functions change many rows at once; the rows must be in the list. The current index
+    /// follows the active entry.
 
-    /// Takes entries out, in their order.
+    /// Removes entries, and returns them in order.
     Entries removeEntries(const TulRows& rows);
-    /// Puts entries in so that they are at `rows`, as many, afterwards: takes removeEntries back.
+    /// Inserts entries, which have the indexes `rows` afterwards: the inverse of removeEntries.
     void insertEntries(const TulRows& rows, Entries added);
-    /// Moves entries, which keep their order, so that they are at `to` afterwards. The arguments exchanged
-    /// take it back.
+    /// Moves entries, in their order, to the indexes `to`. Its inverse has the arguments exchanged.
     void moveEntries(const TulRows& from, const TulRows& to);
-    /// Row i gets the entry of row order[i]; the rows behind these stay. Returns the order that takes it
-    /// back.
+    /// Row i gets the entry of row order[i]; rows behind these stay. Returns the order of the inverse.
     TulRows reorderEntries(const TulRows& order);
 
-    /// Before which row an entry is to be inserted to be played next.
+    /// The row at which to insert an entry that is to be played next.
     [[nodiscard]] std::int32_t rowAfterCurrent() const;
     [[nodiscard]] bool currentIsRemoved() const { return m_removed.has_value(); }
     [[nodiscard]] CurrentPlace currentPlace() const;
-    /// After a change has been taken back: what was at `place` before it is there again, unless another entry
-    /// has been selected meanwhile.
+    /// Restores the current index after a change was undone: to `place`, from before the change, unless
+    /// another entry has been selected since.
     void restorePlace(const CurrentPlace& place);
 
-    /// What the user does to the list (not the selection of an entry) makes it differ from its file. The
-    /// operations above note it; who writes to `entries` or `name` calls this.
+    /// Counts an edit, by which the list differs from its file. The operations above call it, except the
+    /// selection of an entry; whoever writes to `entries` or `name` must call it, too.
     void markChanged() { markChanged(now()); }
     /// `at` is in milliseconds since 1970.
     void markChanged(std::int64_t at);
-    /// `file` holds the list as it was after so many edits.
+    /// Notes that `file` holds the list as it was after `edits` edits.
     void markSaved(const std::string& file, std::uint64_t edits);
-    /// Counts the changes since the list was made.
+    /// The number of edits since the list was made.
     [[nodiscard]] std::uint64_t edits() const { return m_edits; }
     [[nodiscard]] bool isChanged() const { return m_edits != m_savedEdits; }
-    /// Of the last edit, in milliseconds since 1970; 0 when there was none.
+    /// The time of the last edit, in milliseconds since 1970; 0 for none.
     [[nodiscard]] std::int64_t changedAt() const { return m_changedAt; }
 
-    /// A list of what playlist files keep of this one.
+    /// A copy with the members that playlist files store.
     [[nodiscard]] std::unique_ptr<TulPlaylist> copyToSave() const;
 
 private:
@@ -105,7 +103,7 @@ private:
     [[nodiscard]] bool hasActive() const;
     void setRemovedRow(std::int32_t row);
 
-    std::optional<CurrentPlace> m_removed; ///< The current entry, when it has been removed.
+    std::optional<CurrentPlace> m_removed; ///< Place of the current entry, once it has been removed.
     std::uint64_t m_edits = 0;
     std::uint64_t m_savedEdits = 0;
     std::int64_t m_changedAt = 0;

@@ -1,4 +1,4 @@
-// What changes many rows of a playlist at once.
+// The operations of TulPlaylist that change many rows at once.
 #include "core/playlist/TulPlaylist.h"
 
 #include <algorithm>
@@ -10,7 +10,8 @@ std::int32_t countBelow(const TulRows& rows, std::int32_t row) {
     return static_cast<std::int32_t>(std::ranges::lower_bound(rows, row) - rows.begin());
 }
 
-/// Where a place is when these rows have been inserted; a row that is inserted right there comes behind it.
+/// The index of the row `place` after `rows` have been inserted; a row inserted at that index comes behind
+/// it.
 std::int32_t placeAfterInserting(const TulRows& rows, std::int32_t place) {
     for (const std::int32_t row : rows) {
         if (row >= place) break;
@@ -60,9 +61,9 @@ void TulPlaylist::insertEntries(const TulRows& rows, Entries added) {
     const bool wasActive = hasActive();
     const CurrentPlace before = currentPlace();
     entries.resize(entries.size() + added.size());
-    auto end = entries.end(); // of what is not in place yet
+    auto end = entries.end(); // end of the gap that is still to be filled
     auto old = entries.end() - std::ssize(added);
-    std::int32_t back = -1; // the row at which the current entry is in the list again
+    std::int32_t back = -1; // the row at which the removed current entry is inserted again
     for (std::size_t i = added.size(); i-- > 0;) {
         const auto behind = end - (entries.begin() + rows[i] + 1);
         end = std::move_backward(old - behind, old, end);
@@ -73,7 +74,7 @@ void TulPlaylist::insertEntries(const TulRows& rows, Entries added) {
     }
     if (!added.empty()) markChanged();
 
-    // The active entry gives way to a row that is inserted at its own.
+    // A row that is inserted at the active entry's index moves it down.
     const std::int32_t row = placeAfterInserting(rows, wasActive ? before.row + 1 : before.row);
     if (back >= 0)
         selectEntry(back);

@@ -18,7 +18,7 @@ TulPlaylistEntry::TulPlaylistEntry(std::string path) : source(std::move(path)) {
     readTrackInfo(false);
 }
 
-/// Entries are made by the readers of playlist files on workers, too.
+/// Atomic: workers make entries, too.
 std::uint64_t TulPlaylistEntry::nextId() {
     static std::atomic<std::uint64_t> last{0};
     return ++last;

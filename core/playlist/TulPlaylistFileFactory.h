@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-/// Chooses the reader and writer of a playlist file by the path's extension.
+/// Chooses the format of a playlist file by its extension.
 class TulPlaylistFileFactory {
 public:
-    /// Never null: what is not known is taken for the native format.
+    /// Never null: the native format for unknown extensions.
     [[nodiscard]] std::unique_ptr<ITulPlaylistFile> createPlaylistFile(const std::string& path) const;
 };

@@ -20,7 +20,7 @@ struct TrackInformation {
     std::int32_t seconds = 0;
 };
 
-/// Matches "#EXTINF:([0-9]+),(.+)" against the whole line, where "." is anything but a carriage return.
+/// Matches a line against "#EXTINF:([0-9]+),(.+)", where "." is any character but a carriage return.
 std::optional<TrackInformation> parseInformation(std::string_view line) {
     const std::string_view rest = line.substr(information.size());
     const auto comma = rest.find_first_not_of("0123456789");
@@ -33,13 +33,13 @@ std::optional<TrackInformation> parseInformation(std::string_view line) {
     return TrackInformation{std::string(title), static_cast<std::int32_t>(seconds)};
 }
 
-/// Makes a playlist of lines.
+/// Adds the entries of lines to a playlist.
 class Lines {
 public:
     Lines(TulPlaylist& playlist, std::string folder) : m_playlist(playlist), m_folder(std::move(folder)) {}
 
     void take(std::string_view line);
-    /// There is room for no more.
+    /// True when a limit has been reached.
     [[nodiscard]] bool isFull() const { return m_isFull; }
 
 private:
@@ -67,12 +67,12 @@ void Lines::take(std::string_view line) {
     if (!m_isFull) m_playlist.appendEntry(std::move(entry));
 }
 
-/// Gives the lines of a file to `lines`, and says whether all of them.
+/// Passes the lines of a file to `lines`. FileStatus::cut when some were left out.
 FileStatus readLines(FileReader& file, Lines& lines) {
     std::string line;
     bool isLeftOut = false;
     const auto append = [&](std::string_view part) {
-        if (line.size() <= maxLine) line += part; // a little more, so that it shows
+        if (line.size() <= maxLine) line += part; // may exceed the limit, which marks the line as too long
     };
     const auto end = [&] {
         line.size() <= maxLine ? lines.take(line) : void(isLeftOut = true);

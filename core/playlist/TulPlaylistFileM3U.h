@@ -2,13 +2,13 @@
 
 #include "core/playlist/ITulPlaylistFile.h"
 
-/// Reads M3U playlists, plain and extended, as bytes in lines ended by line feeds, with or without a byte
-/// order mark.
+/// Reads M3U playlists, plain and extended: bytes in lines ended by line feeds, with or without a byte order
+/// mark.
 class TulPlaylistFileM3U : public ITulPlaylistFile {
 public:
-    /// Null for a file of which nothing can be read. An error later leaves the lines before it. Lines of more
-    /// than a megabyte are left out.
+    /// Null for a file that cannot be read. After a later read error the list holds the lines before it.
+    /// Lines of more than a megabyte are skipped.
     std::unique_ptr<TulPlaylist> read(const std::string& path, FileStatus& status) override;
-    /// Does nothing: the format is only read.
+    /// Not supported: writes nothing.
     FileStatus write(const TulPlaylist& playlist, const std::string& path) override;
 };

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Text, as far as the first block shows, that is not meant to be JSON.
+/// True for a file whose first block is text and does not begin like JSON.
 bool isOtherText(const std::string& path) {
     FileReader file(path);
     std::string_view block = file.next();
@@ -25,7 +25,7 @@ bool isOtherText(const std::string& path) {
         block, [](unsigned char c) { return c < ' ' && c != '\t' && c != '\r' && c != '\n'; });
 }
 
-/// Null where no line can be taken.
+/// Null when there is no usable line.
 std::unique_ptr<TulPlaylist> readAsM3U(const std::string& path, FileStatus& status) {
     auto playlist = TulPlaylistFileM3U().read(path, status);
     if (playlist && playlist->entries.empty()) status = FileStatus::malformed;

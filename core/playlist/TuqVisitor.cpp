@@ -21,7 +21,7 @@ constexpr bool has(unsigned members, Member member) {
     return (members >> member & 1U) != 0;
 }
 
-/// Whether it has come before.
+/// Adds a member; true when it was there already.
 template <typename Members> bool addTo(Members& members, Member member) {
     const bool had = has(members, member);
     members = static_cast<Members>(members | 1U << member);
@@ -53,7 +53,7 @@ bool TuqVisitor::beginEntry() {
     return true;
 }
 
-/// One that is not valid may still turn out to be left out.
+/// Validity is checked at the entry's end, because entries beyond the limit are not.
 bool TuqVisitor::entryMember(std::string_view memberName, const json::Value& value) {
     const Member member = memberOf(memberName);
     if (member == unknown || addTo(m_entryMembers, member)) return true;
@@ -87,7 +87,7 @@ std::unique_ptr<TulPlaylist> TuqVisitor::finish() {
     return std::move(m_playlist);
 }
 
-/// The root's artist and album may come after the entries.
+/// Completes an entry when the root has been read: its artist and album may follow the entries.
 void TuqVisitor::finishEntry(TulPlaylistEntry& entry, Members given) const {
     if (!has(given, artist)) entry.artist = m_artist;
     if (!has(given, album)) entry.album = m_album;

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-/// Makes a playlist of what a tuq document holds. Rejects it when a known member has another type, or an
-/// entry no source; of members of one name the first counts.
+/// Builds a playlist from a tuq document. Rejects it when a known member has another type, or an entry lacks
+/// a source. Of members of the same name the first counts.
 class TuqVisitor : public json::ListVisitor {
 public:
-    /// Sources that are relative get the folder in front.
+    /// `folder` is prepended to relative sources.
     explicit TuqVisitor(std::string folder) : m_folder(std::move(folder)) {}
 
     bool rootMember(std::string_view name, const json::Value& value) override;
@@ -21,13 +21,13 @@ public:
     bool entryMember(std::string_view name, const json::Value& value) override;
     bool endEntry() override;
 
-    /// When all has been told: the list, null without a name.
+    /// The list, after the whole document was visited; null when it has no name.
     std::unique_ptr<TulPlaylist> finish();
-    /// Entries have been left out.
+    /// True when entries were left out because of a limit.
     [[nodiscard]] bool isCut() const { return m_isCut; }
 
 private:
-    using Members = std::uint8_t; ///< A bit for each that has come.
+    using Members = std::uint8_t; ///< A bit for each member that was present.
 
     void finishEntry(TulPlaylistEntry& entry, Members given) const;
 
@@ -37,12 +37,12 @@ private:
     bool m_isCut = false;
 
     Members m_rootMembers = 0;
-    std::string m_artist; ///< Of the root, for entries that have none.
+    std::string m_artist; ///< Members of the root, for entries without their own.
     std::string m_album;
     std::int32_t m_start = -1;
 
     std::unique_ptr<TulPlaylistEntry> m_entry;
     Members m_entryMembers = 0;
     bool m_isValid = false;
-    std::vector<Members> m_given; ///< By each entry of the list.
+    std::vector<Members> m_given; ///< The members of each entry.
 };

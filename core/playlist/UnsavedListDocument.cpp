@@ -14,7 +14,7 @@ namespace {
 
 using Header = UnsavedListDocument::Header;
 
-/// Takes the members before the entries, and ends the parsing there.
+/// Collects the members before the entries, and ends parsing there.
 struct HeaderHandler : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, HeaderHandler> {
     Header header;
     std::string member;

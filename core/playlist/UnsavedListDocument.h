@@ -10,25 +10,25 @@
 class TulPlaylist;
 class TulPlaylistEntry;
 
-/// The text that keeps a changed playlist: a document of the native playlist format that also says where the
-/// list belongs and which entry is current, before its entries. Made step by step, as a long list takes more
-/// time than the main thread has.
+/// Serialises a changed playlist: a document of the native playlist format with additional members, before
+/// its entries, for the list's file and current entry. Entries are added one by one, so that the main thread
+/// can write a long list in steps.
 class UnsavedListDocument {
 public:
     struct Header {
         std::string file; ///< The list's playlist file; empty when it has none.
         std::string name;
-        std::int64_t changedAt = 0; ///< Of the last edit, milliseconds since 1970.
+        std::int64_t changedAt = 0; ///< Time of the last edit, milliseconds since 1970.
     };
 
     explicit UnsavedListDocument(const TulPlaylist& list);
     void add(const TulPlaylistEntry& entry);
-    /// The last call.
+    /// To be called last.
     std::string takeText();
 
-    /// Reads no more of the file than its beginning. Nothing when it is no such document.
+    /// Reads only the beginning of a file. None when it is not such a document.
     static std::optional<Header> readHeader(const std::string& path);
-    /// The list as it was written, changed. Null when it is no such document.
+    /// The list, marked as changed. Null when the file is not such a document.
     static std::unique_ptr<TulPlaylist> read(const std::string& path);
 
 private:

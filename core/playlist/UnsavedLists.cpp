@@ -21,8 +21,8 @@ constexpr int maxPrograms = 256;
 constexpr std::size_t maxNameless = 10;
 constexpr const char* extension = ".tuq";
 constexpr const char* asidePrefix = "list-";
-constexpr const char* separatePrefix = "other-"; // so that a name says it without being read
-constexpr const char* placePrefix = "shown-";
+constexpr const char* separatePrefix = "other-"; // marks separate lists by their names
+constexpr const char* slotPrefix = "shown-";
 
 void removeFile(const fs::path& path) {
     std::error_code failed;
@@ -48,72 +48,72 @@ fs::path UnsavedLists::pathOf(const std::string& id) const {
     return m_folder / (id + extension);
 }
 
-fs::path UnsavedLists::place(int number) const {
-    return pathOf(placePrefix + std::to_string(number));
+fs::path UnsavedLists::slotPath(int number) const {
+    return pathOf(slotPrefix + std::to_string(number));
 }
 
-fs::path UnsavedLists::lockOf(int number) const {
-    return m_folder / (placePrefix + std::to_string(number) + ".lock");
+fs::path UnsavedLists::slotLockPath(int number) const {
+    return m_folder / (slotPrefix + std::to_string(number) + ".lock");
 }
 
-/// Not open when another program holds it.
-FileDescriptor UnsavedLists::lockPlace(int number) const {
-    FileDescriptor file(::open(lockOf(number).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+/// Locks a slot. Not open when another program holds it.
+FileDescriptor UnsavedLists::lockSlot(int number) const {
+    FileDescriptor file(::open(slotLockPath(number).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return FileDescriptor();
     return file;
 }
 
-/// Not when the folder has been removed meanwhile.
-bool UnsavedLists::holdsPlace() const {
+/// False when the folder was removed meanwhile.
+bool UnsavedLists::holdsSlot() const {
     struct stat held {};
     struct stat there {};
-    return m_place != 0 && ::fstat(m_placeLock.get(), &held) == 0 &&
-           ::stat(lockOf(m_place).c_str(), &there) == 0 && held.st_ino == there.st_ino;
+    return m_slot != 0 && ::fstat(m_slotLock.get(), &held) == 0 &&
+           ::stat(slotLockPath(m_slot).c_str(), &there) == 0 && held.st_ino == there.st_ino;
 }
 
-bool UnsavedLists::claimPlace(const Lock& lock) {
-    if (holdsPlace()) return true;
-    m_place = 0;
+bool UnsavedLists::claimSlot(const Lock& lock) {
+    if (holdsSlot()) return true;
+    m_slot = 0;
     if (m_folder.empty() || !makeFolder(m_folder)) return false;
-    for (int number = 1; number <= maxPrograms && m_place == 0; ++number) {
-        m_placeLock = lockPlace(number);
-        if (m_placeLock.isOpen()) m_place = number;
+    for (int number = 1; number <= maxPrograms && m_slot == 0; ++number) {
+        m_slotLock = lockSlot(number);
+        if (m_slotLock.isOpen()) m_slot = number;
     }
-    if (m_place == 0) return false;
-    renameFile(place(m_place), pathOf(newId())); // of a program that was killed
+    if (m_slot == 0) return false;
+    renameFile(slotPath(m_slot), pathOf(newId())); // left by a killed program
     setAsideAbandoned(lock);
     return true;
 }
 
-/// The places of other programs that were killed.
+/// Sets aside the lists in the slots of killed programs.
 void UnsavedLists::setAsideAbandoned(const Lock& /*lock*/) {
     std::error_code failed;
     for (int number = 1; number <= maxPrograms; ++number) {
-        if (number == m_place || !fs::exists(place(number), failed)) continue;
-        const FileDescriptor lock = lockPlace(number);
-        if (lock.isOpen()) renameFile(place(number), pathOf(newId()));
+        if (number == m_slot || !fs::exists(slotPath(number), failed)) continue;
+        const FileDescriptor lock = lockSlot(number);
+        if (lock.isOpen()) renameFile(slotPath(number), pathOf(newId()));
     }
 }
 
-FileStatus UnsavedLists::store(const std::string& text, const std::string& takenUpFrom) {
+FileStatus UnsavedLists::store(const std::string& text, const std::string& restoredFrom) {
     const Lock lock(m_mutex);
-    if (!claimPlace(lock)) return m_folder.empty() ? FileStatus::done : FileStatus::notAllowed;
-    const FileStatus status = replaceFile(place(m_place), text);
-    if (status == FileStatus::done && !takenUpFrom.empty()) removeFile(pathOf(takenUpFrom));
+    if (!claimSlot(lock)) return m_folder.empty() ? FileStatus::done : FileStatus::notAllowed;
+    const FileStatus status = replaceFile(slotPath(m_slot), text);
+    if (status == FileStatus::done && !restoredFrom.empty()) removeFile(pathOf(restoredFrom));
     return status;
 }
 
 void UnsavedLists::setAside(const std::string& id) {
     const Lock lock(m_mutex);
-    if (m_place != 0) renameFile(place(m_place), pathOf(id));
+    if (m_slot != 0) renameFile(slotPath(m_slot), pathOf(id));
 }
 
 void UnsavedLists::remove(const std::string& id) {
     const Lock lock(m_mutex);
     if (!id.empty())
         removeFile(pathOf(id));
-    else if (m_place != 0)
-        removeFile(place(m_place));
+    else if (m_slot != 0)
+        removeFile(slotPath(m_slot));
 }
 
 void UnsavedLists::separateFrom(const std::string& file) {
@@ -150,7 +150,7 @@ std::vector<UnsavedList> UnsavedLists::readHeaders() const {
 std::vector<UnsavedList> UnsavedLists::list() {
     const Lock lock(m_mutex);
     std::error_code failed;
-    if (fs::is_directory(m_folder, failed)) claimPlace(lock);
+    if (fs::is_directory(m_folder, failed)) claimSlot(lock);
     auto lists = readHeaders();
     std::set<std::string> files;
     for (UnsavedList& each : lists)

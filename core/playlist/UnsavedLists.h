@@ -12,65 +12,64 @@
 
 class TulPlaylist;
 
-/// A changed playlist that is kept while it is not shown.
+/// A changed playlist that was set aside.
 struct UnsavedList {
     std::string id;
     std::string file; ///< Its playlist file; empty when it has none.
     std::string name;
     std::int64_t changedAt = 0; ///< Milliseconds since 1970.
-    /// Its file has newer changes than these, or was saved without them: another program made them at the
-    /// same time.
+    /// Its changes no longer belong to its file, because another program has stored newer changes or saved
+    /// the file.
     bool isSeparate = false;
 };
 
-/// The folder that keeps changed playlists which have not been saved, one file each.
+/// A folder with the changed playlists that have not been saved, one file each.
 ///
-/// Several programs share it. Each has a place of its own in it, under a lock, for the list that it shows;
-/// only the program that holds the lock writes there. A list that is left is set aside under a name that
-/// nothing else has, and so is what a program that was killed has left in its place. What is set aside is
-/// never written again, and removed only by the program that has taken the list up and has stored it in its
-/// own place.
+/// Several programs share it. Each stores its current list in a slot of its own, and holds the slot's lock. A
+/// list that was replaced by another is set aside: its file is renamed to a unique name. So are the lists in
+/// the slots of killed programs. A list that is set aside is never written again; the program that has
+/// restored it removes it after storing the list in its own slot.
 ///
 /// Threads: any. Every call blocks on the disk.
 class UnsavedLists {
 public:
-    /// Made when something is stored. Empty: nothing is kept.
+    /// The folder is made when something is stored. An empty path disables storing.
     explicit UnsavedLists(std::filesystem::path folder);
 
-    /// Those set aside, the one changed last first. Of those with neither a name nor a file it removes all
-    /// but the last ten.
+    /// The lists that are set aside, the last changed first. Of those with neither name nor file it removes
+    /// all but the last ten.
     std::vector<UnsavedList> list();
 
-    /// Replaces what is in this program's place, and then removes what the list was taken up from (an id, or
+    /// Writes the list to this program's slot, then removes the list that it was restored from (an id, or
     /// empty).
-    [[nodiscard]] FileStatus store(const std::string& text, const std::string& takenUpFrom);
-    /// Moves what is in this program's place, if anything, to this id.
+    [[nodiscard]] FileStatus store(const std::string& text, const std::string& restoredFrom);
+    /// Renames the list in this program's slot, if any, to `id`.
     void setAside(const std::string& id);
-    /// Removes the list of this id, or what is in this program's place where `id` is empty.
+    /// Removes the list `id`, or that in this program's slot when `id` is empty.
     void remove(const std::string& id);
-    /// Whatever else is set aside for this playlist file does no longer belong to it.
+    /// Marks the other lists set aside for a playlist file as separate.
     void separateFrom(const std::string& file);
 
-    /// Null when it is not there any more, or not readable.
+    /// Null when it was removed or cannot be read.
     [[nodiscard]] std::unique_ptr<TulPlaylist> read(const std::string& id) const;
 
-    /// No other list has it, in any program.
+    /// A random id, unique among all programs.
     static std::string newId();
 
 private:
     using Lock = std::lock_guard<std::mutex>;
 
-    bool claimPlace(const Lock& lock);
-    [[nodiscard]] bool holdsPlace() const;
+    bool claimSlot(const Lock& lock);
+    [[nodiscard]] bool holdsSlot() const;
     void setAsideAbandoned(const Lock& lock);
     [[nodiscard]] std::vector<UnsavedList> readHeaders() const;
     [[nodiscard]] std::filesystem::path pathOf(const std::string& id) const;
-    [[nodiscard]] std::filesystem::path place(int number) const;
-    [[nodiscard]] std::filesystem::path lockOf(int number) const;
-    [[nodiscard]] FileDescriptor lockPlace(int number) const;
+    [[nodiscard]] std::filesystem::path slotPath(int number) const;
+    [[nodiscard]] std::filesystem::path slotLockPath(int number) const;
+    [[nodiscard]] FileDescriptor lockSlot(int number) const;
 
     const std::filesystem::path m_folder;
-    std::mutex m_mutex; ///< Guards this program's place and what follows.
-    FileDescriptor m_placeLock;
-    int m_place = 0; ///< 0 is none yet.
+    std::mutex m_mutex; ///< Guards this program's slot and what follows.
+    FileDescriptor m_slotLock;
+    int m_slot = 0; ///< 0 for none.
 };

@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__)
-/// The sanitizers' own memory counts as data: they are given a limit of their own.
+/// RLIMIT_DATA would count the sanitizer's own memory: use its own limit instead.
 extern "C" const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier): ASan's name
     return "hard_rss_limit_mb=256:detect_leaks=0";
 }
@@ -22,12 +22,12 @@ namespace {
 
 using namespace tags;
 
-/// What reading one file may take: twice the longest picture, and what the program has without a file.
+/// Limit of the data segment: twice the largest picture, and the program's own data.
 constexpr rlim_t maxDataBytes = 2 * maxPictureBytes + (rlim_t{2} << 20);
 constexpr timeval maxTime{1, 800'000};
 
-void limit(int resource, rlim_t most) {
-    const rlimit both{most, most};
+void limit(int resource, rlim_t maximum) {
+    const rlimit both{maximum, maximum};
     ::setrlimit(resource, &both);
 }
 
@@ -36,14 +36,14 @@ void setLimits() {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
     limit(RLIMIT_DATA, maxDataBytes);
 #endif
-    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024); // gives back what one file has taken
+    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024); // returns the memory of one file to the system
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     std::signal(SIGPROF, SIG_DFL);
 }
 
-/// Ends the program when the next file takes more.
+/// Starts the time limit of the next file: SIGPROF ends the program.
 void limitTime() {
     const itimerval once{{}, maxTime};
     ::setitimer(ITIMER_PROF, &once, nullptr);
@@ -67,9 +67,8 @@ bool answer(std::string_view question) {
 
 } // namespace
 
-/// tulplayer-tags: reads the tags of one file after the other for a player, whose questions come from the
-/// socket that is the standard input. It ends with the player, and whenever a file takes more than it may
-/// have.
+/// tulplayer-tags: reads files' tags for a player, which sends questions over the socket on standard input.
+/// Exits when the player closes the socket, and when a file exceeds the limits.
 int main() {
     setLimits();
     try {
@@ -78,7 +77,7 @@ int main() {
             if (question->size == 0 || !answer(question->text())) break;
         }
     } catch (const std::exception&) {
-        return 1; // what was read of the file is lost memory
+        return 1; // TagLib may have leaked memory
     }
     return 0;
 }

@@ -150,7 +150,7 @@ TEST_F(TagReaderTest, WhateverHappensToTheRowsMeanwhileTheyEndAsIfReadOneByOne) 
 /// With one worker, which is held until the order of what it is to read stands.
 class TagReaderOrderTest : public TagReaderTest {
 protected:
-    TagReaderOrderTest() : TagReaderTest({.threads = 1, .hangsAfter = 1h}) {
+    TagReaderOrderTest() : TagReaderTest({.threads = 1, .hangTimeout = 1h}) {
         workers.run(Workers::Lane::bulk, [this](const auto&) {
             std::unique_lock lock(mutex);
             opened.wait(lock, [this] { return isOpen; });
@@ -202,7 +202,7 @@ TEST_F(TagReaderOrderTest, StoppedItReadsOnlyWhatIsSeenOrPlayed) {
     }));
     EXPECT_EQ(list.entryAt(29)->tags, Tags::left);
     EXPECT_EQ(list.entryAt(29)->shownTitle(), "a");
-    reader->goOn();
+    reader->resume();
     append(1, sources()[1]);
     ASSERT_TRUE(readsAll());
     EXPECT_EQ(list.entryAt(32)->title, "Song");
@@ -214,7 +214,7 @@ TEST_F(TagReaderOrderTest, ResultsForAListThatIsGoneAreDropped) {
     other.appendEntry(row(sources()[1]));
     list.entries.clear();
     reader->follow(other, other.unreadCount());
-    reader->readOn();
+    reader->readRest();
     open();
     ASSERT_TRUE(readsAll());
     EXPECT_EQ(changed, std::vector<std::int32_t>{0});

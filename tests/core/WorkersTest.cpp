@@ -17,7 +17,7 @@ using Lane = Workers::Lane;
 /// Workers with a main loop: this thread, when it delivers.
 class WorkersTest : public testing::Test {
 protected:
-    void start(const Workers::Settings& settings = {.threads = 1, .hangsAfter = 1h}) {
+    void start(const Workers::Settings& settings = {.threads = 1, .hangTimeout = 1h}) {
         workers.emplace(settings);
         workers->setWake([this] { ++wakes; });
     }
@@ -77,7 +77,7 @@ TEST_F(WorkersTest, UrgentJobsComeFirstOwnOnesAtOnceAndResultsOnTheMainThread) {
 }
 
 TEST_F(WorkersTest, OneThatHangsIsReplacedAndAbandoned) {
-    start({.threads = 1, .hangsAfter = 1ms, .endsWithin = 1ms});
+    start({.threads = 1, .hangTimeout = 1ms, .endTimeout = 1ms});
     workers->run(Lane::bulk, blocker());
     workers->run(Lane::own, blocker());
     ASSERT_TRUE(waitFor([&] { return gate->blocked == 2; }));
