@@ -179,7 +179,7 @@ void TulPlayer::showOpened(std::unique_ptr<TulPlaylist> list, std::size_t unread
         replacePlaylist(std::move(list), unread, Replacement::restored);
         resume(*m_resumption);
         prepareNext();
-        tagReader.readOn();
+        tagReader.readRest();
     } else {
         setPlaylist(std::move(list), unread);
     }
