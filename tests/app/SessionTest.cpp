@@ -148,8 +148,9 @@ TEST_F(SessionTest, WhatIsNamedAtTheStartComesBehindIt) {
     end(SIGTERM);
 
     const starts::Started own({"--play-pause"});
-    EXPECT_TRUE(hears(1500)) << "where none runs, one starts and plays";
-    start({"--volume=20", "--stop"});
+    EXPECT_TRUE(reaches("state", "playing")) << "where none runs, one starts and plays";
+    EXPECT_TRUE(hears(1500));
+    EXPECT_EQ(start({"--volume=20", "--stop"}).status, 0);
     ASSERT_TRUE(Desk::until([] { return stored()["volume"].toDouble() < 0.21; }));
     own.signal(SIGTERM);
     EXPECT_EQ(own.answer().status, 0);
