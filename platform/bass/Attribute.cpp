@@ -3,7 +3,7 @@
 namespace bass {
 namespace {
 
-/// 5 ms at 44.1 kHz: too short to be noticed as a slide, long enough not to click.
+/// 5 ms at 44.1 kHz: too short to be noticed as a slide, long enough to avoid a click.
 constexpr std::uint32_t smoothingFrames = 220;
 
 } // namespace

@@ -8,14 +8,14 @@
 
 namespace bass {
 
-/// One attribute of a stream (gain or pan): set or slid by a control call, followed by the audio thread.
+/// A gain or pan of a stream: set or slid by control calls, applied by the audio thread.
 ///
-/// Threads: the first group under the engine's lock; those that say "at rest" while the mixer does not have
-/// the stream. The second group is the audio thread's.
+/// Threads: the first group of functions needs the engine's lock; those marked "at rest" also need the mixer
+/// not to use the stream. The second group is the audio thread's.
 class Attribute {
 public:
-    /// Numbers the slides of all attributes of a library, so that one that moves to another stream at a join
-    /// keeps its identity.
+    /// Identifies a slide among those of all streams, because a slide moves to the following stream at a
+    /// join.
     using SlideId = std::uint64_t;
 
     /// `owner` is the stream's handle.
@@ -26,31 +26,31 @@ public:
           m_order(std::bit_cast<std::uint64_t>(Order{value, 0})),
           m_current(value) {}
 
-    /// Reaches the value within 5 ms, without a click.
+    /// Moves to the value over 5 ms, which avoids a click.
     void set(float value);
     void slide(float value, std::uint32_t frames);
-    /// Where a slide is now; the value set where there is none.
+    /// The current value of a slide; without one the value set.
     float get() const { return m_sliding ? m_current.load() : m_target; }
     bool isSliding() const { return m_sliding; }
     bool isSlidingToSilence() const { return m_sliding && m_target == 0.0F; }
-    /// The end of a slide has been played. False when it was replaced meanwhile.
+    /// Notifies that the end of a slide has been played. False when another has replaced it meanwhile.
     bool slidePlayed(SlideId slide);
-    /// Goes on with the value and the slide of the stream that this one has followed at a join.
+    /// Takes over value and slide of the stream that this one follows, after a join.
     void adopt(const Attribute& former);
-    /// At rest: nothing is playing that could click. Takes a value that was set at once; what slides, slides
-    /// on from where it is.
+    /// At rest: applies a value that was set without smoothing, as nothing is playing. A slide continues from
+    /// its current value.
     void settle();
-    /// At rest: brings a slide to its target at once, and answers it.
+    /// At rest: moves a slide to its target at once, and returns its id.
     SlideId finishSlide();
 
-    /// Takes what was ordered since.
+    /// Takes over the latest order of the control calls.
     void follow();
-    /// At a join: goes on from where the former stream's ramp is.
+    /// At a join: takes over the ramp of the former stream.
     void continueFrom(const Attribute& former);
-    /// At a join: reaches its own value from another one within 5 ms.
+    /// At a join: moves from `value` to its own value over 5 ms.
     void startFrom(float value);
     Ramp& ramp() { return m_ramp; }
-    /// After mixing: the slide that has just reached its target, or 0.
+    /// After mixing: the slide that has just reached its target; 0 for none.
     SlideId finished();
 
 private:
@@ -63,12 +63,12 @@ private:
 
     const std::uint32_t m_owner;
 
-    Ramp m_ramp;                  ///< Audio thread, as the three below.
-    std::uint32_t m_followed = 0; ///< Number of the order it follows.
-    SlideId m_slide = 0;          ///< The same as an identity, which may be a former stream's.
-    bool m_finishing = false;     ///< The order has not reached its target yet.
+    Ramp m_ramp;                  ///< Audio thread, as the next three.
+    std::uint32_t m_followed = 0; ///< Number of the order that was taken over last.
+    SlideId m_slide = 0;          ///< Its id, which may be that of a former stream's slide.
+    bool m_finishing = false;     ///< The ramp has not reached its target yet.
 
-    float m_target; ///< Engine's lock, as the two below.
+    float m_target; ///< Engine's lock, as the next two.
     SlideId m_lastSlide = 0;
     bool m_sliding = false;
 

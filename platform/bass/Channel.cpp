@@ -8,17 +8,17 @@
 namespace bass {
 namespace {
 
-/// There before a stream starts: the device asks for its whole latency at once.
+/// Frames to decode before a stream starts: the device requests its whole latency at once.
 constexpr std::size_t fillFrames = sampleRate / 4;
-/// A file's ring holds 0.7 s, an address's 11 s: what a network may take to come back.
+/// The ring holds 0.7 s of a file and 11 s of a network stream, to bridge a reconnect.
 constexpr Voice::Config fileVoice{.framesAhead = 32768, .refillFrames = sampleRate / 10};
 constexpr Voice::Config networkVoice{.framesAhead = 491520, .refillFrames = sampleRate / 2};
-/// The source that follows is opened when so much of this one is left to be decoded.
+/// The following source is opened when this much of the current one is left to decode.
 constexpr std::int64_t prepareFrames = std::int64_t{10} * sampleRate;
-/// 50 ms: how fast a change of the loudness mode is followed.
+/// 50 ms: the length of the slide when the loudness mode changes.
 constexpr std::uint32_t loudnessFrames = sampleRate / 20;
 
-/// A stream that changes its tags more often loses some.
+/// Tags queued for frames decoded ahead; further ones replace the last.
 constexpr std::size_t maxTagsAhead = 64;
 
 DWORD statusOf(Failure failure) {
@@ -84,13 +84,13 @@ DWORD Channel::status(const Lock& /*lock*/, DWORD* httpStatus) const {
     return m_wasFilled ? BASS_STREAM_OPEN : BASS_STREAM_CONNECTING;
 }
 
-/// False when the event means nothing now.
+/// Carries out the transition of an event. False when the state ignores it.
 bool Channel::apply(const Lock& lock, StreamEvent event) {
     const StreamTransition next = transition(m_state, event);
     if (!next.accepted) return false;
     const bool ends = next.state == StreamState::ended;
     if (next.detach && ends)
-        m_engine.mixer.detach(m_voice); // all of it has been played: nothing to discard
+        m_engine.mixer.detach(m_voice); // all mixed frames have been played: nothing to discard
     else if (next.detach)
         discardMixed(lock);
     m_state = next.state;
@@ -108,7 +108,7 @@ bool Channel::play(const Lock& lock, bool restart) {
         m_seek = 0;
         beginSeek(lock);
     }
-    if (m_endUnclaimed) return true; // played as a follower, to its end: that is still to be reported
+    if (m_endUnclaimed) return true; // played to its end as a follower; the end is reported next
     if (!apply(lock, StreamEvent::play)) return false;
     startIfFilled(lock);
     return true;
@@ -167,15 +167,16 @@ void Channel::attach(const Lock& /*lock*/) {
 
 Channel* Channel::joined(const Lock& /*lock*/) const {
     if (m_state != StreamState::playing || !m_next) return nullptr;
-    m_engine.mixer.settle(); // it may be joining right now
+    m_engine.mixer.settle(); // a join may be under way
     return m_voice.hasJoined() ? m_next.get() : nullptr;
 }
 
-/// Takes the voice from the mixer, at the frame that was played last. The one it has continued with goes back
-/// to its start.
+/// Detaches the voice and returns to the frame that was played last. A voice that the mixer has continued
+/// with returns to its start.
 void Channel::discardMixed(const Lock& lock) {
     m_engine.mixer.detach(m_voice);
-    discardMixed(lock, m_engine.output.playedFrame()); // not before: an output without a queue plays at once
+    discardMixed(
+        lock, m_engine.output.playedFrame()); // read after detaching: an output without a queue plays at once
 }
 
 void Channel::discardMixed(const Lock& lock, std::uint64_t played) {
@@ -192,7 +193,7 @@ void Channel::rewind(const Lock& lock, std::uint64_t played) {
     if (m_state != StreamState::playing) return;
     Channel* const next = joined(lock);
     if (next && next->m_voice.firstDeviceFrame().value_or(played + 1) <= played) {
-        // The join has been played, and the end of this stream is about to be reported.
+        // The join has been played; the end of this stream is about to be reported.
         m_engine.mixer.detach(next->m_voice);
         next->m_voice.rewind(played);
         m_engine.mixer.attach(next->m_voice);
@@ -213,7 +214,7 @@ bool Channel::seek(const Lock& lock, std::int64_t frame) {
     m_seek = std::clamp<std::int64_t>(frame, 0, m_length.value_or(INT64_MAX));
     m_seekBegun = false;
     if (isFadingOut()) {
-        // It waits for the fade, and the stream that follows does not begin meanwhile.
+        // The seek waits for the end of the fade. The following stream must not start meanwhile.
         m_voice.setNext(nullptr);
         if (!joined(lock)) return true;
     }
@@ -225,7 +226,7 @@ void Channel::beginSeek(const Lock& lock) {
     m_seekBegun = true;
     apply(lock, StreamEvent::seek);
     finishSlides(lock);
-    if (m_open) m_cancel->cancel(); // opening goes on: it is needed for the seek, too
+    if (m_open) m_cancel->cancel(); // do not cancel opening: the seek needs it
     m_work.release();
 }
 
@@ -234,7 +235,7 @@ void Channel::finishSlides(const Lock& lock) {
     const bool waitsForDevice =
         m_state == StreamState::playing && !m_engine.output.isRunning() && !joined(lock);
     if (m_state != StreamState::starting && !waitsForDevice) return;
-    if (waitsForDevice) m_engine.mixer.detach(m_voice); // the device may start right now
+    if (waitsForDevice) m_engine.mixer.detach(m_voice); // the device may start at any time
     for (const DWORD which : {BASS_ATTRIB_VOL, BASS_ATTRIB_PAN}) {
         if (!slot(which).isSliding()) continue;
         m_engine.syncs.post({.kind = MixEvent::Kind::slide,
@@ -302,10 +303,10 @@ std::vector<Sync> Channel::takeSyncs(const Lock& lock, const MixEvent& event) {
     return {};
 }
 
-/// False when the end means nothing now.
+/// Returns false when the end is ignored.
 bool Channel::end(const Lock& lock) {
     if (m_state == StreamState::playing && m_seek) {
-        beginSeek(lock); // it ended while a seek waited for its fade
+        beginSeek(lock); // the stream ended while a seek waited for a fade
         return false;
     }
     Channel* const next = joined(lock);
@@ -371,7 +372,7 @@ void Channel::prepareNextIfDue(const Lock& lock) {
     m_next->m_voice.setClaimed(false);
 }
 
-/// Lets the mixer continue with the next stream, once that has frames.
+/// Lets the mixer continue with the next stream if it has enough frames.
 void Channel::linkNext(const Lock& /*lock*/) {
     const bool ready =
         m_next && m_next->m_state == StreamState::stopped && m_next->m_open && m_next->isFilled();
@@ -381,7 +382,7 @@ void Channel::linkNext(const Lock& /*lock*/) {
     m_engine.output.wakeOutput();
 }
 
-// ---- what the worker reports ----
+// ---- called by the worker ----
 
 void Channel::opened(const Lock& lock, std::optional<std::int64_t> length, const ReplayGain& gain) {
     m_open = true;
@@ -421,13 +422,13 @@ void Channel::readAll(const Lock& lock, bool broken) {
     linkNext(lock);
 }
 
-void Channel::told(const Lock& /*lock*/, StreamTags tags) {
+void Channel::tagsChanged(const Lock& /*lock*/, StreamTags tags) {
     if (m_tags.size() == maxTagsAhead) m_tags.pop_back();
     m_tags.push_back({m_voice.decodedFrame(), std::move(tags)});
 }
 
 void Channel::sought(const Lock& lock, std::int64_t frame, bool reached) {
-    if (!m_seekBegun || m_seek != frame) return; // another one came meanwhile
+    if (!m_seekBegun || m_seek != frame) return; // another seek has replaced it
     m_seek.reset();
     m_seekBegun = false;
     if (reached) {

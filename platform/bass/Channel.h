@@ -14,11 +14,11 @@
 
 namespace bass {
 
-/// The control side of one stream: its state, its seeks and syncs, and which stream follows it. Positions are
-/// frames of the source.
+/// The control side of one stream: its state, seeks, syncs, and the stream that follows. Positions are frames
+/// of the source.
 ///
-/// Threads: every public call needs the engine's lock, which it takes as proof; none waits for anything. The
-/// stream's worker is StreamWorker's.
+/// Threads: every public function needs the engine's lock, passed as an argument; none blocks. StreamWorker
+/// runs the stream's worker thread.
 class Channel : public std::enable_shared_from_this<Channel> {
 public:
     using Lock = Engine::Lock;
@@ -39,40 +39,40 @@ public:
     bool seek(const Lock& lock, std::int64_t frame);
     std::int64_t position(const Lock& lock);
     std::optional<std::int64_t> length(const Lock& /*lock*/) const { return m_length; }
-    /// What the stream says of the frame that is being played.
+    /// The tags that belong to the frame being played.
     const StreamTags& tags(const Lock& lock);
-    /// Silent from now on, whatever is still asked of it; its worker ends by itself.
+    /// Frees the stream: it is silent from now on, and its worker ends by itself.
     void release(const Lock& lock);
 
     void setAttribute(const Lock& lock, DWORD attribute, float value);
     void slideAttribute(const Lock& lock, DWORD attribute, float value, std::uint32_t frames);
     const Attribute& attribute(const Lock& lock, DWORD attribute) const;
 
-    /// Goes to the loudness that the engine's mode asks for.
+    /// Slides to the loudness of the engine's mode.
     void followLoudness(const Lock& lock);
 
     void addSync(const Lock& lock, const Sync& sync);
-    /// Carries out an event of this stream, and answers the syncs to be called.
+    /// Carries out an event of this stream, and returns the syncs to be called.
     std::vector<Sync> takeSyncs(const Lock& lock, const MixEvent& event);
     bool isCurrent(const Lock& lock, const MixEvent& event) const;
 
-    /// The frames up to the one being played.
+    /// Copies the frames up to the one being played.
     void lastPlayed(const Lock& lock, std::span<Frame> out);
     SampleTap* tap(const Lock& /*lock*/) const { return m_voice.tap(); }
     void setTap(const Lock& /*lock*/, SampleTap* tap) { m_voice.setTap(tap); }
 
-    /// Mixed frames past `played` on the device's timeline will not be played: they are mixed again.
+    /// Mixes again what was mixed past `played` on the device's timeline, which the device has dropped.
     void rewind(const Lock& lock, std::uint64_t played);
-    /// Nothing is mixed while a stream seeks or connects, or while there is no device, so a slide would last
-    /// until that is over: it is finished at once.
+    /// Finishes slides at once while nothing is mixed, because the stream seeks or connects or there is no
+    /// device: they would not advance.
     void finishSlides(const Lock& lock);
 
     bool isFollowedBy(const Lock& /*lock*/, const SourceName& name) const { return m_nextName == name; }
-    /// Names the source that follows. The stream made for the former one is to be taken away before.
+    /// Sets the source that follows. Call `takeNext` before, to remove the stream made for the previous one.
     void setNext(const Lock& lock, SourceName next);
-    /// Was made to follow another stream, and gets its owner now.
+    /// Called when the core has got the handle of a stream that was made to follow another.
     void claim(const Lock& /*lock*/) { m_voice.setClaimed(true); }
-    /// Gives away the stream that was made for the source that follows; null when there is none.
+    /// Releases the stream that was made to follow; null when there is none.
     std::shared_ptr<Channel> takeNext(const Lock& lock);
 
 private:
@@ -84,8 +84,9 @@ private:
     bool isFadingOut() const {
         return m_state == StreamState::playing && m_voice.gain().isSlidingToSilence();
     }
-    /// The stream that the mixer has continued with while this one is still being played. An order that was
-    /// given to this one before the call has reached the mixer in time, or is to be given to that one, too.
+    /// The following stream, if the mixer has continued with it already; else null. Then a change made to
+    /// this stream before the call still takes effect in the mixer; in the other case the caller repeats it
+    /// on the returned stream.
     Channel* joined(const Lock& lock) const;
 
     bool apply(const Lock& lock, StreamEvent event);
@@ -102,13 +103,13 @@ private:
     void prepareNextIfDue(const Lock& lock);
     void linkNext(const Lock& lock);
 
-    // What the worker reports.
+    // Called by the worker.
     void opened(const Lock& lock, std::optional<std::int64_t> length, const ReplayGain& gain);
     void failed(const Lock& lock, Failure failure, int httpStatus);
     void wrote(const Lock& lock);
     void readAll(const Lock& lock, bool broken);
     void sought(const Lock& lock, std::int64_t frame, bool reached);
-    void told(const Lock& lock, StreamTags tags);
+    void tagsChanged(const Lock& lock, StreamTags tags);
 
     const DWORD m_handle;
     const SourceName m_name;
@@ -117,27 +118,27 @@ private:
     const std::shared_ptr<Cancel> m_cancel = std::make_shared<Cancel>();
     Voice m_voice;
 
-    StreamState m_state = StreamState::stopped; ///< Guarded by the engine's lock, as all below.
+    StreamState m_state = StreamState::stopped; ///< Guarded by the engine's lock, as all following members.
     Failure m_failure = Failure::none;
     int m_httpStatus = 0;
     bool m_open = false;
     bool m_wasFilled = false;
     bool m_endReported = false;
-    bool m_endUnclaimed = false; ///< Ended as a follower before it had an owner.
+    bool m_endUnclaimed = false; ///< Ended as a follower before the core had its handle.
     std::optional<std::int64_t> m_length;
     ReplayGain m_replayGain;
-    std::optional<std::int64_t> m_seek; ///< Asked for, not done.
-    bool m_seekBegun = false;           ///< False while it waits for the end of a fade.
+    std::optional<std::int64_t> m_seek; ///< Target of a seek that is not done yet.
+    bool m_seekBegun = false;           ///< False while the seek waits for the end of a fade.
     std::vector<Sync> m_syncs;
     struct TagsFrom {
         std::int64_t frame;
         StreamTags tags;
     };
-    std::deque<TagsFrom> m_tags; ///< Of what is played, then of what is decoded ahead.
+    std::deque<TagsFrom> m_tags; ///< Tags of the frame being played, then of frames decoded ahead.
 
     SourceName m_nextName;
     std::shared_ptr<Channel> m_next; ///< Made for `m_nextName` shortly before the end.
-    std::weak_ptr<Channel> m_former; ///< The one that this is to follow.
+    std::weak_ptr<Channel> m_former; ///< The stream that this one is to follow.
 };
 
 } // namespace bass

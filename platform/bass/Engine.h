@@ -16,22 +16,21 @@ namespace bass {
 
 class Channel;
 
-/// A source as a creation call names it.
+/// A source, as passed to a creation call.
 struct SourceName {
     DWORD kind = BASS_SOURCE_NONE;
     std::string text; ///< A path or an address, as bytes.
     bool operator==(const SourceName&) const = default;
 };
 
-/// Opens a source, on the worker of its stream.
+/// Opens a source. Called on the stream's worker.
 using OpenSource = std::function<OpenedSource(const SourceName&, std::shared_ptr<Cancel>)>;
 [[nodiscard]] OpenedSource openByName(const SourceName& name, std::shared_ptr<Cancel> cancel);
 
-/// What all streams share. One lock guards the control side of every stream: a join concerns two of them, and
-/// no call under it waits for a disk, a server or a device.
+/// State shared by all streams. One lock guards the control side of all of them, because a join concerns two.
+/// No call under it waits for a disk, a server or a device.
 ///
-/// Lock order: the one that SyncThread holds around `exists`, `mutex`, then those of OutputControl and of
-/// what was posted to SyncThread.
+/// Lock order: SyncThread::m_mutex, `mutex`, then the mutexes of OutputControl and SyncThread::m_postedMutex.
 struct Engine {
     using Lock = std::unique_lock<std::mutex>;
 
@@ -43,10 +42,10 @@ struct Engine {
     Mixer mixer;
     OutputControl output;
     SyncThread syncs;
-    /// Makes the stream that is to follow another.
+    /// Makes a stream that is to follow another.
     std::function<std::shared_ptr<Channel>(const Lock&, const SourceName&)> createStream;
     OpenSource openSource = &openByName;
-    std::atomic<int> workers{0}; ///< Threads of streams that have not ended yet.
+    std::atomic<int> workers{0}; ///< Number of running "tul-stream" threads.
 };
 
 } // namespace bass

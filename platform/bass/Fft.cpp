@@ -12,7 +12,7 @@ extern "C" {
 namespace bass {
 namespace {
 
-/// A Hann window and the transform of what it leaves.
+/// Applies a Hann window and a Fourier transform.
 class WindowedTransform {
 public:
     WindowedTransform() {
@@ -38,7 +38,7 @@ private:
         void operator()(AVTXContext* context) const { av_tx_uninit(&context); }
     };
 
-    // As the library's fastest ways want them to lie.
+    // The alignment that av_tx's fastest implementations require.
     alignas(64) std::array<float, fftFrames> m_input{};
     alignas(64) std::array<AVComplexFloat, fftFrames / 2 + 1> m_output{};
     std::array<float, fftFrames> m_window{};
@@ -49,9 +49,9 @@ private:
 } // namespace
 
 std::array<float, fftFrames / 2> magnitudes(std::span<const Frame> frames) {
-    thread_local WindowedTransform transform; // it holds what it works on
+    thread_local WindowedTransform transform; // it holds work buffers
     const auto bins = transform(frames);
-    // A sine's energy goes half to each of two mirrored bins, and the window's mean is a half.
+    // A sine is split between two mirrored bins, and the window's mean is 0.5.
     constexpr float scale = 4.0F / fftFrames;
     std::array<float, fftFrames / 2> result{};
     for (std::size_t i = 0; i < result.size(); ++i)

@@ -59,8 +59,8 @@ std::shared_ptr<Channel> Library::add(const Lock& lock, const SourceName& name) 
     return channel;
 }
 
-/// The stream that was made for this source to follow one that has ended or was freed. One made for another
-/// source is of no use any more.
+/// Takes the stream that was made to follow one that has ended or was freed, if it is of this source. One of
+/// another source is released.
 std::shared_ptr<Channel> Library::claim(const Lock& lock, const SourceName& name) {
     auto waiting = std::exchange(m_orphan, nullptr);
     for (auto former = m_channels.begin(); !waiting && former != m_channels.end(); ++former)
@@ -133,14 +133,14 @@ bool Library::setTap(std::uint32_t handle, SampleTap& tap) {
 
 void Library::removeTap(const SampleTap& tap) {
     const Lock lock(m_engine.mutex);
-    for (int pass = 0; pass < 2; ++pass) { // a join that is under way in the first may hand the tap on
+    for (int pass = 0; pass < 2; ++pass) { // a join during the first pass may pass the tap on
         for (const auto& [handle, channel] : m_channels)
             if (channel->tap(lock) == &tap) channel->setTap(lock, nullptr);
         m_engine.mixer.settle();
     }
 }
 
-// ---- the sync thread's ----
+// ---- called on the sync thread ----
 
 void Library::setBusy(bool busy) {
     m_engine.mixer.setSyncing(busy);
@@ -165,7 +165,7 @@ bool Library::exists(std::uint32_t stream) {
     return findAny(lock, stream) != nullptr;
 }
 
-// ---- the control thread's ----
+// ---- called on the control thread ----
 
 void Library::rewind(std::uint64_t played) {
     const Lock lock(m_engine.mutex);

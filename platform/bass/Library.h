@@ -10,39 +10,40 @@
 
 namespace bass {
 
-/// Everything behind bass.h: the streams by their handles, the mixer, the device and the sync thread. One a
-/// process, which is never destroyed: a thread that nothing can end may still use it while the process exits.
+/// The implementation of bass.h: streams by handle, mixer, device and sync thread. A singleton that is never
+/// destroyed, because a thread that hangs may still use it while the process exits.
 ///
-/// Threads: every call from any thread but the audio thread.
+/// Threads: any but the audio thread.
 class Library : private SyncEvents, private OutputEvents {
 public:
     using Lock = Engine::Lock;
 
     static Library& instance();
 
-    /// False when no device could ever be opened, or when it was opened before.
+    /// False when there is no kind of output at all, or when the library is open already.
     [[nodiscard]] bool open();
-    /// Ends every stream, the device and the sync thread; threads that hang are left behind after `limit`.
-    /// False when it was not open.
+    /// Ends all streams, the device and the sync thread; abandons threads that hang after `limit`. False when
+    /// the library is not open.
     bool close(std::chrono::milliseconds limit);
 
     [[nodiscard]] Lock lock() { return Lock(m_engine.mutex); }
-    /// A stream of the source, or the one that was already made to follow; 0 without an open library.
+    /// Makes a stream of the source, or returns the one that was made to follow; 0 while the library is not
+    /// open.
     std::uint32_t create(const SourceName& name);
-    /// Null for 0, for a handle never given, and for a stream that failed or was freed.
+    /// Null for 0, for an unknown handle, and for a stream that failed or was freed.
     std::shared_ptr<Channel> find(const Lock& lock, std::uint32_t handle);
-    /// The same, but also a stream that failed.
+    /// As `find`, but also returns a stream that failed.
     std::shared_ptr<Channel> findAny(const Lock& lock, std::uint32_t handle);
     bool free(std::uint32_t handle);
     bool setNext(std::uint32_t handle, const SourceName& next);
 
     bool setTap(std::uint32_t handle, SampleTap& tap);
-    /// When this returns the audio thread is done with the tap.
+    /// When this returns, the audio thread no longer uses the tap.
     void removeTap(const SampleTap& tap);
 
     void setLoudness(ReplayGainMode mode);
 
-    /// What opens sources from now on, in the place of openFile and openUrl.
+    /// Replaces the function that opens sources.
     void openWith(OpenSource opener) { m_engine.openSource = std::move(opener); }
 
     std::uint32_t newSyncHandle(const Lock& /*lock*/) { return ++m_lastSync; }
@@ -65,10 +66,10 @@ private:
     void sinkRemoved() override;
 
     Engine m_engine;
-    bool m_open = false; ///< Guarded by the engine's lock, as all below.
+    bool m_open = false; ///< Guarded by the engine's lock, as all following members.
     std::map<std::uint32_t, std::shared_ptr<Channel>> m_channels;
-    std::shared_ptr<Channel> m_orphan; ///< Was made to follow a stream that has been freed.
-    std::uint32_t m_lastHandle = 0;    ///< Handles are never given twice.
+    std::shared_ptr<Channel> m_orphan; ///< A stream that was made to follow one that has been freed.
+    std::uint32_t m_lastHandle = 0;    ///< Handles are never reused.
     std::uint32_t m_lastSync = 0;
 };
 

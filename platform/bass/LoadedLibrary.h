@@ -2,18 +2,18 @@
 
 namespace bass {
 
-/// A shared library that is loaded when it is needed, so that the first window does not wait for it. It stays
-/// loaded for as long as the process runs.
+/// A shared library that is loaded on first use, so that it does not delay the first window. It is never
+/// unloaded.
 ///
-/// Threads: any, one at a time.
+/// Threads: one at a time.
 class LoadedLibrary {
 public:
-    /// By its soname.
+    /// Loads a library by its soname.
     explicit LoadedLibrary(const char* name);
 
-    /// Whether it is there, with every call that was looked for.
+    /// True when the library and all symbols looked up so far were found.
     [[nodiscard]] bool isComplete() const { return m_complete; }
-    /// Null when it is not there.
+    /// Looks up a symbol; `call` is null when it was not found.
     template <typename Call> void find(const char* name, Call& call) {
         call = reinterpret_cast<Call>(address(name));
     }

@@ -39,10 +39,10 @@ void Mixer::render(std::span<float> out) noexcept {
         Voice* voice = slot.load();
         if (!voice) continue;
         Voice* const last = voice->mix(frames, first, m_events);
-        // Unless it was detached meanwhile: then the one that follows is not to be mixed either.
+        // Not if the voice was detached meanwhile: then the next one must not be mixed either.
         if (last != voice) slot.compare_exchange_strong(voice, last);
     }
-    m_mixed.store(first + frames.size()); // within the turn: who waited for it sees what was mixed
+    m_mixed.store(first + frames.size()); // before the turn ends, so that `settle` waits for it
     m_turn.fetch_add(1);
     if (m_events.readable() > 0) m_onEvent();
 }

@@ -11,22 +11,22 @@
 
 namespace bass {
 
-/// Sums the attached voices into what the device asks for. The device's timeline counts every frame ever
-/// mixed.
+/// Sums the attached voices into the device's buffer. The device's timeline counts all frames mixed since the
+/// start.
 ///
-/// Threads: `render` and `isReady` are the audio thread's and never lock, allocate or block. `attach`,
-/// `detach` and `settle` under the engine's lock. `takeEvent` is the sync thread's.
+/// Threads: `render` and `isReady` are called on the audio thread, and never lock, allocate or block;
+/// `attach`, `detach` and `settle` under the engine's lock; `takeEvent` on the sync thread.
 class Mixer : public Renderer {
 public:
-    /// `onEvent` wakes the sync thread; it must be safe on the audio thread.
+    /// `onEvent` wakes the sync thread. Called on the audio thread.
     explicit Mixer(std::function<void()> onEvent) : m_onEvent(std::move(onEvent)) {}
 
-    /// With maxVoices attached already, another one stays silent.
+    /// A voice beyond maxVoices stays silent.
     void attach(Voice& voice);
-    /// When this returns, the audio thread is done with the voice. It may have continued with the one that
-    /// follows (Voice::hasJoined), which then stays.
+    /// When this returns, the audio thread no longer uses the voice. If it has continued with the next one
+    /// (Voice::hasJoined), that one stays attached.
     void detach(const Voice& voice);
-    /// Waits until the audio thread has seen what was stored before.
+    /// Waits for the callback under way, so that the audio thread sees all earlier stores.
     void settle() const;
     int attachedCount() const { return m_attached.load(); }
 
@@ -36,8 +36,8 @@ public:
     bool isReady(std::size_t frames) const noexcept override;
 
     std::optional<MixEvent> takeEvent() { return m_events.take(); }
-    /// The sync thread is at work. An output without a clock waits meanwhile: what a sync orders is to take
-    /// effect at its frame.
+    /// Set while the sync thread handles events. An output without a clock waits meanwhile, so that the
+    /// changes a sync makes take effect at its frame.
     void setSyncing(bool syncing) { m_syncing = syncing; }
 
 private:

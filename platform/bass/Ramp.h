@@ -5,7 +5,7 @@
 
 namespace bass {
 
-/// A value that moves linearly to its target, one step a frame. The audio thread's.
+/// A value that moves linearly to its target, one step per frame. Audio thread only.
 class Ramp {
 public:
     explicit Ramp(float value) : m_value(value), m_target(value) {}
@@ -29,11 +29,11 @@ public:
         advance(1);
         return m_value;
     }
-    /// Moves on by `frames` frames at once.
+    /// Advances by `frames` frames at once.
     void advance(std::size_t frames) {
         if (m_left == 0) return;
         m_left -= static_cast<std::uint32_t>(std::min<std::size_t>(frames, m_left));
-        // From the whole way and not step by step: rounding would add up over a long slide.
+        // Computed from the start value: adding steps would accumulate rounding errors over a long slide.
         const double done = static_cast<double>(m_frames - m_left) / m_frames;
         m_value = m_left == 0
                       ? m_target

@@ -6,7 +6,7 @@
 
 namespace bass {
 
-/// Gets the frames that a stream plays: decoded, before gain and pan, each of them once.
+/// Receives the frames that a stream plays, before gain and pan, each frame once.
 class SampleTap {
 public:
     virtual ~SampleTap() = default;

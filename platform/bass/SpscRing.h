@@ -12,16 +12,16 @@
 
 namespace bass {
 
-/// A bounded ring from one writing thread to one reading thread, without locks. Elements that were read stay
-/// for a while (`history`): they can be read again (`rewind`) or looked at (`copyHistory`), which is why no
-/// ring of a library serves: theirs give a slot back as soon as it is read.
+/// A bounded, lock-free ring with a single producer and a single consumer. The last `history` elements that
+/// were read stay available, to be read again (`rewind`) or copied (`copyHistory`); rings of common libraries
+/// reuse a slot as soon as it is read.
 ///
-/// Threads: `writable` and `write` are the writer's; `peek`, `consume`, `front` and `take` the reader's;
-/// `readable` any thread's. `rewind` and `clear` need both to be at rest. `copyHistory` may run beside both,
-/// as long as it asks for much less than the history.
+/// Threads: `writable`, `write` and `push` are for the producer; `peek`, `consume`, `front` and `take` for
+/// the consumer; `readable` for any thread. `rewind` and `clear` need both to be at rest. `copyHistory` may
+/// run concurrently with both if it copies much less than the history.
 template <typename T> class SpscRing {
 public:
-    /// Holds `capacity` unread elements, and at least `history` behind the reader.
+    /// Holds `capacity` unread elements, and at least `history` elements that were read.
     explicit SpscRing(std::size_t capacity, std::size_t history = 0)
         : m_capacity(capacity),
           m_history(history),
@@ -29,14 +29,14 @@ public:
           m_elements(std::make_unique_for_overwrite<T[]>(m_mask + 1)) {}
 
     std::size_t capacity() const { return m_capacity; }
-    /// None when a rewind has left more to read than the capacity.
+    /// 0 while a rewind leaves more to read than the capacity.
     std::size_t writable() const { return m_capacity - std::min(readable(), m_capacity); }
     std::size_t readable() const {
         return static_cast<std::size_t>(m_written.load(std::memory_order_acquire) -
                                         m_read.load(std::memory_order_acquire));
     }
 
-    /// Writes as many elements as there is room for, first ones first; answers how many.
+    /// Writes as many elements as there is room for, in order; returns their number.
     std::size_t write(std::span<const T> elements) {
         const std::uint64_t at = m_written.load(std::memory_order_relaxed);
         const std::size_t count = std::min(elements.size(), writable());
@@ -49,14 +49,14 @@ public:
     }
     bool push(const T& element) { return write({&element, 1}) == 1; }
 
-    /// At most two runs that together hold the next `count` elements; `count` is no more than `readable`.
+    /// The next `count` elements in one or two runs; `count` must not exceed `readable`.
     std::array<std::span<const T>, 2> peek(std::size_t count) const {
         return runs(m_read.load(std::memory_order_relaxed), count);
     }
     void consume(std::size_t count) {
         m_read.store(m_read.load(std::memory_order_relaxed) + count, std::memory_order_release);
     }
-    /// The next element, which stays; null when there is none.
+    /// The next element, without consuming it; null when there is none.
     const T* front() const {
         if (readable() == 0) return nullptr;
         return &m_elements[m_read.load(std::memory_order_relaxed) & m_mask];
@@ -69,7 +69,7 @@ public:
         return taken;
     }
 
-    /// Steps back over at most `count` elements that were read; answers how many.
+    /// Steps back over at most `count` elements that were read; returns their number.
     std::size_t rewind(std::uint64_t count) {
         const std::uint64_t at = m_read.load();
         const std::uint64_t kept = std::min<std::uint64_t>({count, m_history, at - m_start});
@@ -81,8 +81,8 @@ public:
         m_read.store(m_start);
     }
 
-    /// Copies the elements up to `behind` elements before the reader into `out`; what lies before the first
-    /// element written, or the last `clear`, is T{}.
+    /// Fills `out` with the elements that end `behind` elements before the read position. Those before the
+    /// first element, or before the last `clear`, are T{}.
     void copyHistory(std::uint64_t behind, std::span<T> out) const {
         const std::uint64_t read = m_read.load(std::memory_order_acquire);
         const std::uint64_t end = read - std::min(behind, read - m_start);
@@ -106,9 +106,9 @@ private:
     const std::size_t m_history;
     const std::size_t m_mask;
     const std::unique_ptr<T[]> m_elements;
-    std::atomic<std::uint64_t> m_written{0}; ///< Elements, ever.
+    std::atomic<std::uint64_t> m_written{0}; ///< Number of elements written so far.
     std::atomic<std::uint64_t> m_read{0};
-    std::uint64_t m_start = 0; ///< Nothing before it can be read again. Changed with both threads at rest.
+    std::uint64_t m_start = 0; ///< First element that can be read again. Changed with both threads at rest.
     static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 };
 

@@ -2,42 +2,42 @@
 
 namespace bass {
 
-/// What a stream does.
+/// The state of a stream.
 enum class StreamState {
     stopped,  ///< not started, or stopped by a seek from its end
-    starting, ///< is to play; its frames are not there yet (connecting, seeking, filling)
-    playing,  ///< the mixer has it
+    starting, ///< to be played as soon as enough frames are decoded (connecting, seeking, filling)
+    playing,  ///< attached to the mixer
     paused,
     ended,  ///< its last frame has been played
     failed, ///< could not be opened
     freed,
 };
 
-/// What happens to a stream.
+/// The input of the state machine.
 enum class StreamEvent {
     play,
     pause,
     seek,      ///< a seek begins
-    filled,    ///< enough frames are there to start
+    filled,    ///< enough frames are decoded to start
     joined,    ///< its first frame follows another stream's last one, and is being played
     end,       ///< its last frame has been played
-    exhausted, ///< there is nothing more to play, and its end was reported before
+    exhausted, ///< nothing is left to play, and its end was reported before
     failure,   ///< its source could not be opened
     release,
 };
 
-/// The state that follows, and what is to be done about it.
+/// The next state, and the actions to carry out.
 struct StreamTransition {
     StreamState state;
-    bool accepted = true;   ///< False: the event means nothing in this state, which stays.
-    bool attach = false;    ///< Give it to the mixer.
-    bool detach = false;    ///< Take it from the mixer; what was mixed ahead is discarded.
-    bool fromStart = false; ///< Go to the first frame.
+    bool accepted = true;   ///< False: the event is ignored in this state.
+    bool attach = false;    ///< Attach it to the mixer.
+    bool detach = false;    ///< Detach it from the mixer, and discard what was mixed ahead.
+    bool fromStart = false; ///< Seek to the first frame.
 
     bool operator==(const StreamTransition&) const = default;
 };
 
-/// A pure function: the whole of a stream's state machine.
+/// The state machine of a stream, as a pure function.
 [[nodiscard]] StreamTransition transition(StreamState state, StreamEvent event);
 
 } // namespace bass

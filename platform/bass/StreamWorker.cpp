@@ -82,7 +82,7 @@ void StreamWorker::seek(Lock& lock) {
     lock.unlock();
     const bool reached = m_source->seek(target);
     lock.lock();
-    if (!reached && m_channel->m_cancel->requested()) return; // not refused: another seek ended it early
+    if (!reached && m_channel->m_cancel->requested()) return; // cancelled by another seek, not refused
     if (reached) m_unwritten.reset();
     m_channel->sought(lock, target, reached);
 }
@@ -94,9 +94,9 @@ void StreamWorker::read(Lock& lock) {
         m_unwritten = m_source->read(samplesOf(m_chunk));
         auto tags = m_source->takeTags();
         lock.lock();
-        if (tags) channel.told(lock, std::move(*tags));
+        if (tags) channel.tagsChanged(lock, std::move(*tags));
     }
-    // A seek that has begun may be refused, and then reading goes on here; a rewind may have taken the room.
+    // Keep the chunk: a seek that has begun may be refused, and a rewind may have used up the room.
     if ((channel.m_seek && channel.m_seekBegun) || channel.voice().writable() < m_unwritten->frames) return;
     const ReadResult result = *std::exchange(m_unwritten, std::nullopt);
     const bool ended = result.status == ReadResult::Status::end;

@@ -8,10 +8,10 @@
 
 namespace bass {
 
-/// Opens, reads and seeks the source of one stream, and fills the stream's ring.
+/// Opens, reads and seeks the source of one stream, and fills its ring.
 ///
-/// Threads: one of its own, "tul-stream", which ends by itself when the stream is released. It keeps the
-/// stream alive, and nothing joins it: it may be inside a name look-up or a read that nothing can end.
+/// Threads: runs on its own thread, "tul-stream", which exits when the stream is released. The thread shares
+/// ownership of the stream and is never joined, because a name look-up or a read can block without limit.
 class StreamWorker {
 public:
     using Lock = Engine::Lock;
@@ -31,7 +31,7 @@ private:
     std::shared_ptr<Channel> m_channel;
     std::unique_ptr<Source> m_source;
     std::array<Frame, chunkFrames> m_chunk{};
-    std::optional<ReadResult> m_unwritten; ///< What m_chunk holds and the ring has not got yet.
+    std::optional<ReadResult> m_unwritten; ///< The frames in m_chunk that are not in the ring yet.
 };
 
 } // namespace bass

@@ -11,7 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The device's clock can't wake anybody: how early and how late it is asked again.
+/// Limits of the interval at which the device's clock is polled while an event is not yet due.
 constexpr auto minWait = 2ms;
 constexpr auto maxWait = 100ms;
 

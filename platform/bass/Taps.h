@@ -6,13 +6,12 @@
 
 namespace bass {
 
-/// Lets `tap` get the frames of a stream from now on, in the place of the stream's tap before; a stream that
-/// follows it without a gap inherits the tap. The tap must outlive that: until `removeTap`. False for a
-/// handle that is not a stream.
+/// Sends the frames of a stream to `tap` from now on, instead of to its previous tap. A stream that follows
+/// without a gap inherits the tap. The tap must live until `removeTap`. False for an unknown handle.
 bool setTap(std::uint32_t handle, SampleTap& tap);
-/// Whether `tap` gets the frames of the stream already.
+/// True when the stream's tap is `tap`.
 bool hasTap(std::uint32_t handle, const SampleTap& tap);
-/// Takes it from every stream. When the call returns, the audio thread is done with it.
+/// Removes the tap from all streams. When this returns, the audio thread no longer uses it.
 void removeTap(const SampleTap& tap);
 
 } // namespace bass

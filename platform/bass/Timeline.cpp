@@ -6,7 +6,7 @@ namespace bass {
 
 void Timeline::advance(std::uint64_t deviceFrame, std::size_t frames) noexcept {
     if (frames == 0) return;
-    // Without room for it now the segment begins with the next frames.
+    // When the ring is full the segment begins with the next frames.
     if (m_broken) m_broken = !m_segments.push({deviceFrame, m_mixed.load(std::memory_order_relaxed)});
     m_mixed.fetch_add(static_cast<std::int64_t>(frames));
 }
@@ -19,7 +19,7 @@ std::int64_t Timeline::playedFrame(std::uint64_t devicePlayed) {
         m_segments.consume(1);
     }
     if (!m_current) return m_startFrame;
-    const std::int64_t mixed = m_mixed.load(); // before the next segment, which may begin right now
+    const std::int64_t mixed = m_mixed.load(); // read before the next segment, which may begin at any time
     const Segment* next = m_segments.front();
     const std::int64_t end = next ? next->sourceFrame : mixed;
     const auto played =

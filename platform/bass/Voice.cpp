@@ -7,7 +7,7 @@
 namespace bass {
 namespace {
 
-/// 5 ms: the ramp over a discontinuity.
+/// 5 ms: the fade at a discontinuity.
 constexpr std::uint32_t edgeFrames = 220;
 
 } // namespace
@@ -21,7 +21,7 @@ Voice::Voice(std::uint32_t handle, const Config& config, std::counting_semaphore
       m_pan(handle, 0.0F),
       m_loudness(handle, 1.0F) {}
 
-// ---- the worker ----
+// ---- worker ----
 
 bool Voice::askForRoom() {
     m_hungry = true;
@@ -30,7 +30,7 @@ bool Voice::askForRoom() {
     return false;
 }
 
-// ---- the engine's lock ----
+// ---- engine's lock ----
 
 void Voice::setLoudness(const Loudness& loudness, std::uint32_t frames) {
     m_maxLoudness = loudness.maxGain;
@@ -77,11 +77,12 @@ void Voice::startOver(std::int64_t frame) {
     ++m_generation;
 }
 
-// ---- the audio thread ----
+// ---- audio thread ----
 
 bool Voice::isReady(std::size_t frames) const noexcept {
     if (!m_claimed) return false;
-    if (m_ring.readable() > frames) return true; // one more: the last frame is to meet the next voice
+    if (m_ring.readable() > frames)
+        return true; // one more, so that the last frame is mixed together with the next voice
     if (!m_complete) return false;
     return m_joined || !m_nextPending;
 }
@@ -93,7 +94,7 @@ std::size_t Voice::framesToMix(std::size_t wanted, bool complete) const noexcept
 }
 
 Voice* Voice::mix(std::span<Frame> out, std::uint64_t deviceFrame, EventRing& events) noexcept {
-    const bool complete = m_complete.load(); // before `readable`: then that is all there will be
+    const bool complete = m_complete.load(); // read before `readable`: if it is set, no frames are added
     const std::size_t frames = framesToMix(out.size(), complete);
     const bool ends = complete && frames == m_ring.readable();
     const bool runsDry = frames < out.size() && !ends;
@@ -112,7 +113,7 @@ Voice* Voice::mix(std::span<Frame> out, std::uint64_t deviceFrame, EventRing& ev
         Voice* const follower = end(rest, deviceFrame + frames, events);
         if (follower != this) return follower;
     }
-    // Slides go on while the voice waits for data: a fade that never ended would never pause it.
+    // Slides advance during an underrun, too: a pause waits for the end of its fade.
     m_gain.ramp().advance(rest.size());
     m_pan.ramp().advance(rest.size());
     m_loudness.ramp().advance(rest.size());
@@ -127,7 +128,7 @@ Voice* Voice::end(std::span<Frame> rest, std::uint64_t deviceFrame, EventRing& e
                              .generation = m_generation.load(),
                              .deviceFrame = deviceFrame});
     Voice* const next = m_next.load();
-    if (!m_endSent || !next) return this; // without room for the event: again with the next frames
+    if (!m_endSent || !next) return this; // the event ring is full: try again with the next frames
     next->continueFrom(*this);
     m_joined = true;
     return next->mix(rest, deviceFrame, events);
@@ -136,7 +137,7 @@ Voice* Voice::end(std::span<Frame> rest, std::uint64_t deviceFrame, EventRing& e
 void Voice::continueFrom(Voice& former) noexcept {
     m_gain.continueFrom(former.m_gain);
     m_pan.continueFrom(former.m_pan);
-    // Two levels side by side would click where the sound goes on; the louder one must not clip this voice.
+    // Start from the former voice's level to avoid a click, but not from one that would clip this voice.
     m_loudness.startFrom(std::min(former.m_loudness.ramp().value(), m_maxLoudness.load()));
     m_tap.store(former.m_tap.load());
 }
@@ -155,7 +156,7 @@ void Voice::mixFrames(std::span<Frame> out, bool runsDry) noexcept {
     }
 }
 
-/// `framesUntilDry`: after so many frames, from the first one here on, there is silence.
+/// `framesUntilDry` is the number of frames until the underrun, before which the fade-out ends.
 void Voice::addTo(std::span<Frame> out, std::span<const Frame> frames, std::size_t framesUntilDry) noexcept {
     Ramp& gain = m_gain.ramp();
     Ramp& pan = m_pan.ramp();

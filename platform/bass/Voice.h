@@ -18,48 +18,48 @@ namespace bass {
 
 using EventRing = SpscRing<MixEvent>;
 
-/// What the mixer reads of a stream: its decoded frames, gain and pan, the tap, and which voice follows. It
-/// takes no decisions of its own but one: at its last frame it continues with the voice that follows.
+/// The mixer's side of a stream: decoded frames, gain and pan, the tap, and the next voice, with which it
+/// continues after its last frame.
 ///
-/// Threads: four groups below. "At rest" calls need the mixer not to have the voice, and the engine's lock.
+/// Threads: the functions are grouped by thread. Those marked "at rest" need the engine's lock, and the mixer
+/// not to use the voice.
 class Voice {
 public:
     struct Config {
-        std::size_t framesAhead;  ///< Decoded ahead of the mixer.
-        std::size_t refillFrames; ///< There before a voice that ran dry goes on; less would stutter.
+        std::size_t framesAhead;  ///< Capacity of the ring of decoded frames.
+        std::size_t refillFrames; ///< Frames to decode after an underrun before the voice continues.
     };
-    /// Frames kept behind the mixer: more than any device queues.
+    /// Frames kept after mixing: more than any device queues.
     static constexpr std::size_t historyFrames = 32768;
 
-    /// `work` wakes the worker when there is room for much.
+    /// `work` is released to wake the worker when the ring is half empty.
     Voice(std::uint32_t handle, const Config& config, std::counting_semaphore<>& work);
 
     // ---- the worker ----
 
     std::size_t writable() const { return m_ring.writable(); }
     void write(std::span<const Frame> frames) { m_ring.write(frames); }
-    /// The ring gets no more. To be said after the last write.
+    /// Marks the end of the source. Call it after the last write.
     void complete() { m_complete = true; }
-    /// The worker is about to wait for room. False when there is room now.
+    /// Requests a wake-up when there is room. False when there is room already.
     bool askForRoom();
 
     // ---- any thread ----
 
     bool isComplete() const { return m_complete; }
     std::size_t readable() const { return m_ring.readable(); }
-    /// The frame of the source that is written next; while frames are mixed, a little more.
+    /// The source frame that is written next. A little more while frames are mixed.
     std::int64_t decodedFrame() const {
         return m_timeline.mixedFrame() + static_cast<std::int64_t>(m_ring.readable());
     }
-    /// Wants frames, and has none.
+    /// True during an underrun.
     bool isDry() const { return m_dry; }
 
     // ---- the engine's lock ----
 
-    /// What the file's ReplayGain makes of it, beside `gain`, which is the user's. A voice that follows
-    /// starts with its own.
+    /// Slides to the gain of the file's ReplayGain, which is applied in addition to `gain`.
     void setLoudness(const Loudness& loudness, std::uint32_t frames);
-    /// At rest: the slide to it is over.
+    /// At rest: finishes the slide of the loudness.
     void settleLoudness() { m_loudness.finishSlide(); }
 
     Attribute& gain() { return m_gain; }
@@ -68,38 +68,38 @@ public:
     const Attribute& pan() const { return m_pan; }
     std::int64_t playedFrame(std::uint64_t devicePlayed) { return m_timeline.playedFrame(devicePlayed); }
     std::optional<std::uint64_t> firstDeviceFrame() { return m_timeline.firstDeviceFrame(); }
-    /// The frames up to the one being played.
+    /// Copies the frames up to the one being played.
     void lastPlayed(std::uint64_t devicePlayed, std::span<Frame> out);
     std::uint32_t generation() const { return m_generation; }
 
-    /// The voice that the mixer continues with; null for none. The mixer may still use the former one until
-    /// it has settled.
+    /// Sets the voice that the mixer continues with; null for none. The mixer may use the previous one until
+    /// Mixer::settle.
     void setNext(Voice* next) { m_next = next; }
-    /// A next voice is being prepared: an output without a clock waits for it.
+    /// Set while a next voice is being prepared. An output without a clock waits for it.
     void setNextPending(bool pending) { m_nextPending = pending; }
-    /// Made to follow another voice, and not yet known to the one that controls it. An output without a clock
-    /// waits for that, too.
+    /// False while the core does not have the handle of a stream that was made to follow another. An output
+    /// without a clock waits for that, too.
     void setClaimed(bool claimed) { m_claimed = claimed; }
     bool isClaimed() const { return m_claimed; }
-    /// Whether the mixer has continued with the next voice.
+    /// True once the mixer has continued with the next voice.
     bool hasJoined() const { return m_joined; }
-    /// The tap must outlive its time here: until another is set and the mixer has settled.
+    /// The tap must live until another is set and Mixer::settle has returned.
     void setTap(SampleTap* tap) { m_tap = tap; }
     SampleTap* tap() const { return m_tap; }
 
-    /// At rest: what was mixed and will not be played is mixed again.
+    /// At rest: steps back to the frame that was played last, so that what was mixed ahead is mixed again.
     void rewind(std::uint64_t devicePlayed);
-    /// At rest: back to the first frame, as far as the history goes.
+    /// At rest: steps back to the first frame, as far as the history goes.
     void rewindToStart();
-    /// At rest: an empty ring, whose next frame will be `frame` of the source.
+    /// At rest: empties the ring. The next frame written is `frame` of the source.
     void restartAt(std::int64_t frame);
 
     // ---- the audio thread ----
 
-    /// Adds frames to `out`, which is the device's from `deviceFrame` on. When the voice ends within `out`
-    /// and another follows, that one fills the rest, and is answered; else this one.
+    /// Adds frames to `out`, which begins at `deviceFrame`. When the voice ends within `out`, the next one
+    /// fills the rest. Returns the voice to continue with.
     Voice* mix(std::span<Frame> out, std::uint64_t deviceFrame, EventRing& events) noexcept;
-    /// Has `frames` frames, or nothing more to wait for.
+    /// True when `frames` frames are decoded, or no more are to come.
     bool isReady(std::size_t frames) const noexcept;
 
 private:
@@ -120,9 +120,9 @@ private:
     Attribute m_gain;
     Attribute m_pan;
     Attribute m_loudness;
-    Ramp m_edge{1.0F}; ///< Audio thread, as the next two: keeps a discontinuity from clicking.
+    Ramp m_edge{1.0F}; ///< Audio thread, as the next two: fades out and in at a discontinuity.
     bool m_endSent = false;
-    std::size_t m_tappedAhead = 0; ///< Frames that a rewind has left to be mixed again, but not tapped.
+    std::size_t m_tappedAhead = 0; ///< After a rewind: frames that were tapped already.
 
     std::atomic<bool> m_complete{false};
     std::atomic<bool> m_hungry{false}; ///< The worker waits for room.
@@ -133,7 +133,8 @@ private:
     std::atomic<Voice*> m_next{nullptr};
     std::atomic<float> m_maxLoudness{1.0F};
     std::atomic<SampleTap*> m_tap{nullptr};
-    std::atomic<std::uint32_t> m_generation{0}; ///< Of the meaning of mixed frames; changes at rest.
+    std::atomic<std::uint32_t> m_generation{
+        0}; ///< Incremented when mixed frames are discarded; changes at rest.
 };
 
 } // namespace bass

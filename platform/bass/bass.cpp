@@ -17,7 +17,7 @@ using bass::Library;
 constexpr QWORD bytesPerFrame = sizeof(bass::Frame);
 constexpr std::chrono::milliseconds closingLimit{200};
 
-/// The stream behind a handle, if there is one, and the right to use it.
+/// Holds the engine's lock and the stream of a handle; false when there is no such stream.
 class Access {
 public:
     explicit Access(DWORD handle) : m_channel(Library::instance().find(lock, handle)) {}
@@ -157,7 +157,7 @@ BOOL BASS_ChannelGetAttribute(DWORD handle, DWORD attrib, float* value) {
 
 HSYNC BASS_ChannelSetSync(DWORD handle, DWORD type, QWORD parameter, SYNCPROC* proc, void* user) {
     const auto lock = Library::instance().lock();
-    const auto channel = Library::instance().findAny(lock, handle); // one that failed still reports its end
+    const auto channel = Library::instance().findAny(lock, handle); // a failed stream still reports its end
     const DWORD kind = type & ~BASS_SYNC_ONETIME;
     const bool isKnown = kind == BASS_SYNC_END || kind == BASS_SYNC_SLIDE || kind == BASS_SYNC_SINK_REMOVED;
     if (!channel || !proc || parameter != 0 || !isKnown) return 0;
@@ -193,7 +193,7 @@ double BASS_ChannelBytes2Seconds(DWORD handle, QWORD pos) {
 
 QWORD BASS_ChannelSeconds2Bytes(DWORD handle, double seconds) {
     if (!Access(handle) || std::isnan(seconds)) return BASS_QWORD_ERROR;
-    // A hair above, so that a frame's own time gives this frame and not the one before.
+    // Added so that rounding does not turn a frame's exact time into the frame before.
     constexpr double tolerance = 1e-6;
     constexpr double maxFrames = 1e15;
     const double frames = std::clamp(seconds * bass::sampleRate + tolerance, 0.0, maxFrames);

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The encoders by their handles, which are never given twice.
+/// The encoders by handle. Handles are never reused.
 class Encoders {
 public:
     static Encoders& instance() {

@@ -2,52 +2,52 @@
 
 #include "platform/bass/bass.h"
 
-/// The audio library's encoder add-on as the core calls it: an external program that encodes what a channel
-/// plays, and a server that lets others hear it.
+/// The audio library's encoder add-on: an external program that encodes what a channel plays, and a server
+/// that sends it to listeners.
 ///
-/// The encoder hears a channel's frames after decoding, before volume, balance and slides, as 16-bit
-/// little-endian stereo at 44100 Hz whatever the source holds. While its channel does not play it gets
-/// silence in real time, so that its listeners stay. An encoder that fails or stalls never holds up playback.
+/// The encoder gets a channel's frames after decoding, before volume, balance and slides, as 16-bit
+/// little-endian stereo at 44100 Hz. While its channel does not play it gets silence in real time, so that
+/// listeners stay connected. An encoder that fails or stalls never delays playback.
 ///
-/// Threads and errors: as in platform/bass/bass.h. Nothing here is called back.
+/// Threads and errors: as in platform/bass/bass.h. There are no callbacks.
 
 using HENCODE = DWORD;
 
-/// BASS_Encode_Start: the program gets samples only, no WAV header before them.
+/// BASS_Encode_Start: send no WAV header before the samples.
 inline constexpr DWORD BASS_ENCODE_NOHEAD = 1;
 
-/// Would receive the encoded data.
+/// Receives the encoded data. Not supported.
 using ENCODEPROC = void(HENCODE handle, DWORD channel, const void* buffer, DWORD length, void* user);
-/// Would decide on a client that connects.
+/// Accepts or rejects a client. Not supported.
 using ENCODECLIENTPROC = BOOL(HENCODE handle, BOOL connect, const char* client, char* headers, void* user);
 
-/// Starts the program of `cmdline` (words parted by spaces, double quotes around a word with spaces; no
-/// shell), which reads samples from its standard input and writes an Ogg stream to its standard output. Its
-/// name is looked up from the current working directory when it has a slash. `channel` is what it hears
-/// first; the encoder outlives it. `flags` must be BASS_ENCODE_NOHEAD, `proc` null. 0 when the channel does
-/// not exist or the program can't be started.
+/// Starts the program of `cmdline` (words separated by spaces, a word with spaces in double quotes; no
+/// shell), which reads samples from standard input and writes an Ogg stream to standard output. A name with a
+/// slash is a path from the working directory, others are searched in PATH. `channel` is its first channel;
+/// the encoder outlives it. `flags` must be BASS_ENCODE_NOHEAD, `proc` null. 0 when the channel does not
+/// exist or the program can't be started.
 HENCODE BASS_Encode_Start(DWORD channel, const char* cmdline, DWORD flags, ENCODEPROC* proc, void* user);
 
 /// Serves the encoded stream over HTTP to any number of clients. `port` is the number of a TCP port on all
-/// local addresses; "0" takes one that is free. A new client gets up to `burst` bytes of what was encoded
-/// lately, of which `buffer` bytes are kept. `flags` must be 0, `proc` null. Answers the port; 0 when it is
-/// taken, or when the encoder has a server already.
+/// local addresses; "0" chooses a free one. A new client gets up to `burst` of the last `buffer` bytes at
+/// once. `flags` must be 0, `proc` null. Returns the port; 0 when it is taken, or when the encoder has a
+/// server already.
 DWORD BASS_Encode_ServerInit(HENCODE handle, const char* port, DWORD buffer, DWORD burst, DWORD flags,
                              ENCODECLIENTPROC* proc, void* user);
 
-/// What clients that connect from now on are told that the stream is called (icy-name), in UTF-8. Before that
-/// it is "Tulplayer".
+/// Sets the stream's name (icy-name), in UTF-8, for clients that connect from now on. The default is
+/// "Tulplayer".
 BOOL BASS_Encode_ServerSetName(HENCODE handle, const char* name);
 
-/// How many clients are sent the stream now. One that has left counts until something was sent in vain, a
-/// second or so.
+/// The number of connected clients. One that disconnects is counted until sending to it fails, which takes
+/// about a second.
 DWORD BASS_Encode_ServerGetCount(HENCODE handle);
 
-/// Lets the encoder hear another channel; its server and clients stay. With a channel that does not exist it
-/// hears none, and the answer is FALSE.
+/// Attaches the encoder to another channel; its server and clients stay. With an unknown channel it is
+/// detached, and FALSE is returned.
 BOOL BASS_Encode_SetChannel(HENCODE handle, DWORD channel);
 
-/// Ends the program and the server, and drops its clients.
+/// Ends the program and the server, and disconnects the clients.
 BOOL BASS_Encode_Stop(HENCODE handle);
 
 /// BASS_ACTIVE_PLAYING while the program runs, else BASS_ACTIVE_STOPPED.

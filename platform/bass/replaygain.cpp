@@ -8,11 +8,11 @@
 namespace bass {
 namespace {
 
-/// What the format of ReplayGain's first version could state.
+/// The range of ReplayGain 1.0's binary format.
 constexpr float maxDecibels = 51;
-/// 40 dB above full scale. Some writers state 16-bit integers, which mean nothing here.
+/// 40 dB above full scale. Some programs write 16-bit integers, which are ignored.
 constexpr float maxPeak = 100;
-/// From Opus' reference, -23 LUFS, to ReplayGain's.
+/// From the reference of Opus, -23 LUFS, to that of ReplayGain, -18 LUFS.
 constexpr float opusReferenceDecibels = 5;
 constexpr float opusUnitsPerDecibel = 256;
 
@@ -31,10 +31,10 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-/// Of a text like "-7.2 dB", "+1,5dB" or "0.98", whatever the locale.
+/// Parses a text like "-7.2 dB", "+1,5dB" or "0.98", independent of the locale.
 std::optional<float> parseNumber(std::string_view text) {
-    constexpr std::size_t longest = 32;
-    std::string digits(trimmed(text).substr(0, longest));
+    constexpr std::size_t maxLength = 32;
+    std::string digits(trimmed(text).substr(0, maxLength));
     std::ranges::replace(digits, ',', '.');
     if (digits.starts_with('+')) digits.erase(0, 1);
     float number = 0;
