@@ -76,16 +76,16 @@ void decode(const std::string& path) {
     const auto opened = bass::openFile(path, bass::Format::any, std::make_shared<bass::Cancel>());
     if (!opened.source) return;
     std::vector<float> block(std::size_t{4096} * 2);
-    const auto readOn = [&](std::int64_t frames) {
+    const auto readFrames = [&](std::int64_t frames) {
         for (std::int64_t read = 0; read < frames;) {
             const bass::ReadResult result = opened.source->read(block);
             read += static_cast<std::int64_t>(result.frames);
             if (result.status != bass::ReadResult::Status::more) break;
         }
     };
-    readOn(maxFrames / 2);
+    readFrames(maxFrames / 2);
     static_cast<void>(opened.source->seek(1000));
-    readOn(maxFrames / 2);
+    readFrames(maxFrames / 2);
 }
 
 void readList(const std::string& path) {

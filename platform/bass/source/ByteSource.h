@@ -10,9 +10,9 @@
 
 namespace bass {
 
-/// The bytes of an opened file or address, as FFmpeg reads them.
+/// The bytes of an opened file or address, read by FFmpeg.
 ///
-/// Threads: one thread at a time; the Cancel may be used beside it.
+/// Threads: one thread at a time; the Cancel may be used concurrently.
 class ByteSource {
 public:
     explicit ByteSource(std::shared_ptr<Cancel> cancel) : m_cancel(std::move(cancel)) {}
@@ -22,19 +22,19 @@ public:
     [[nodiscard]] virtual int read(std::span<std::uint8_t> out) = 0;
     /// Makes the byte at `offset` the next one read. Returns the offset or an AVERROR.
     [[nodiscard]] virtual std::int64_t seek(std::int64_t offset) = 0;
-    /// In bytes; below 0 when it is not known.
+    /// In bytes; negative when unknown.
     [[nodiscard]] virtual std::int64_t size() const = 0;
     [[nodiscard]] virtual bool seekable() const = 0;
-    /// A seek costs no more than a read.
+    /// True when a seek is as cheap as a read.
     [[nodiscard]] virtual bool seeksFast() const { return false; }
 
-    /// Whether a read that is under way ends early. A source whose reads are short, or that could not be read
-    /// on afterwards, ends them for a `close` only.
+    /// True when a blocking read is to return early. A source whose reads are short, or that cannot continue
+    /// after an interruption, returns early only for `close`.
     [[nodiscard]] virtual bool interrupted() const { return m_cancel->closed(); }
-    /// Why the last read or seek failed; none when it did not.
+    /// Why the last read or seek failed; Failure::none when it succeeded.
     [[nodiscard]] virtual Failure failure() const = 0;
-    /// The bytes that may be read until the next call; then reading fails. Bounds what a decoder collects
-    /// when a server states absurd lengths; the files of the user's own need no such limit.
+    /// Limits the bytes that can be read until the next call; then reading fails. Bounds the memory of a
+    /// demuxer when a server states excessive lengths. Local files have no such limit.
     virtual void allow(std::int64_t /*bytes*/) {}
 
     [[nodiscard]] const std::shared_ptr<Cancel>& cancel() const { return m_cancel; }
@@ -43,7 +43,7 @@ private:
     std::shared_ptr<Cancel> m_cancel;
 };
 
-/// A context that reads `bytes`, which must outlive it; null when memory ran out.
+/// Makes an I/O context that reads `bytes`, which must outlive it; null when out of memory.
 [[nodiscard]] AvioPtr makeAvio(ByteSource& bytes);
 
 } // namespace bass

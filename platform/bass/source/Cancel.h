@@ -7,24 +7,24 @@
 
 namespace bass {
 
-/// Ends blocking calls of a source early.
+/// Cancels blocking calls of a source.
 ///
-/// Threads: any. The source's worker calls `clear` before it looks for the work that a `cancel` announced.
+/// Threads: any. After a `cancel` the source's worker calls `clear` before it checks for commands.
 class Cancel {
 public:
-    /// Ends the call that blocks now, or the next one.
+    /// Cancels the call that blocks now, or the next one.
     void cancel() noexcept { change(State::none, State::once); }
-    /// Ends this and every later call: the source is not wanted any more.
+    /// Cancels this and all later calls, because the source is released.
     void close() noexcept {
         change(State::none, State::forever);
         change(State::once, State::forever);
     }
-    /// Takes a `cancel` back, not a `close`.
+    /// Revokes a `cancel`, not a `close`.
     void clear() noexcept { change(State::once, State::none); }
     [[nodiscard]] bool requested() const noexcept { return m_state != State::none; }
     [[nodiscard]] bool closed() const noexcept { return m_state == State::forever; }
 
-    /// Waits for `limit`; true, at once, when that is ended early.
+    /// Waits for `limit`; returns true at once when cancelled.
     [[nodiscard]] bool waitFor(std::chrono::steady_clock::duration limit) {
         std::unique_lock lock(m_mutex);
         return m_changed.wait_for(lock, limit, [this] { return requested(); });
@@ -34,7 +34,7 @@ private:
     enum class State { none, once, forever };
 
     void change(State from, State to) noexcept {
-        const std::lock_guard lock(m_mutex); // or a wait that is about to begin would miss it
+        const std::lock_guard lock(m_mutex); // else a wait that is about to begin would miss the notification
         m_state.compare_exchange_strong(from, to);
         m_changed.notify_all();
     }

@@ -13,8 +13,8 @@ extern "C" {
 namespace bass {
 namespace {
 
-/// Bounds what one call puts out for the lowest of rates.
-constexpr int mostFramesAtOnce = 4096;
+/// Input frames per call of the resampler: bounds the output for very low sample rates.
+constexpr int maxFramesPerCall = 4096;
 
 std::uint64_t maskOf(const AVChannelLayout& layout) {
     return layout.order == AV_CHANNEL_ORDER_NATIVE ? layout.u.mask : 0;
@@ -32,7 +32,8 @@ AVChannelLayout layoutOf(const AVFrame& frame) {
     return layout;
 }
 
-/// Two rows (left, right) of gains: channels without known places alternate between the sides.
+/// Mixing gains in two rows (left, right) for a layout without known positions: channels alternate between
+/// the sides.
 std::vector<double> alternatingMatrix(int channels) {
     std::vector<double> matrix(2 * static_cast<std::size_t>(channels), 0.0);
     const double gain = channels == 1 ? 1.0 : 2.0 / (channels + channels % 2);
@@ -88,7 +89,7 @@ bool Converter::push(const AVFrame& frame, int offset, int count) {
     for (int done = 0; done < count;) {
         for (std::size_t plane = 0; plane < planes.size(); ++plane)
             planes[plane] = frame.extended_data[plane] + static_cast<std::ptrdiff_t>(offset + done) * stride;
-        const int part = std::min(count - done, mostFramesAtOnce);
+        const int part = std::min(count - done, maxFramesPerCall);
         if (convert(planes.data(), part) < 0) return false;
         m_framesIn += part;
         done += part;

@@ -8,22 +8,22 @@
 
 namespace bass {
 
-/// Any decoded sound as interleaved float stereo at 44100 Hz.
+/// Converts decoded sound to interleaved float stereo at 44100 Hz.
 ///
-/// Samples of that rate keep their exact value (integer sample / full scale). One channel goes to both sides
-/// as it is; more than two are mixed down and normalised so that they cannot clip. Other rates are resampled
-/// to round(frames x 44100 / rate) frames.
+/// Samples at that rate keep their exact value (integer sample / full scale). Mono is copied to both
+/// channels; more than two channels are mixed down and normalised so that they cannot clip. Other rates are
+/// resampled to round(frames x 44100 / rate) frames.
 class Converter {
 public:
-    /// Takes `count` frames of `frame` from `offset` on. False when they cannot be converted.
+    /// Converts `count` frames of `frame` from `offset` on. False when that fails.
     [[nodiscard]] bool push(const AVFrame& frame, int offset, int count);
-    /// No more comes: gives out what the resampler still holds.
+    /// Flushes the resampler at the end of the source.
     void finish();
-    /// How the count of resampled frames is rounded; to the nearest if nothing is said.
+    /// Sets how the number of resampled frames is rounded; the default is to the nearest.
     void setRounding(AVRounding rounding) { m_rounding = rounding; }
-    /// Forgets everything; the next sound starts anew.
+    /// Discards all buffered frames.
     void reset();
-    /// Moves converted frames into `out`, first ones first; answers how many.
+    /// Moves converted frames into `out`, in order; returns their number.
     [[nodiscard]] std::size_t take(std::span<float> out);
 
 private:
@@ -40,7 +40,7 @@ private:
     std::int64_t m_framesIn = 0;
     std::int64_t m_framesOut = 0;
     std::vector<float> m_converted;
-    std::size_t m_taken = 0; ///< floats of `m_converted` already given out
+    std::size_t m_taken = 0; ///< floats of `m_converted` already taken
 };
 
 } // namespace bass

@@ -73,7 +73,7 @@ bool DecodedSource::seek(std::int64_t frame) {
 }
 
 bool DecodedSource::goTo(std::int64_t frame) {
-    // The resampler starts a little earlier, where an input frame and an output frame fall together.
+    // Start the resampler a little earlier, where an input frame and an output frame coincide.
     const std::int64_t rate = m_decoder->rate();
     const std::int64_t common = std::gcd<std::int64_t>(rate, sampleRate);
     const std::int64_t unitIn = rate / common;

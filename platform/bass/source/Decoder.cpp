@@ -14,7 +14,7 @@ using Status = ReadResult::Status;
 constexpr int minRate = 1000;
 constexpr int maxRate = 6'144'000;
 constexpr int maxChannels = 64;
-/// So many packets without any sound are taken for a stream that holds none.
+/// After this many packets without sound the stream counts as empty.
 constexpr int maxSilentPackets = 4096;
 
 bool isSane(const AVFrame& frame) {
@@ -26,12 +26,12 @@ std::string_view bytesOf(const AVPacket& packet) {
     return {reinterpret_cast<const char*>(packet.data), static_cast<std::size_t>(packet.size)};
 }
 
-/// Each link of a chained stream starts with headers, which FFmpeg hands out as if they were sound.
+/// Each link of a chained stream starts with headers, which FFmpeg returns as packets.
 bool isOpusHeader(const AVPacket& packet) {
     return bytesOf(packet).starts_with("OpusHead") || bytesOf(packet).starts_with("OpusTags");
 }
 
-/// The comments among them; none in any other packet.
+/// The comments in a header packet; none in other packets.
 std::optional<std::string> commentsIn(const AVPacket& packet, AVCodecID codec) {
     constexpr std::string_view opusTags = "OpusTags";
     constexpr int flacComments = 4; // the type of a metadata block; a frame of sound starts with 0xFF
@@ -39,7 +39,7 @@ std::optional<std::string> commentsIn(const AVPacket& packet, AVCodecID codec) {
     if (codec == AV_CODEC_ID_OPUS && bytes.starts_with(opusTags))
         return readComments(bytes.substr(opusTags.size()));
     if (codec == AV_CODEC_ID_FLAC && bytes.size() > 4 && (bytes[0] & 0x7f) == flacComments)
-        return readComments(bytes.substr(4)); // behind its type and length
+        return readComments(bytes.substr(4)); // after type and length
     return std::nullopt;
 }
 
@@ -53,10 +53,10 @@ std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
     if (!decoder->m_packet || !decoder->m_frame || !decoder->m_demuxer || !decoder->openCodec())
         return nullptr;
 
-    // The first frame tells what headers only promise.
+    // The first frame has the actual format; headers may be wrong.
     if (decoder->fetch() != Status::more) return nullptr;
     decoder->m_rate = decoder->m_frame->sample_rate;
-    // opusenc rounds up when it takes a source to 48 kHz: rounding down gives the source's count back.
+    // opusenc rounds up when it resamples to 48 kHz: rounding down restores the original number of frames.
     if (decoder->m_codec->codec_id == AV_CODEC_ID_OPUS) decoder->m_rounding = AV_ROUND_DOWN;
     decoder->m_firstByte = decoder->m_frame->pkt_pos;
     decoder->m_origin = decoder->timeOfFrame().value_or(0);
@@ -68,13 +68,11 @@ std::unique_ptr<Decoder> Decoder::open(ByteSource& bytes, Format format) {
     return decoder;
 }
 
-/// FFmpeg trims by its packets' times. Where these are known to be wrong the end is cut at the length
-/// instead.
+/// FFmpeg trims the padding by packet times. Where these are unreliable, cut at the known length instead.
 void Decoder::takeOverTrimming() {
-    // All of a Vorbis stream in one Ogg page: the first packet, which has no sound of its own, is counted
-    // too.
+    // A Vorbis stream in a single Ogg page: FFmpeg counts the first packet, which yields no sound.
     const bool isOnePage = m_codec->codec_id == AV_CODEC_ID_VORBIS && m_demuxer->is("ogg") && m_origin > 0;
-    // A seek by byte offset guesses the time.
+    // A seek by byte offset yields an estimated time.
     const bool guesses = m_demuxer->hasConstantBitRate();
     if (!m_length || (!isOnePage && !guesses)) return;
     m_codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
@@ -117,7 +115,7 @@ Status Decoder::next(Sound& sound) {
     return Status::end;
 }
 
-/// Decodes the next frame into `m_frame` and sets its position where it is known.
+/// Decodes the next frame into `m_frame` and sets its position if known.
 Status Decoder::fetch() {
     for (int silent = 0; silent < maxSilentPackets; ++silent) {
         const int result = avcodec_receive_frame(m_codec.get(), m_frame.get());
@@ -137,7 +135,7 @@ Status Decoder::fetch() {
     return Status::end;
 }
 
-/// The time of `m_frame` by the surest clock there is; none when there is none.
+/// The time of `m_frame` from the most reliable source; none when unknown.
 std::optional<std::int64_t> Decoder::timeOfFrame() const {
     if (m_flacTime) return m_flacTime;
     if (m_demuxer->hasConstantBitRate() && m_frame->pkt_pos >= 0 && m_firstByte >= 0 &&
@@ -145,7 +143,8 @@ std::optional<std::int64_t> Decoder::timeOfFrame() const {
         const double packetBytes = static_cast<double>(m_codec->frame_size) *
                                    static_cast<double>(m_codec->bit_rate) / 8 / m_frame->sample_rate;
         const auto packets = std::llround(static_cast<double>(m_frame->pkt_pos - m_firstByte) / packetBytes);
-        const int trimmed = m_codec->frame_size - m_frame->nb_samples; // from the front, being encoder delay
+        const int trimmed =
+            m_codec->frame_size - m_frame->nb_samples; // encoder delay, trimmed from the front
         return packets * m_codec->frame_size + trimmed;
     }
     if (m_frame->pts == AV_NOPTS_VALUE) return std::nullopt;
@@ -156,7 +155,7 @@ Status Decoder::feed() {
     if (m_bytes.cancel()->requested()) return Status::cancelled;
     const int result = m_demuxer->next(*m_packet);
     if (m_bytes.interrupted()) {
-        m_lostItsPlace = true; // the demuxer may have dropped the part of a packet that it had
+        m_lostItsPlace = true; // the demuxer may have dropped an incomplete packet
         return Status::cancelled;
     }
     if (m_flac && result >= 0)
@@ -166,17 +165,17 @@ Status Decoder::feed() {
     if (auto comments = m_demuxer->takeComments()) m_comments = std::move(comments);
     if (result >= 0)
         if (auto comments = commentsIn(*m_packet, m_codec->codec_id)) m_comments = std::move(comments);
-    // Damage ends the sound like its end does: what was decoded until here is still played.
+    // Damaged data ends the stream: what was decoded before is still played.
     if (result < 0) return avcodec_send_packet(m_codec.get(), nullptr) < 0 ? Status::end : Status::more;
     if (m_codec->codec_id == AV_CODEC_ID_OPUS && isOpusHeader(*m_packet)) {
-        avcodec_flush_buffers(m_codec.get()); // what comes does not follow from what was
+        avcodec_flush_buffers(m_codec.get()); // a new link does not continue the previous one
         return Status::more;
     }
-    avcodec_send_packet(m_codec.get(), m_packet.get()); // a damaged packet is left out
+    avcodec_send_packet(m_codec.get(), m_packet.get()); // a damaged packet is skipped
     return Status::more;
 }
 
-/// How much must be decoded before a frame for it to come out right: overlap, bit reservoir, filters.
+/// Frames to decode before the target of a seek, for overlap, bit reservoir and filters.
 std::int64_t Decoder::preroll() const {
     const AVCodecDescriptor* descriptor = avcodec_descriptor_get(m_codec->codec_id);
     const bool isLossless = descriptor && (descriptor->props & AV_CODEC_PROP_LOSSLESS);
@@ -187,13 +186,13 @@ bool Decoder::seek(std::int64_t frame) {
     if (!m_bytes.seekable()) return false;
     frame = std::max<std::int64_t>(frame, 0);
     if (m_length) frame = std::min(frame, *m_length);
-    // Containers without an index land where they guess; too late is seen and tried again from earlier.
+    // Without an index a seek may land too late: retry from an earlier position.
     if (m_codec)
         for (const std::int64_t seconds : {0, 1, 10})
             if (seekWithin(frame, preroll() + seconds * m_rate)) return true;
     if (m_bytes.cancel()->requested()) return false;
     m_playedFrom = frame;
-    m_ended = !restart(); // a file that was cut meanwhile cannot be opened again
+    m_ended = !restart(); // a file that was truncated meanwhile cannot be reopened
     return !m_ended;
 }
 

@@ -10,7 +10,7 @@
 
 namespace bass {
 
-/// Decoded sound at its own rate and layout, its frames counted from the first one that is played.
+/// Decodes a stream at its own sample rate and layout. Frames are counted from the first one that is played.
 class Decoder {
 public:
     /// A part of a decoded frame, valid until the decoder's next call.
@@ -20,24 +20,23 @@ public:
         int count = 0;
     };
 
-    /// Null when `bytes`, which must outlive the decoder, hold no sound of `format` that can be decoded.
+    /// Null when `bytes` contain no decodable sound of `format`. `bytes` must outlive the decoder.
     [[nodiscard]] static std::unique_ptr<Decoder> open(ByteSource& bytes, Format format);
 
-    /// `more` with sound; any other status without.
+    /// Decodes the next part: `more` with `sound` set, any other status without.
     [[nodiscard]] ReadResult::Status next(Sound& sound);
-    /// After `cancelled`: whether the next sound may not follow the last; a seek brings it back.
+    /// True when a cancelled call may have dropped data: a seek is needed before the next sound.
     [[nodiscard]] bool lostItsPlace() const { return m_lostItsPlace; }
-    /// When it fails or is cancelled, it is not known where the next sound comes from.
+    /// After a failed or cancelled seek the position is unknown.
     [[nodiscard]] bool seek(std::int64_t frame);
     [[nodiscard]] int rate() const { return m_rate; }
-    /// How a count of frames is brought to another rate.
+    /// How a number of frames is rounded when it is converted to another sample rate.
     [[nodiscard]] AVRounding rounding() const { return m_rounding; }
-    /// Frames at `rate`; none when the container does not know.
+    /// Frames at `rate`; none when the container does not state it.
     [[nodiscard]] std::optional<std::int64_t> length() const { return m_length; }
-    /// What the tags said at opening.
+    /// Read from the tags when the stream is opened.
     [[nodiscard]] const ReplayGain& replayGain() const { return m_replayGain; }
-    /// What the container says of the sound, in the form of StreamTags, when that has changed since the last
-    /// call.
+    /// The container's comments, in the form of StreamTags, if they have changed since the last call.
     [[nodiscard]] std::optional<std::string> takeComments() {
         return std::exchange(m_comments, std::nullopt);
     }
@@ -56,21 +55,22 @@ private:
     ByteSource& m_bytes;
     Format m_format;
     std::unique_ptr<Demuxer> m_demuxer;
-    CodecContextPtr m_codec; ///< null, as `m_demuxer`, once the sound could not be opened again
+    CodecContextPtr m_codec; ///< null, as `m_demuxer`, after reopening has failed
     PacketPtr m_packet;
     FramePtr m_frame;
-    int m_rate = 0; ///< fixed at opening, as the next two: any thread may ask
+    int m_rate = 0; ///< constant after opening, as the next two
     AVRounding m_rounding = AV_ROUND_NEAR_INF;
     std::optional<std::int64_t> m_length;
     std::optional<flac::StreamInfo> m_flac; ///< of a FLAC stream
-    std::optional<std::int64_t> m_flacTime; ///< what the packet sent last says of itself
-    std::int64_t m_firstByte = 0;           ///< where the packet of the first frame lies
+    std::optional<std::int64_t> m_flacTime; ///< position stated by the packet that was sent last
+    std::int64_t m_firstByte = 0;           ///< byte offset of the first frame's packet
     std::int64_t m_origin = 0;              ///< time of the first played frame, in frames
-    std::optional<std::int64_t> m_position; ///< of the frame fetched last; none until a time is known
+    std::optional<std::int64_t>
+        m_position; ///< position of the last decoded frame; none until a time is known
     std::int64_t m_nextPosition = 0;
-    std::int64_t m_playedFrom = 0; ///< what lies before is decoded but not played
+    std::int64_t m_playedFrom = 0; ///< frames before it are decoded but not played
     bool m_cutAtLength = false;    ///< sound past `m_length` is padding
-    bool m_fetched = false;        ///< `m_frame` waits to be taken
+    bool m_fetched = false;        ///< `m_frame` holds a frame that was not taken yet
     bool m_ended = false;
     bool m_lostItsPlace = false;
     ReplayGain m_replayGain;

@@ -21,19 +21,20 @@ extern "C" {
 namespace bass {
 namespace {
 
-/// These open what their text names, or are made of nothing but their file's name.
+/// Formats that open other files by name, or are detected by the file's name alone.
 constexpr std::array<std::string_view, 11> refusedContainers = {
     "concat", "dash", "ffmetadata", "hls", "image2", "image2pipe", "imf", "rtp", "rtsp", "sdp", "tty"};
 
 constexpr unsigned probeBytes = 1 << 20;
 constexpr int maxStreams = 64;
 constexpr int wavProbePackets = 4;
-/// A live stream comes no faster than it plays: what is looked at is waited for.
+/// Limits of probing a live stream, which arrives no faster than it plays.
 constexpr int liveProbeBytes = 128 * 1024;
 constexpr std::int64_t liveProbeTime = AV_TIME_BASE;
-/// What a server may send for one packet, and for all before the first: pictures and sample tables among it.
+/// Limit of the bytes read for one packet from a server, and for everything before the first (pictures,
+/// sample tables).
 constexpr std::int64_t maxBytesPerPacket = 16 << 20;
-/// Ogg puts its comments together and takes them apart again, in several copies.
+/// Lower for Ogg, whose demuxer holds several copies of the comments.
 constexpr std::int64_t maxOggBytesPerPacket = 6 << 20;
 
 bool isRefused(const AVInputFormat& format) {
@@ -49,7 +50,7 @@ int isInterrupted(void* opaque) {
     return static_cast<ByteSource*>(opaque)->interrupted();
 }
 
-/// An audio stream's codec parameters that a decoder completes from the first packet by itself.
+/// True for codecs whose decoder needs no parameters from the container.
 bool describesItself(AVCodecID codec) {
     return codec == AV_CODEC_ID_MP3 || codec == AV_CODEC_ID_MP2 || codec == AV_CODEC_ID_AAC;
 }
@@ -80,7 +81,7 @@ bool Demuxer::readFrom(std::int64_t offset) {
 
 const AVInputFormat* Demuxer::probe() {
     if (!readFrom(0)) return nullptr;
-    // A tag may be longer than any probe, and FFmpeg would keep its pictures: the content is what follows.
+    // Skip ID3v2 tags: one may be longer than any probe, and FFmpeg would keep its pictures.
     const std::int64_t tagsEnd =
         m_bytes.seekable() ? readId3Gain(*m_avio, m_bytes.seeksFast(), m_replayGain) : 0;
     if (tagsEnd > 0 && !readFrom(tagsEnd)) return nullptr;
@@ -108,7 +109,7 @@ bool Demuxer::openContainer() {
         context->probesize = liveProbeBytes;
         context->max_analyze_duration = liveProbeTime;
     }
-    // PCM is probed for another codec's frames within it; the first packets show them.
+    // FFmpeg probes PCM for frames of another codec; the first packets suffice for that.
     if (std::string_view(format->name) == "wav" || std::string_view(format->name) == "w64")
         context->max_probe_packets = wavProbePackets;
     AVDictionary* options = nullptr;
@@ -186,26 +187,28 @@ std::optional<std::string> Demuxer::takeComments() {
         while ((text = av_dict_get(texts, "", text, AV_DICT_IGNORE_SUFFIX)))
             addComment(comments, text->key, text->value);
     }
-    av_dict_free(&m_stream->metadata); // FFmpeg appends those of the next link
+    av_dict_free(&m_stream->metadata); // FFmpeg would append the next link's comments
     return comments;
 }
 
 bool Demuxer::seek(std::int64_t timestamp) {
-    m_avio->error = 0;                                       // of a read that was ended early
-    m_bytes.allow(std::numeric_limits<std::int64_t>::max()); // a search may lead through the whole file
+    m_avio->error = 0;                                       // clear the error of a cancelled read
+    m_bytes.allow(std::numeric_limits<std::int64_t>::max()); // a seek may read the whole file
     return av_seek_frame(m_context.get(), m_stream->index, timestamp, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
-/// FFmpeg counts the times within an Ogg page back from its end, but not in the last one, whose end is cut.
+/// FFmpeg derives the times within an Ogg page from the page's end time, which is wrong for the last page:
+/// its end is trimmed.
 bool Demuxer::guessesTimeAt(std::int64_t offset) {
     if (!is("ogg")) return false;
     if (!m_lastPage) {
-        constexpr std::int64_t longestPage = 65'307;
+        constexpr std::int64_t maxPageBytes = 65'307;
         const std::int64_t here = avio_tell(m_avio.get());
-        const std::int64_t tailStart = std::max<std::int64_t>(m_bytes.size() - longestPage, 0);
-        std::string tail(longestPage, '\0');
+        const std::int64_t tailStart = std::max<std::int64_t>(m_bytes.size() - maxPageBytes, 0);
+        std::string tail(maxPageBytes, '\0');
         if (avio_seek(m_avio.get(), tailStart, SEEK_SET) < 0) return true;
-        const int count = avio_read(m_avio.get(), reinterpret_cast<unsigned char*>(tail.data()), longestPage);
+        const int count =
+            avio_read(m_avio.get(), reinterpret_cast<unsigned char*>(tail.data()), maxPageBytes);
         if (avio_seek(m_avio.get(), here, SEEK_SET) < 0 || count < 0 || m_bytes.interrupted()) return true;
         const std::size_t page =
             std::string_view(tail).substr(0, static_cast<std::size_t>(count)).rfind("OggS");
@@ -217,7 +220,7 @@ bool Demuxer::guessesTimeAt(std::int64_t offset) {
 std::optional<std::int64_t> Demuxer::length(int sampleRate) const {
     if (m_flacFrames) return m_flacFrames;
     if (!m_duration) return std::nullopt;
-    // HE-AAC is decoded at twice the rate that its container may state.
+    // The container may state half the rate at which HE-AAC is decoded.
     const int ownRate = m_stream->codecpar->sample_rate > 0 ? m_stream->codecpar->sample_rate : sampleRate;
     const std::int64_t frames = av_rescale_q(*m_duration, m_stream->time_base, {1, sampleRate}) -
                                 av_rescale(m_paddingFrames, sampleRate, ownRate);
@@ -237,7 +240,7 @@ void Demuxer::measure() {
         m_paddingFrames = m_stream->codecpar->initial_padding;
 }
 
-/// A tag of the container itself comes before those that any file may have around it.
+/// Tags of the container take precedence over ID3v2 and APE tags.
 void Demuxer::readGain() {
     ReplayGain gain;
     for (const AVDictionary* texts : {m_context->metadata, m_stream->metadata})
@@ -250,7 +253,7 @@ void Demuxer::readGain() {
     avio_seek(m_avio.get(), here, SEEK_SET);
 }
 
-/// Containers such as Matroska round to a time base of their own.
+/// Takes the exact length from STREAMINFO, as containers such as Matroska round it to their time base.
 void Demuxer::measureFlac() {
     const AVCodecParameters& parameters = *m_stream->codecpar;
     if (parameters.extradata_size <= 0 || parameters.sample_rate <= 0) return;
@@ -268,17 +271,18 @@ void Demuxer::measureMp3() {
     avio_seek(m_avio.get(), here, SEEK_SET);
     if (!tag) return;
     m_paddingFrames = tag->startPadding() + tag->endPadding();
-    // A constant bit rate turns a time into a byte offset; otherwise every frame up to it must be walked.
+    // With a constant bit rate a seek computes the byte offset; otherwise it reads every frame up to the
+    // target.
     m_constantBitRate = tag->constantBitRate;
     if (m_constantBitRate) m_context->flags |= AVFMT_FLAG_FAST_SEEK;
 }
 
-/// The last sample duration says where the sound ends within the last packet; encoders such as FFmpeg's put
-/// it nowhere else. Others state the end in iTunes' comment, or end the movie before its last packet does.
+/// Finds the padding at the end. FFmpeg states it only in the duration of the last sample; other encoders
+/// state it in iTunes' comment, or end the movie before the last packet's end.
 void Demuxer::measureMp4() {
     const int entries = avformat_index_get_entries_count(m_stream);
     if (!m_duration || entries < 2 || m_stream->nb_frames != entries)
-        return; // fragments are not all known yet
+        return; // not all fragments are known yet
     const AVIndexEntry& first = *avformat_index_get_entry(m_stream, 0);
     const AVIndexEntry& last = *avformat_index_get_entry(m_stream, entries - 1);
     const std::int64_t media = *m_duration + first.timestamp;
@@ -298,7 +302,7 @@ void Demuxer::measureMp4() {
         return;
     }
     const std::int64_t movie = av_rescale_q(m_context->duration, AV_TIME_BASE_Q, m_stream->time_base);
-    // A tick of the coarsest usual time scale, 1/600 s, is only rounding.
+    // Tolerate one tick of the coarsest usual time scale, 1/600 s.
     const std::int64_t rounding = av_rescale_q(1, {1, 500}, m_stream->time_base);
     if (m_context->nb_streams == 1 && movie > last.timestamp && movie + rounding < media) m_duration = movie;
 }

@@ -1,5 +1,5 @@
-// What FFmpeg calls of the C library's memory; tools/build-ffmpeg gives its calls these names. Files state
-// sizes and counts, and FFmpeg asks for as much. A packaged FFmpeg does not come here, and has no limit.
+// The allocation functions that FFmpeg calls: tools/build-ffmpeg renames its calls to these. They limit the
+// memory that a file can make FFmpeg allocate. A packaged FFmpeg does not call them, and has no limit.
 
 #include "platform/bass/source/FfmpegMemory.h"
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A source is opened, read and freed by one thread.
+/// Per thread: a source is opened, read and freed on one thread.
 thread_local std::int64_t held = 0;
 thread_local std::int64_t limit = bass::maxFfmpegBytes;
 
@@ -20,7 +20,7 @@ std::int64_t sizeOf(void* memory) {
     return static_cast<std::int64_t>(malloc_usable_size(memory));
 }
 
-/// Nanoseconds that this thread has worked.
+/// Processor time of this thread, in nanoseconds.
 std::int64_t worked() {
     timespec time{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
@@ -32,7 +32,7 @@ constexpr std::int64_t maxOpening = 1'000'000'000;
 thread_local std::int64_t deadline = never;
 thread_local unsigned calls = 0;
 
-/// The clock is read with every 16th call only.
+/// True after the deadline. Reads the clock in every 16th call only.
 bool isLate() {
     if (deadline == never || ++calls % 16 != 0) return deadline < 0;
     if (worked() > deadline) deadline = -1; // and stays late
@@ -57,7 +57,7 @@ bass::OpeningTime::~OpeningTime() {
     deadline = never;
 }
 
-// NOLINTBEGIN(cppcoreguidelines-owning-memory): this is what memory comes from
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): these are the allocation functions
 extern "C" {
 
 int tul_posix_memalign(void** memory, std::size_t alignment, std::size_t size) {

@@ -4,16 +4,16 @@
 
 namespace bass {
 
-/// What FFmpeg may hold at a time for the source that this thread opens and reads. What is more is refused to
-/// it: then the source cannot be opened, or ends.
+/// Limit of the memory that FFmpeg allocates for the source that this thread opens and reads. Further
+/// allocations fail: then the source cannot be opened, or ends.
 inline constexpr std::int64_t maxFfmpegBytes = std::int64_t{60} << 20;
 
-/// Sets the limit for this thread: `maxFfmpegBytes`, and a quarter of a file that is larger than four times
-/// that, because the index of a long recording grows with it. `fileBytes` below 0 is unknown.
+/// Sets the limit for this thread: `maxFfmpegBytes`, or a quarter of the file if that is larger, because the
+/// index of a long recording grows with it. A negative `fileBytes` means unknown.
 void limitFfmpegMemory(std::int64_t fileBytes);
 
-/// While it lives, FFmpeg gets no more memory on this thread as soon as the thread has worked for a second
-/// and a half: what states a million comments is searched a million times.
+/// While an object lives, FFmpeg's allocations on this thread fail after 1.5 s of processor time. Bounds the
+/// time for malicious files, such as one with a million comments.
 class OpeningTime {
 public:
     OpeningTime();

@@ -8,7 +8,7 @@ extern "C" {
 #include <libswresample/swresample.h>
 }
 
-/// Owners of FFmpeg's handles.
+/// Owning pointers to FFmpeg's objects.
 namespace bass {
 
 struct FfmpegDeleter {
@@ -20,7 +20,7 @@ struct FfmpegDeleter {
     void operator()(AVDictionary* dictionary) const { av_dict_free(&dictionary); }
 };
 
-/// For a context of our own callbacks; the buffer in use may be another than at creation.
+/// For a context with our own callbacks. FFmpeg may have replaced its buffer.
 struct AvioDeleter {
     void operator()(AVIOContext* context) const {
         av_freep(&context->buffer);

@@ -17,7 +17,7 @@ Failure failureOf(int error) {
 
 FileIo::Opened FileIo::open(const std::string& path, std::shared_ptr<Cancel> cancel) {
     if (path.find('\0') != std::string::npos) return {nullptr, Failure::notFound};
-    // O_NONBLOCK: a FIFO without a writer would hold the open itself.
+    // O_NONBLOCK: opening a FIFO would otherwise wait for a writer.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (descriptor < 0) return {nullptr, failureOf(errno)};
     struct stat status {};

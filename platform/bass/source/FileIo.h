@@ -7,7 +7,7 @@
 
 namespace bass {
 
-/// A regular file. Its name is a path and nothing else, whatever it holds.
+/// A regular file. Its name is always a path, never parsed as an address.
 class FileIo final : public ByteSource {
 public:
     struct Opened {

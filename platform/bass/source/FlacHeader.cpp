@@ -19,10 +19,10 @@ std::optional<StreamInfo> parseStreamInfo(std::span<const std::uint8_t> block) {
 
 std::optional<std::int64_t> firstSample(std::span<const std::uint8_t> packet, const StreamInfo& info) {
     constexpr std::size_t numberAt = 4;
-    constexpr std::size_t longestNumber = 7;
-    if (packet.size() < numberAt + longestNumber || packet[0] != 0xff || (packet[1] & 0xfe) != 0xf8)
+    constexpr std::size_t maxNumberBytes = 7;
+    if (packet.size() < numberAt + maxNumberBytes || packet[0] != 0xff || (packet[1] & 0xfe) != 0xf8)
         return std::nullopt;
-    // Coded like a character of UTF-8, with up to seven bytes.
+    // Coded like UTF-8, with up to seven bytes.
     const int ones = std::countl_one(packet[numberAt]);
     if (ones == 1 || ones == 8) return std::nullopt;
     std::int64_t number = packet[numberAt] & (0x7f >> ones);

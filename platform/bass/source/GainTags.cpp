@@ -12,10 +12,10 @@
 namespace bass {
 namespace {
 
-/// A field that says more than a key and a number is another.
+/// Longer fields are not ReplayGain fields.
 constexpr std::int64_t maxFieldBytes = 512;
 constexpr int maxFields = 2000;
-/// Where what is skipped is read all the same, or a seek is a request to a server, pictures are not passed.
+/// How much to skip where a seek is expensive: too little for pictures.
 constexpr std::int64_t maxReadThrough = 32 * 1024;
 
 std::uint32_t bigEndian(std::string_view bytes, int bitsPerByte = 8) {
@@ -30,7 +30,7 @@ std::uint32_t littleEndian(std::string_view bytes) {
     return bigEndian(reversed);
 }
 
-/// Drops the zero bytes that were put behind 0xFF.
+/// Undoes ID3v2's unsynchronisation: removes the zero byte after each 0xFF.
 std::string withoutStuffing(std::string_view bytes) {
     std::string out;
     for (std::size_t i = 0; i < bytes.size(); ++i)
@@ -43,12 +43,12 @@ class TagBytes {
 public:
     struct Kind {
         std::int64_t maxSkipped = INT64_MAX;
-        /// A zero byte was put behind each 0xFF of the whole tag, which its sizes do not count.
+        /// The whole tag is unsynchronised, and the sizes in it do not count the inserted zero bytes.
         bool isStuffed = false;
     };
     TagBytes(AVIOContext& io, std::int64_t size, const Kind& kind) : m_io(io), m_left(size), m_kind(kind) {}
 
-    /// Empty where the tag ends before.
+    /// Empty when the tag ends before.
     std::string take(std::int64_t count) {
         std::string bytes;
         while (count-- > 0) {
@@ -74,7 +74,7 @@ private:
     char m_last = 0;
 };
 
-/// The header of a frame, whose form changed from version to version.
+/// The header of a frame; its layout depends on the version of ID3v2.
 struct Id3Frame {
     std::string_view name;
     std::int64_t size;
@@ -88,7 +88,8 @@ std::optional<Id3Frame> parseId3Frame(std::string_view header, int version) {
                     bigEndian(header.substr(8, 2))};
 }
 
-/// The text of a frame up to a zero character, its letters beyond ASCII replaced, and what follows it.
+/// Removes a text up to its zero character from `bytes`, and returns it with characters beyond ASCII
+/// replaced.
 std::string takeString(std::string_view& bytes, char encoding) {
     const bool isWide = encoding == 1 || encoding == 2;
     std::string text;
@@ -119,7 +120,7 @@ void takeUserText(std::string_view bytes, ReplayGain& gain) {
     gain.take(key, takeString(bytes, encoding));
 }
 
-/// Relative volumes of channels: type, gain in 1/512 dB, and a peak of so many bits.
+/// An RVA2 frame. Per channel: type, gain in 1/512 dB, size of the peak in bits, peak.
 void takeRelativeVolume(std::string_view bytes, ReplayGain& gain) {
     constexpr char masterVolume = 1;
     constexpr float maxDecibels = 51;
@@ -133,7 +134,7 @@ void takeRelativeVolume(std::string_view bytes, ReplayGain& gain) {
     }
 }
 
-/// Up to its zero character; empty where the tag ends before, or the key is longer than it may be.
+/// Reads a key up to its zero character; empty when the tag ends before, or the key is too long.
 std::string takeKey(TagBytes& bytes) {
     constexpr std::size_t maxKeyBytes = 255;
     std::string key;
@@ -162,7 +163,7 @@ void readApeItems(TagBytes bytes, ReplayGain& gain) {
     gain.complete(found);
 }
 
-/// Removes what the frame's flags put around its content; empty where that is compressed or encrypted.
+/// Removes what the frame's flags add to its content; empty when it is compressed or encrypted.
 std::string contentOf(std::string bytes, const Id3Frame& frame, int version, bool unsynchronised) {
     constexpr unsigned packed3 = 0xc0, packed4 = 0x0c, grouped3 = 0x20, grouped4 = 0x40;
     constexpr unsigned unsynchronised4 = 0x02, sized4 = 0x01;
@@ -174,7 +175,7 @@ std::string contentOf(std::string bytes, const Id3Frame& frame, int version, boo
     return isStuffed ? withoutStuffing(bytes) : bytes;
 }
 
-/// Frames up to the end of the tag.
+/// Reads the frames up to the end of the tag.
 void readId3Frames(TagBytes bytes, int version, bool unsynchronised, ReplayGain& gain) {
     const std::int64_t headerBytes = version == 2 ? 6 : 10;
     ReplayGain relative;
@@ -194,7 +195,7 @@ void readId3Frames(TagBytes bytes, int version, bool unsynchronised, ReplayGain&
     gain.complete(relative);
 }
 
-/// `io` is behind the header.
+/// Reads a tag; `io` is positioned after its header.
 void readId3Tag(AVIOContext& io, const Id3Header& header, std::int64_t size, bool fast, ReplayGain& gain) {
     const int version = header[3];
     const bool unsynchronised = header[5] & 0x80;

@@ -7,15 +7,15 @@
 
 namespace bass {
 
-// The loudness in tags that FFmpeg is not given to read, or does not read: ID3v2 before the sound, APE behind
-// that of an MP3 or AAC file. Only the fields in question are held; what lies between is skipped.
+// Reads ReplayGain from tags that are skipped before FFmpeg (ID3v2) or that FFmpeg does not read (APE at the
+// end of MP3 and AAC files). Other fields are skipped.
 
-/// Goes past the ID3v2 tags that start here, as skipId3Tags does; answers where they end. `fast`: a seek
-/// costs no more than a read; otherwise what lies behind a picture is not read.
+/// Reads the ID3v2 tags at the current position; returns the offset of their end. Without `fast`, which means
+/// that a seek is as cheap as a read, fields after a picture are not read.
 std::int64_t readId3Gain(AVIOContext& io, bool fast, ReplayGain& gain);
-/// Completes `gain` by the APE tag at the end.
+/// Adds missing values to `gain` from the APE tag at the end.
 void readApeGain(AVIOContext& io, std::int64_t fileBytes, ReplayGain& gain);
-/// What FFmpeg has read.
+/// Takes the values from metadata that FFmpeg has read.
 void readDictionaryGain(const AVDictionary* texts, ReplayGain& gain);
 
 } // namespace bass

@@ -19,7 +19,7 @@ std::string textOption(AVIOContext& connection, const char* name) {
     return text;
 }
 
-/// A server's answer is bounded for the whole, not for what is shown of it.
+/// Limit of the ICY headers that are kept.
 constexpr std::size_t maxHeaderBytes = 4096;
 
 bool isHttp(std::string_view url) {
@@ -46,7 +46,7 @@ int HttpStream::mustStop(void* self) {
     return stream.m_timedOut;
 }
 
-void HttpStream::waitAtMost(Clock::duration limit) {
+void HttpStream::setDeadline(Clock::duration limit) {
     m_deadline = std::min(m_openedBy, Clock::now() + limit);
     m_timedOut = false;
 }
@@ -55,10 +55,10 @@ bool HttpStream::connect(std::int64_t offset) {
     m_connection.reset();
     m_log = {};
     m_failure = Failure::none;
-    waitAtMost(m_limits.connect);
+    setDeadline(m_limits.connect);
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "http,https,tcp,tls,crypto,httpproxy", 0);
-    av_dict_set(&options, "tls_verify", "1", 0); // off, unless it is asked for
+    av_dict_set(&options, "tls_verify", "1", 0); // FFmpeg's default is off
     av_dict_set(&options, "user_agent", "Tulplayer", 0);
     av_dict_set_int(&options, "offset", offset, 0);
     const AVIOInterruptCB callback = {mustStop, this};
@@ -68,7 +68,7 @@ bool HttpStream::connect(std::int64_t offset) {
     const DictionaryPtr leftOver(options);
     if (result < 0) {
         m_failure = failureOf(result);
-        m_ignoresRanges = result == AVERROR(EPERM); // FFmpeg's answer to bytes from another place
+        m_ignoresRanges = result == AVERROR(EPERM); // FFmpeg's error for a response from another offset
         return false;
     }
     m_connection.reset(connection);
@@ -91,7 +91,7 @@ Failure HttpStream::failureOf(int error) const {
     if (m_log.certificate) return Failure::certificate;
     if (m_log.nameNotFound) return Failure::nameNotFound;
     if (m_log.headerBytes > m_limits.headerBytes) return Failure::noAudio;
-    // Without an error below HTTP, a redirect led in circles or to something that is no address.
+    // A redirect without an error below HTTP: a loop, or an invalid address.
     const bool isRedirect = m_log.httpStatus >= 300 && !m_log.connecting;
     return isHttpError(error) || isRedirect ? Failure::httpStatus : Failure::refused;
 }
@@ -101,7 +101,7 @@ int HttpStream::read(std::span<std::uint8_t> out) {
         if (!m_connection && m_size >= 0 && m_offset >= m_size) return AVERROR_EOF;
         if (!m_connection)
             if (const int result = resume(); result < 0) return result;
-        waitAtMost(m_limits.silence);
+        setDeadline(m_limits.silence);
         const int count = avio_read_partial(m_connection.get(), out.data(), static_cast<int>(out.size()));
         if (count > 0) {
             m_offset += count;
@@ -111,20 +111,19 @@ int HttpStream::read(std::span<std::uint8_t> out) {
             takeMetadata();
             return count;
         }
-        // An interrupted connection is lost, too: it may have stopped within a TLS record or a chunk's
-        // length.
+        // Drop an interrupted connection, too: it may have stopped within a TLS record or a chunk header.
         m_connection.reset();
         if (interrupted()) break;
         const bool ended = m_size < 0 || m_offset >= m_size;
         m_failure = m_timedOut ? Failure::timeout : ended ? Failure::none : Failure::refused;
-        // Without a length the end of the connection is all there is to tell the end by.
+        // Without a length the end of the connection is the end of the stream.
         if (ended) return AVERROR_EOF;
     }
     return AVERROR_EXIT;
 }
 
 void HttpStream::takeMetadata() {
-    // FFmpeg keeps every field that a server ever put into its ICY metadata.
+    // FFmpeg accumulates all ICY metadata fields: clear them.
     av_opt_set_dict_val(m_connection.get(), "metadata", nullptr, AV_OPT_SEARCH_CHILDREN);
     std::string packet = textOption(*m_connection, "icy_metadata_packet");
     if (packet.empty()) return;
@@ -132,10 +131,11 @@ void HttpStream::takeMetadata() {
     av_opt_set(m_connection.get(), "icy_metadata_packet", "", AV_OPT_SEARCH_CHILDREN);
 }
 
-/// Connects again where the bytes broke off. 0, AVERROR_EXIT when interrupted, or AVERROR(EIO).
+/// Reconnects at the current offset. 0, AVERROR_EXIT when interrupted, or AVERROR(EIO).
 int HttpStream::resume() {
     if (m_live || !m_seekable) return AVERROR(EIO);
-    if (m_pause == Clock::duration::zero()) m_lastByte = Clock::now(); // what was sought may be old
+    if (m_pause == Clock::duration::zero())
+        m_lastByte = Clock::now(); // the last byte may be from long before a seek
     const auto giveUp = std::min(m_lastByte + m_limits.resume, m_openedBy);
     const std::int64_t size = m_size;
     const std::int64_t offset = m_offset;
@@ -144,7 +144,7 @@ int HttpStream::resume() {
         m_pause = std::clamp<Clock::duration>(m_pause * 2, m_limits.firstPause, m_limits.maxPause);
         if (connect(offset)) {
             if (m_size == size && m_seekable) return 0;
-            m_connection.reset(); // another file by now
+            m_connection.reset(); // the server has another file by now
             m_size = size;
             m_seekable = true;
             return AVERROR(EIO);
@@ -158,7 +158,7 @@ int HttpStream::resume() {
     return AVERROR(EIO);
 }
 
-/// Whether the server answered that it will not send what was asked for.
+/// True for status codes after which retrying is pointless.
 bool HttpStream::isRefusedForGood() const {
     constexpr int requestTimeout = 408, tooManyRequests = 429;
     const int status = m_log.httpStatus;
@@ -169,7 +169,7 @@ bool HttpStream::isRefusedForGood() const {
 
 std::int64_t HttpStream::seek(std::int64_t offset) {
     if (offset == m_offset) return offset;
-    m_connection.reset(); // connected again by the next read
+    m_connection.reset(); // the next read reconnects
     m_offset = offset;
     return offset;
 }

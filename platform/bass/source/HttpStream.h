@@ -9,13 +9,13 @@
 
 namespace bass {
 
-/// The bytes behind an http or https address, without the ICY metadata between them, which are kept.
+/// The bytes of an http or https address. ICY metadata is separated from them.
 ///
-/// Redirects lead to http and https only. A finite file whose connection drops is resumed where it broke off;
-/// a live stream (a server that sends ICY headers and no length) ends then, and may be connected anew.
+/// Follows redirects to http and https only. After a lost connection a finite file is resumed at the same
+/// offset. A live stream (ICY headers and no length) ends; the caller may connect again.
 ///
-/// A cancelled read of a finite file is continued by a request for the rest. Others cannot be continued: once
-/// they are opened, only `close` ends a read of theirs.
+/// A cancelled read of a finite file continues with a request for the rest. Live streams cannot be continued:
+/// once opened, only Cancel::close interrupts their reads.
 class HttpStream final : public ByteSource {
 public:
     using Clock = std::chrono::steady_clock;
@@ -23,18 +23,18 @@ public:
     HttpStream(std::string url, const NetworkLimits& limits, std::shared_ptr<Cancel> cancel)
         : ByteSource(std::move(cancel)), m_url(std::move(url)), m_limits(limits) {}
 
-    /// From here to `endOpening` everything together is bounded by the limit for opening.
+    /// Starts NetworkLimits::opening, which applies to all calls until `endOpening`.
     void beginOpening() { m_openedBy = Clock::now() + m_limits.opening; }
     void endOpening() { m_openedBy = Clock::time_point::max(); }
-    /// Connects from the byte `offset` on.
+    /// Connects, and requests the bytes from `offset` on.
     [[nodiscard]] bool connect(std::int64_t offset);
     void disconnect() { m_connection.reset(); }
     [[nodiscard]] bool isConnected() const { return m_connection != nullptr; }
     [[nodiscard]] bool isLive() const { return m_live; }
-    /// What the server answered last.
+    /// The status code of the last response.
     [[nodiscard]] int httpStatus() const { return m_log.httpStatus; }
-    /// What the server says of the stream: the fields of its answer, and the packet before the byte read
-    /// last. A packet comes first in what a read brings, never within it.
+    /// The ICY headers of the response, and the last ICY metadata packet before the byte read last. A read
+    /// never returns bytes from both sides of a packet.
     [[nodiscard]] const std::string& icyHeaders() const { return m_icyHeaders; }
     [[nodiscard]] const std::string& icyMetadata() const { return m_icyMetadata; }
 
@@ -48,7 +48,7 @@ public:
 private:
     static int mustStop(void* self);
     void takeMetadata();
-    void waitAtMost(Clock::duration limit);
+    void setDeadline(Clock::duration limit);
     [[nodiscard]] bool isOpening() const { return m_openedBy != Clock::time_point::max(); }
     [[nodiscard]] int resume();
     [[nodiscard]] bool isRefusedForGood() const;
@@ -57,8 +57,8 @@ private:
     std::string m_url;
     NetworkLimits m_limits;
     Clock::time_point m_openedBy = Clock::time_point::max();
-    Clock::time_point m_deadline; ///< of the call into FFmpeg that is under way
-    bool m_timedOut = false;      ///< that call reached it
+    Clock::time_point m_deadline; ///< of the current call into FFmpeg
+    bool m_timedOut = false;      ///< the current call has reached its deadline
     ProtocolLog m_log;            ///< of the last connection
     OpenedAvioPtr m_connection;
     std::int64_t m_offset = 0; ///< of the next byte
@@ -68,8 +68,8 @@ private:
     bool m_ignoresRanges = false;
     std::string m_icyHeaders;
     std::string m_icyMetadata;
-    Clock::time_point m_lastByte; ///< when bytes came last
-    Clock::duration m_pause{0};   ///< before the next try; none after bytes have come
+    Clock::time_point m_lastByte; ///< when bytes were received last
+    Clock::duration m_pause{0};   ///< before the next attempt; reset when bytes are received
     Failure m_failure = Failure::none;
 };
 

@@ -45,7 +45,7 @@ std::optional<LameTag> readLameTag(AVIOContext& io) {
     const std::size_t xing = 4 + sideInfo;
     if (textAt(xing) != "Xing" && textAt(xing) != "Info") return std::nullopt;
     const unsigned fields = frame[xing + 7];
-    // Frame count, byte count, table of contents, quality; each is there when its bit is set.
+    // Frame count, byte count, table of contents, quality: each is present if its bit is set.
     const std::size_t lame = xing + 8 + (fields & 1 ? 4 : 0) + (fields & 2 ? 4 : 0) + (fields & 4 ? 100 : 0) +
                              (fields & 8 ? 4 : 0);
     LameTag tag;

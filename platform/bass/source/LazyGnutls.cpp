@@ -1,5 +1,5 @@
-// What FFmpeg calls of GnuTLS. The calls load the library, and the seven that it needs, with the first secure
-// address; linked, they would be loaded before the first window. A call that is missing here is linked.
+// Forwards FFmpeg's calls to GnuTLS, which is loaded by the first of them: linking it and the libraries it
+// needs would delay the first window. A function that is missing here would be linked.
 
 #include "platform/bass/LoadedLibrary.h"
 
@@ -32,7 +32,7 @@ Gnutls& gnutls() {
     return library;
 }
 
-/// Without the library every call fails.
+/// The result of each call when the library cannot be loaded.
 template <typename Result> Result failed() {
     if constexpr (std::is_integral_v<Result>) return GNUTLS_E_UNIMPLEMENTED_FEATURE;
     if constexpr (!std::is_integral_v<Result>) return Result();

@@ -28,7 +28,7 @@ std::optional<std::uint32_t> takeNumber(std::string_view& block) {
     return number;
 }
 
-/// A text behind its length; none where the block ends before.
+/// Removes a text and its length from `block`; none when the block ends before.
 std::optional<std::string_view> takeText(std::string_view& block) {
     const auto size = takeNumber(block);
     if (!size || *size > block.size()) return std::nullopt;

@@ -13,7 +13,7 @@ namespace {
 
 thread_local ProtocolLog* current = nullptr;
 
-/// `format` is the text before its values are put in: the same in every language.
+/// Callback of av_log. Matches the format string, which does not depend on values or language.
 void readLine(void* context, int level, const char* format, va_list values) {
     if (!current || !context || !format) return;
     const AVClass* type = *static_cast<const AVClass* const*>(context);

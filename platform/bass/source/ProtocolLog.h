@@ -4,16 +4,16 @@
 
 namespace bass {
 
-/// What FFmpeg's network protocols report only in their log.
+/// Facts that FFmpeg's network protocols report only in their log.
 struct ProtocolLog {
-    int httpStatus = 0;          ///< of the last response; 0 before one
+    int httpStatus = 0;          ///< of the last response; 0 before the first
     std::size_t headerBytes = 0; ///< of all responses
     bool nameNotFound = false;
-    bool certificate = false; ///< the server's was rejected
+    bool certificate = false; ///< the server's certificate was rejected
     bool connecting = false;  ///< an error was logged below HTTP
 };
 
-/// Fills a ProtocolLog with what FFmpeg logs in this thread, until it is destroyed.
+/// While it lives, fills a ProtocolLog from FFmpeg's log messages on this thread.
 class ProtocolLogScope {
 public:
     explicit ProtocolLogScope(ProtocolLog& log);
@@ -22,7 +22,7 @@ public:
     ProtocolLogScope& operator=(const ProtocolLogScope&) = delete;
 };
 
-/// Lets FFmpeg print nothing; must precede its first use.
+/// Disables FFmpeg's output. Call it before FFmpeg is used.
 void silenceFfmpeg();
 
 } // namespace bass

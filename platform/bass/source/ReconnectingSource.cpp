@@ -13,12 +13,12 @@ namespace {
 
 using Status = ReadResult::Status;
 
-/// A connection that brought less was no good: the next one is not tried at once.
+/// After a connection that yielded fewer frames, the back-off is not reset.
 constexpr std::int64_t framesOfGoodConnection = sampleRate;
 
-/// A name look-up cannot be interrupted; this thread's ones give up in time by themselves.
+/// Sets the resolver's timeout on this thread, because a name look-up cannot be interrupted.
 void boundNameLookUps() {
-    static std::mutex mutex; // glibc has a lock of its own, which ThreadSanitizer does not see
+    static std::mutex mutex; // for ThreadSanitizer, which does not see glibc's own lock
     thread_local bool done = false;
     const std::lock_guard lock(mutex);
     if (done || res_ninit(&_res) != 0) return;
@@ -62,7 +62,7 @@ Failure ReconnectingSource::connectTo(std::string url) {
     return connect();
 }
 
-/// Decodes what is connected, from here on.
+/// Opens a decoder on the current connection.
 Failure ReconnectingSource::openSource() {
     std::shared_ptr<ServerBytes> bytes = ServerBytes::open(m_http);
     if (!bytes) return failureOf(*m_http);
@@ -97,15 +97,15 @@ std::optional<StreamTags> ReconnectingSource::takeTags() {
     return tags;
 }
 
-/// Tries until there is sound. False when it was cancelled.
+/// Reconnects until sound can be decoded. False when cancelled.
 bool ReconnectingSource::reconnect() {
-    // The connection may still stand: then only the container ended, and its next piece follows.
+    // While the connection is open only a link of the stream has ended; the next one follows.
     if (m_http->isConnected()) {
         m_http->beginOpening();
         static_cast<void>(openSource());
         m_http->endOpening();
     }
-    if (!m_source) m_http->disconnect(); // what is left of it starts in the middle
+    if (!m_source) m_http->disconnect(); // the remaining bytes start in the middle of a link
     while (!m_source) {
         if (m_frames >= framesOfGoodConnection) m_pause = {};
         if (m_cancel->waitFor(m_pause)) return false;

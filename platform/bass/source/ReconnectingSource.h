@@ -9,10 +9,9 @@
 
 namespace bass {
 
-/// An address as one endless sound: when the connection of a live stream drops, or one of its pieces (a link
-/// of a chained Ogg stream) ends, it is connected and decoded anew. What was sent meanwhile is a
-/// discontinuity. An address that sends a station's list (StationList) stands for the first one that is named
-/// there; a list within a list is none. Files of a known length are resumed byte by byte below (HttpStream).
+/// Opens an address, and reconnects a live stream when its connection drops or a link of a chained Ogg stream
+/// ends, which leaves a discontinuity. A station's playlist (StationList) is replaced by the first address in
+/// it; nested playlists are rejected. Files of known length are resumed by HttpStream.
 class ReconnectingSource final : public Source {
 public:
     /// `url` is trimmed, its scheme in lower case.
@@ -22,7 +21,7 @@ public:
     [[nodiscard]] ReadResult read(std::span<float> out) override;
     [[nodiscard]] bool seek(std::int64_t frame) override;
     [[nodiscard]] std::optional<std::int64_t> lengthFrames() const override { return m_length; }
-    /// Of a file alone: what a live stream says at its start is over with the track.
+    /// Only of files: a live stream's tags at its start belong to one of many tracks.
     [[nodiscard]] ReplayGain replayGain() const override { return m_replayGain; }
     [[nodiscard]] std::optional<StreamTags> takeTags() override;
 
@@ -39,10 +38,10 @@ private:
     std::unique_ptr<Source> m_source; ///< null while a live stream is not connected
     std::optional<std::int64_t> m_length;
     ReplayGain m_replayGain;
-    StreamTags m_tags; ///< what takeTags answered last
+    StreamTags m_tags; ///< the last result of takeTags
     bool m_live = false;
-    bool m_isListed = false;   ///< the address was named by a list
-    std::int64_t m_frames = 0; ///< read since the last connection
+    bool m_isListed = false;   ///< the address comes from a station's playlist
+    std::int64_t m_frames = 0; ///< frames read since the last connection
     HttpStream::Clock::duration m_pause{0};
 };
 

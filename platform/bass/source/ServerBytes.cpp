@@ -10,7 +10,7 @@ namespace bass {
 namespace {
 
 constexpr std::int64_t maxTagBytes = 16 << 20;
-/// What is longer is skipped by a request of its own where the server can seek, not by reading through it.
+/// Longer tags are skipped by a new request if the server can seek, shorter ones by reading.
 constexpr std::int64_t requestWorth = std::int64_t{256} * 1024;
 constexpr std::int64_t maxFlacBlock = std::int64_t{64} * 1024;
 constexpr std::size_t maxFlacHead = std::size_t{256} * 1024;
@@ -40,7 +40,7 @@ bool ServerBytes::skipTags() {
     return false;
 }
 
-/// Keeps the short blocks that say something about the sound.
+/// Skips padding, pictures and long blocks; keeps the others.
 bool ServerBytes::skipFlacMetadata() {
     constexpr unsigned padding = 1, picture = 6, last = 0x80;
     std::string kept = "fLaC";
@@ -74,11 +74,11 @@ std::string_view ServerBytes::peek(std::size_t count) {
     return std::string_view(m_head).substr(0, count);
 }
 
-/// Makes `m_head` at least `count` bytes long.
+/// Reads until `m_head` has at least `count` bytes.
 bool ServerBytes::fetch(std::size_t count) {
     while (m_head.size() < count) {
         std::array<std::uint8_t, 4096> block;
-        const int got = readOn(std::span(block).first(std::min(block.size(), count - m_head.size())));
+        const int got = readBody(std::span(block).first(std::min(block.size(), count - m_head.size())));
         m_ended = got == AVERROR_EOF;
         if (got <= 0) return false;
         m_head.append(reinterpret_cast<const char*>(block.data()), static_cast<std::size_t>(got));
@@ -86,7 +86,7 @@ bool ServerBytes::fetch(std::size_t count) {
     return true;
 }
 
-/// Takes `count` bytes away from the front.
+/// Removes `count` bytes from the front.
 bool ServerBytes::drop(std::int64_t count) {
     const auto held = std::min<std::int64_t>(count, static_cast<std::int64_t>(m_head.size()));
     m_head.erase(0, static_cast<std::size_t>(held));
@@ -99,7 +99,7 @@ bool ServerBytes::drop(std::int64_t count) {
     std::array<std::uint8_t, 16'384> block;
     while (count > 0) {
         const auto wanted = std::min<std::int64_t>(count, block.size());
-        const int got = readOn(std::span(block).first(static_cast<std::size_t>(wanted)));
+        const int got = readBody(std::span(block).first(static_cast<std::size_t>(wanted)));
         m_ended = got == AVERROR_EOF;
         if (got <= 0) return false;
         count -= got;
@@ -107,8 +107,8 @@ bool ServerBytes::drop(std::int64_t count) {
     return true;
 }
 
-/// Reads what follows `m_head` while tags are skipped.
-int ServerBytes::readOn(std::span<std::uint8_t> out) {
+/// Reads the bytes after `m_head`, while tags are skipped.
+int ServerBytes::readBody(std::span<std::uint8_t> out) {
     if (m_allowed <= 0) return AVERROR(ENOBUFS);
     const int count = m_bytes->read(out);
     if (count <= 0) return count;
@@ -138,7 +138,7 @@ int ServerBytes::read(std::span<std::uint8_t> out) {
     return count;
 }
 
-/// Reads the first bytes behind the tags from a server that sends nothing but the whole.
+/// Reads the first bytes after the tags, from a server without range requests.
 int ServerBytes::readPastTags(std::span<std::uint8_t> out) {
     if (m_bytes->seek(0) != 0) return AVERROR(EIO);
     std::int64_t left = m_base;

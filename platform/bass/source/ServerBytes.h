@@ -9,17 +9,16 @@
 
 namespace bass {
 
-/// The bytes of a server, as far as a decoder may trust them: without the tags and pictures before the sound
-/// (ID3v2, blocks of FLAC metadata), of which a demuxer keeps several copies however long they are, and no
-/// more of them at a time than was allowed. Offsets count what is left.
+/// Bytes of a server, filtered to bound the demuxer's memory: without the tags and pictures before the sound
+/// (ID3v2, FLAC metadata blocks), and no more at a time than `allow` permits. Offsets do not count what is
+/// removed.
 class ServerBytes final : public ByteSource {
 public:
-    /// What lies in front of the sound is skipped, up to 16 MB of it where the server cannot seek. Null when
-    /// it is longer or `bytes` cannot be read.
+    /// Skips the tags before the sound. Null when `bytes` cannot be read, or when the tags exceed 16 MB and
+    /// the server cannot seek.
     [[nodiscard]] static std::shared_ptr<ServerBytes> open(std::shared_ptr<ByteSource> bytes);
 
-    /// Before anything is read: the first `count` bytes, or fewer where there are no more. They are read all
-    /// the same.
+    /// The first `count` bytes, or fewer at the end, without consuming them. Call it before `read`.
     [[nodiscard]] std::string_view peek(std::size_t count);
 
     [[nodiscard]] int read(std::span<std::uint8_t> out) override;
@@ -37,14 +36,14 @@ private:
     [[nodiscard]] bool skipFlacMetadata();
     [[nodiscard]] bool fetch(std::size_t count);
     [[nodiscard]] bool drop(std::int64_t count);
-    [[nodiscard]] int readOn(std::span<std::uint8_t> out);
+    [[nodiscard]] int readBody(std::span<std::uint8_t> out);
     [[nodiscard]] int readPastTags(std::span<std::uint8_t> out);
 
     std::shared_ptr<ByteSource> m_bytes;
-    std::string m_head;      ///< what comes first, in place of the bytes before `m_base`
-    std::int64_t m_base = 0; ///< in `m_bytes`: what follows `m_head`
+    std::string m_head;      ///< replaces the bytes of `m_bytes` before `m_base`
+    std::int64_t m_base = 0; ///< offset in `m_bytes` of what follows `m_head`
     std::int64_t m_offset = 0;
-    bool m_ended = false; ///< while tags are skipped: there is nothing behind `m_head`
+    bool m_ended = false; ///< `m_bytes` ended while tags were skipped
     std::int64_t m_allowed = std::numeric_limits<std::int64_t>::max();
 };
 

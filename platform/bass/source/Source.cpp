@@ -21,7 +21,7 @@ std::optional<std::string> normalizedAddress(const std::string& address) {
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     const std::string scheme = url.substr(0, end);
     const std::string host = url.substr(end + 3);
-    // FFmpeg sends them as they are: a line end in an address would begin a header of its own.
+    // FFmpeg sends the address unescaped: a line end in it would inject a header.
     const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
     if (std::ranges::any_of(url, isControl)) return std::nullopt;
     const bool hasHost = !host.empty() && std::string("/?#:").find(host[0]) == std::string::npos;

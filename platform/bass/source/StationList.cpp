@@ -28,7 +28,7 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view lowerCase) {
                       [&](char wanted, char letter) { return lower(letter) == wanted; });
 }
 
-/// What a line of either kind of list names: "http://…" or "File1=http://…".
+/// The address in a line of either kind of list: "http://..." or "File1=http://...".
 std::string_view namedBy(std::string_view line) {
     if (!startsWithIgnoringCase(line, "file")) return line;
     const std::size_t equals = line.find('=');

@@ -5,16 +5,16 @@
 #include <string>
 #include <string_view>
 
-/// The short playlists (m3u, pls) that radio stations publish in the place of the stream itself.
+/// The short playlists (m3u, pls) that radio stations publish instead of the stream's address.
 namespace bass {
 
-/// Bytes that isStationList needs, and the most that are read of one.
+/// The bytes that isStationList needs, and the maximum that is read of a list.
 inline constexpr std::size_t stationListHeadBytes = 10;
 inline constexpr std::size_t maxStationListBytes = std::size_t{64} * 1024;
 
-/// Whether bytes that begin with `head` are text that may be such a list: no audio begins so.
+/// True when bytes that begin with `head` may be such a list. Audio never begins like that.
 [[nodiscard]] bool isStationList(std::string_view head);
-/// The first http or https address that the list names; none in a list of segments (HLS).
+/// The first http or https address in the list; none in a list of segments (HLS).
 [[nodiscard]] std::optional<std::string> firstAddress(std::string_view list);
 
 } // namespace bass

@@ -4,11 +4,12 @@
 
 namespace bass {
 
-/// What a stream says of itself, as the bytes that were sent; empty where it says nothing.
+/// The tags of a stream, as the bytes that were sent; empty when missing.
 struct StreamTags {
-    std::string headers;  ///< Lines "icy-name: NAME" and so on of the server's answer.
-    std::string metadata; ///< The last packet of ICY metadata: "StreamTitle='TITLE';" and so on.
-    std::string comments; ///< Of the container: "TITLE=", "ARTIST=", "ALBUM=", each ended by a NUL.
+    std::string headers;  ///< ICY headers of the response: lines like "icy-name: NAME".
+    std::string metadata; ///< The last packet of ICY metadata, like "StreamTitle='TITLE';".
+    std::string
+        comments; ///< Comments of the container: "TITLE=", "ARTIST=", "ALBUM=", each terminated by a NUL.
 
     bool operator==(const StreamTags&) const = default;
 };
