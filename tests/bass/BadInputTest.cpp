@@ -79,7 +79,7 @@ TEST(BadInput, IsRefused) {
     }
 }
 
-TEST(BadInput, WithAbsurdHeadersIsRefusedOrEndsEarly) {
+TEST(BadInput, WithExcessiveHeaderValuesIsRejectedOrEndsEarly) {
     const std::string wav = wavFile();
     struct {
         const char* what;
@@ -102,7 +102,7 @@ TEST(BadInput, WithAbsurdHeadersIsRefusedOrEndsEarly) {
     }
 }
 
-TEST(BadInput, CutOrDamagedEndsWithoutHarm) {
+TEST(BadInput, TruncatedOrDamagedEndsEarly) {
     std::mt19937 generator(3);
     for (const auto& [format, whole] : soundFiles()) {
         for (int variant = 0; variant < 24; ++variant) {
@@ -124,7 +124,7 @@ TEST(BadInput, CutOrDamagedEndsWithoutHarm) {
     }
 }
 
-TEST(BadInput, CutWhileItPlaysEndsAndStaysHarmless) {
+TEST(BadInput, TruncatedWhilePlayingEnds) {
     for (const auto& [format, whole] : soundFiles()) {
         SCOPED_TRACE(format);
         const fs::path path = scratchFile("cut", whole);

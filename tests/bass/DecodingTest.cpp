@@ -56,7 +56,7 @@ std::int64_t framesAt44100(int rate) {
 
 class EveryEncoder : public testing::TestWithParam<Encoding> {};
 
-TEST_P(EveryEncoder, GivesTheSourcesFramesAndSeeksToThem) {
+TEST_P(EveryEncoder, DecodesAndSeeksToTheSourcesFrames) {
     const Encoding& encoding = GetParam();
     const fs::path path = encode(encoding);
     const auto source = sounds::open(path);
@@ -161,7 +161,7 @@ TEST(Decoding, MixesSurroundWithoutClipping) {
     EXPECT_LE(most, 1.0F);
 }
 
-TEST(Decoding, TakesTheContentForTheFormatNotTheName) {
+TEST(Decoding, DetectsTheFormatByContent) {
     const auto sound = sounds::sweep(20'000);
     const std::pair<fs::path, Format> files[] = {
         {support::encode("named.flac", sound), Format::flac},
@@ -177,7 +177,7 @@ TEST(Decoding, TakesTheContentForTheFormatNotTheName) {
     }
 }
 
-TEST(Decoding, FindsTheSoundBehindALongTag) {
+TEST(Decoding, FindsTheSoundAfterALongTag) {
     // A cover picture of two megabytes, more than any probe reads.
     const int size = 2 << 20;
     std::string tag = "ID3\x03";

@@ -119,7 +119,7 @@ protected:
     HSTREAM stream = 0;
 };
 
-TEST_F(Device, HearsEveryFrameOnceAndAsStored) {
+TEST_F(Device, PlaysEveryFrameOnceAndUnchanged) {
     play(4);
     const Samples recorded = recordedToEnd();
     const std::size_t begin = soundFrom(recorded);
@@ -127,7 +127,7 @@ TEST_F(Device, HearsEveryFrameOnceAndAsStored) {
     EXPECT_EQ(soundFrom(recorded, begin + source.size() / 2), recorded.size() / 2) << "sound after the end";
 }
 
-TEST_F(Device, GoesOnWhenTheServerComesBack) {
+TEST_F(Device, ContinuesWhenTheServerReturns) {
     leaveAWayPastTheServer();
     play(8);
     ASSERT_TRUE(waitFor([&] { return position() > rate * 2; }, limit));
@@ -136,23 +136,23 @@ TEST_F(Device, GoesOnWhenTheServerComesBack) {
     EXPECT_FALSE(waitFor([&] { return position() > lost + rate / 2; }, std::chrono::seconds(2)))
         << "past the server";
     std::size_t last = lost;
-    std::size_t longestStepBack = 0;
+    std::size_t maxStepBack = 0;
     server.restart();
     EXPECT_TRUE(waitFor(
         [&] {
             const std::size_t now = position();
-            if (now < last) longestStepBack = std::max(longestStepBack, last - now);
+            if (now < last) maxStepBack = std::max(maxStepBack, last - now);
             last = now;
             return ends > 0;
         },
         limit));
-    EXPECT_EQ(longestStepBack, 0U);
+    EXPECT_EQ(maxStepBack, 0U);
 
     const Samples recorded = recordedToEnd();
     expectGoesOn(recorded, soundFrom(recorded), lost, rate * 0.5);
 }
 
-TEST_F(Device, AFadeEndsWhenTheServerGoesDuringIt) {
+TEST_F(Device, AFadeEndsWhenTheServerStopsDuringIt) {
     leaveAWayPastTheServer();
     play(8);
     ASSERT_TRUE(waitFor([&] { return position() > rate; }, limit));
@@ -183,7 +183,7 @@ INSTANTIATE_TEST_SUITE_P(, DeviceLater,
                                                     [](auto& server) { server.freeze(false); }}),
                          [](const auto& row) { return row.param.name; });
 
-TEST_P(DeviceLater, PlaysOnceTheServerAnswers) {
+TEST_P(DeviceLater, StartsToPlayOnceTheServerResponds) {
     leaveAWayPastTheServer();
     GetParam().leave(server);
     const auto begin = std::chrono::steady_clock::now();
@@ -197,7 +197,7 @@ TEST_P(DeviceLater, PlaysOnceTheServerAnswers) {
     expectPlayedToEnd(recorded);
 }
 
-TEST_F(Device, AnswersWhileTheServerDoesNot) {
+TEST_F(Device, CallsReturnWhileTheServerHangs) {
     play(8);
     ASSERT_TRUE(waitFor([&] { return position() > rate; }, limit));
     server.freeze(true);
@@ -213,7 +213,7 @@ TEST_F(Device, AnswersWhileTheServerDoesNot) {
     expectPlayedToEnd(recorded);
 }
 
-TEST_F(Device, RestsWhilePausedAndGoesOnFromThere) {
+TEST_F(Device, StopsTheDeviceWhilePausedAndResumesThere) {
     play(5);
     ASSERT_TRUE(waitFor([&] { return position() > rate * 2; }, limit));
     EXPECT_EQ(server.playingStreams(), 1U);

@@ -28,8 +28,8 @@ using Samples = std::vector<std::int16_t>;
 constexpr QWORD bytesPerFrame = 8;
 constexpr std::ptrdiff_t edge = 2 * 220; ///< Samples of the ramp over a discontinuity.
 
-std::filesystem::path heardFile() {
-    return support::scratch() / "heard.wav";
+std::filesystem::path recordingFile() {
+    return support::scratch() / "recorded.wav";
 }
 
 void open(const std::string& output) {
@@ -64,12 +64,12 @@ void playToEnd(HSTREAM stream) {
     ASSERT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_STOPPED; }));
 }
 
-/// What was heard so far, once the output has rested and closed the file's header.
-std::vector<float> heard(std::size_t samples) {
+/// What was recorded so far, once the output has rested and closed the file's header.
+std::vector<float> recorded(std::size_t samples) {
     constexpr std::size_t header = 44;
     std::string bytes;
     EXPECT_TRUE(waitFor([&] {
-        bytes = support::readFile(heardFile());
+        bytes = support::readFile(recordingFile());
         return bytes.size() >= header + samples * sizeof(float);
     }));
     std::vector<float> frames((bytes.size() - header) / sizeof(float));
@@ -109,11 +109,11 @@ private:
     std::size_t m_left = bass::sampleRate;
 };
 
-TEST(EngineTest, SixteenBitsComeOutAsTheyWentIn) {
-    open("wav:" + heardFile().string());
+TEST(EngineTest, SixteenBitSamplesArePlayedUnchanged) {
+    open("wav:" + recordingFile().string());
     const Samples source = support::noise(100000);
     playToEnd(streamOf(source));
-    const auto out = heard(source.size());
+    const auto out = recorded(source.size());
     ASSERT_GE(out.size(), source.size());
     std::vector<float> expected = sounds::exactly(source);
     expected.resize(out.size()); // silence after the end
@@ -121,8 +121,8 @@ TEST(EngineTest, SixteenBitsComeOutAsTheyWentIn) {
     EXPECT_EQ(ends, 1);
 }
 
-TEST(EngineTest, SeeksToTheFrameAndPlaysAgainFromTheStartAfterTheEnd) {
-    open("wav:" + heardFile().string());
+TEST(EngineTest, SeeksToTheFrameAndRestartsAfterTheEnd) {
+    open("wav:" + recordingFile().string());
     const Samples source = support::noise(60000);
     const HSTREAM stream = streamOf(source);
     const std::vector<float> samples = sounds::exactly(source);
@@ -132,7 +132,7 @@ TEST(EngineTest, SeeksToTheFrameAndPlaysAgainFromTheStartAfterTheEnd) {
     EXPECT_EQ(position(stream), 45000U) << "at once";
     playToEnd(stream);
     EXPECT_EQ(position(stream), 60000U);
-    const auto out = heard(15000 * 2);
+    const auto out = recorded(15000 * 2);
     EXPECT_LT(std::abs(out[0]), 0.01F) << "it begins in the midst of a wave: with a ramp";
     EXPECT_TRUE(std::equal(samples.begin() + 90000 + edge, samples.end(), out.begin() + edge));
 
@@ -141,12 +141,12 @@ TEST(EngineTest, SeeksToTheFrameAndPlaysAgainFromTheStartAfterTheEnd) {
     const auto contains = [&](const std::vector<float>& frames) {
         return !std::ranges::search(frames, samples).empty();
     };
-    EXPECT_TRUE(waitFor([&] { return contains(heard(out.size() + samples.size())); }))
+    EXPECT_TRUE(waitFor([&] { return contains(recorded(out.size() + samples.size())); }))
         << "after the silence that ended the chunk of the last frame";
 }
 
-TEST(EngineTest, SlidesAreLinearAndTheirEndIsToldOnce) {
-    open("wav:" + heardFile().string());
+TEST(EngineTest, SlidesAreLinearAndReportTheirEndOnce) {
+    open("wav:" + recordingFile().string());
     const HSTREAM stream = streamOf(Samples(2 * 44100 * 5, 16384));
     BASS_ChannelSetSync(stream, BASS_SYNC_SLIDE, 0, &countSlideAndPause, nullptr);
     BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 0.5F);
@@ -161,13 +161,13 @@ TEST(EngineTest, SlidesAreLinearAndTheirEndIsToldOnce) {
     EXPECT_EQ(gain, 0.0F);
 
     constexpr std::size_t slideFrames = 44100 * 3 / 10;
-    const auto out = heard(2 * slideFrames);
+    const auto out = recorded(2 * slideFrames);
     for (std::size_t i = 0; i < slideFrames; ++i)
         ASSERT_NEAR(out[2 * i], 0.25 * (1.0 - static_cast<double>(i + 1) / slideFrames), 1e-6) << i;
 }
 
-TEST(EngineTest, GainAndBalanceHoldFromTheFirstFrameAndNeverClick) {
-    open("wav:" + heardFile().string());
+TEST(EngineTest, GainAndBalanceApplyFromTheFirstFrameWithoutClicks) {
+    open("wav:" + recordingFile().string());
     constexpr std::size_t samples = 2 * 44100 * 30;
     const HSTREAM stream = streamOf(Samples(samples, 16384));
     BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 0.8F);
@@ -178,14 +178,14 @@ TEST(EngineTest, GainAndBalanceHoldFromTheFirstFrameAndNeverClick) {
         std::this_thread::yield();
     BASS_ChannelSetAttribute(stream, BASS_ATTRIB_VOL, 0.1F);
     ASSERT_TRUE(waitFor([] { return ends > 0; }));
-    const auto out = heard(samples);
+    const auto out = recorded(samples);
     EXPECT_FLOAT_EQ(out[0], 0.4F);
     EXPECT_FLOAT_EQ(out[1], 0.2F) << "half of the right side";
     for (std::size_t i = 2; i < samples; ++i)
         ASSERT_NEAR(out[i], out[i - 2], 0.5 / 200) << i;
 }
 
-TEST(EngineTest, WhatIsHeardKeepsTheTimeOfTheClockAndNeverGoesBack) {
+TEST(EngineTest, ThePositionFollowsTheClockAndNeverMovesBack) {
     open("null");
     const HSTREAM stream = streamOf(support::sine(440, 44100));
     BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
@@ -204,11 +204,11 @@ TEST(EngineTest, WhatIsHeardKeepsTheTimeOfTheClockAndNeverGoesBack) {
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
     constexpr double lateness = 0.03; // of an output thread that catches up after the first position
     EXPECT_GE(took.count(), 1.0 - static_cast<double>(first) / 44100 - lateness)
-        << "the end came before it was heard";
+        << "the end came before it was recorded";
     EXPECT_EQ(position(stream), 44100U);
 }
 
-TEST(EngineTest, PausedItWaitsWhereItWasHeardLast) {
+TEST(EngineTest, APausedStreamKeepsThePositionPlayedLast) {
     open("null");
     const HSTREAM stream = streamOf(support::sine(440, 44100 * 20));
     BASS_ChannelPlay(stream, 0);
@@ -241,7 +241,7 @@ TEST(EngineTest, ARefusedSeekLosesNoEnd) {
     const HSTREAM stream = BASS_StreamCreateFile(0, "one way", 0, 0, 0);
     BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
     BASS_ChannelPlay(stream, 0);
-    // Asked for shortly before the end, answered when that has been heard.
+    // Asked for shortly before the end, answered when that has been recorded.
     ASSERT_TRUE(waitFor([&] { return position(stream) > 30000; }));
     ASSERT_TRUE(seek(stream, 0));
     ASSERT_TRUE(waitFor([] { return seeking.load(); }));
@@ -345,7 +345,7 @@ private:
     std::shared_ptr<bass::Cancel> m_cancel;
 };
 
-TEST(EngineTest, ASeekRepeatedWhileItIsUnderWayIsNotLost) {
+TEST(EngineTest, ASeekRepeatedDuringASeekIsNotLost) {
     open("null");
     bass::Library::instance().openWith([](const auto&, const auto& cancel) {
         return bass::OpenedSource{std::make_unique<SlowlySoughtSource>(cancel)};
@@ -432,23 +432,23 @@ HSTREAM playCountingSource(int heldRead) {
 }
 
 TEST(EngineTest, ARefusedSeekLosesNoFrames) {
-    open("wav:" + heardFile().string());
+    open("wav:" + recordingFile().string());
     const HSTREAM stream = playCountingSource(20);
     ASSERT_TRUE(seek(stream, 0));
     CountingSource::released = true;
     ASSERT_TRUE(waitFor([] { return ends == 1; }));
-    const auto out = heard(2 * CountingSource::length);
+    const auto out = recorded(2 * CountingSource::length);
     EXPECT_EQ(out[2000], CountingSource::valueOf(1000));
     // An underrun after the seek may part them, and the ramps around it change them: their number counts. The
     // first frame, and the first of a ramp, are 0 themselves.
     EXPECT_TRUE(waitFor([] {
-        const auto played = heard(2 * CountingSource::length);
+        const auto played = recorded(2 * CountingSource::length);
         const auto isSound = [](float sample) { return sample != 0; };
         return std::ranges::count_if(played, isSound) >= 2 * CountingSource::length - 16;
     }));
 }
 
-TEST(EngineTest, APauseWhileTheRingIsFilledUpLosesNoFrames) {
+TEST(EngineTest, APauseWhileTheRingIsRefilledLosesNoFrames) {
     open("null");
     static CollectingTap tap; // the stream's until the process ends
     // The ring has room for this read and no more, and the output has just asked for a chunk.
@@ -488,7 +488,7 @@ TEST(EngineTest, ATapGetsEachFrameOnceOverPausesAndJoins) {
     EXPECT_EQ(std::memcmp(tap.frames().data(), expected.data(), expected.size() * sizeof(float)), 0);
 }
 
-TEST(EngineTest, HandlesMayBeFreedFromEverywhereAtAnyTime) {
+TEST(EngineTest, HandlesMayBeFreedOnAnyThreadAtAnyTime) {
     open("fast");
     const Samples source = support::noise(20000);
     for (int i = 0; i < 20; ++i) {
@@ -518,20 +518,20 @@ TEST(EngineTest, HandlesMayBeFreedFromEverywhereAtAnyTime) {
     EXPECT_EQ(BASS_ChannelIsActive(shared), BASS_ACTIVE_STOPPED);
 }
 
-TEST(EngineTest, TheEndOfTheLibraryCompletesTheFileInHand) {
-    open("wav:" + heardFile().string());
+TEST(EngineTest, FreeingTheLibraryCompletesTheOutputFile) {
+    open("wav:" + recordingFile().string());
     const HSTREAM stream = streamOf(support::sine(440, 60 * 44100));
     ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
-    ASSERT_TRUE(waitFor([] { return std::filesystem::file_size(heardFile()) > 100000; }));
+    ASSERT_TRUE(waitFor([] { return std::filesystem::file_size(recordingFile()) > 100000; }));
     EXPECT_TRUE(BASS_Free());
-    const std::string bytes = support::readFile(heardFile());
+    const std::string bytes = support::readFile(recordingFile());
     std::uint32_t data = 0;
     std::memcpy(&data, bytes.data() + 40, sizeof(data));
     EXPECT_EQ(44 + data, bytes.size());
     EXPECT_FALSE(BASS_Free()) << "twice";
 }
 
-TEST(EngineTest, CallsOnNothingAreHarmless) {
+TEST(EngineTest, CallsOnInvalidHandlesAreHarmless) {
     EXPECT_EQ(BASS_StreamCreateFile(0, "/dev/null", 0, 0, 0), 0U) << "no output yet";
     open("fast");
     const HSTREAM freed = streamOf(support::noise(100));
@@ -549,7 +549,7 @@ TEST(EngineTest, CallsOnNothingAreHarmless) {
     }
 }
 
-TEST(Fft, AgreesWithTheSumItStandsFor) {
+TEST(Fft, MatchesTheDirectTransform) {
     std::vector<bass::Frame> frames(bass::fftFrames);
     const auto noise = support::noise(bass::fftFrames);
     for (std::size_t i = 0; i < frames.size(); ++i)

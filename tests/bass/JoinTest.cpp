@@ -104,7 +104,7 @@ void expectPlayed(const std::vector<float>& expected) {
     EXPECT_TRUE(std::ranges::all_of(out, [](float sample) { return sample == 0; }));
 }
 
-TEST(JoinTest, FiftyOfAnyFormatLoseAndAddNothing) {
+TEST(JoinTest, FiftyTracksOfAnyFormatJoinWithoutLossOrGap) {
     const struct {
         const char* name;
         int rate;
@@ -189,7 +189,7 @@ TEST(JoinTest, WhatFollowsMayChangeUntilItIsPlayed) {
     expectPlayed(expected);
 }
 
-TEST(JoinTest, AStreamMadeToFollowServesAStartByHandToo) {
+TEST(JoinTest, APreparedStreamIsUsedByAManualStart) {
     const auto first = support::writeWav(support::scratch() / "first.wav", support::noise(44100 * 30));
     const auto second = support::writeWav(support::scratch() / "second.wav", support::noise(30000, 2, 2));
     open("null");
@@ -206,7 +206,7 @@ TEST(JoinTest, AStreamMadeToFollowServesAStartByHandToo) {
     EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 30000U * 8);
 }
 
-TEST(JoinTest, AFollowerThatHasEndedBeforeItIsCreatedIsNotPlayedAgain) {
+TEST(JoinTest, AFollowerThatEndedBeforeItWasCreatedIsNotPlayedAgain) {
     const auto first = support::writeWav(support::scratch() / "first.wav", support::noise(20000));
     const auto second = support::writeWav(support::scratch() / "second.wav", support::noise(300, 2, 2));
     const auto silence = support::writeWav(support::scratch() / "silence.wav", Samples(2 * 44100 * 30));
@@ -229,7 +229,7 @@ TEST(JoinTest, AFollowerThatHasEndedBeforeItIsCreatedIsNotPlayedAgain) {
     EXPECT_EQ(BASS_ChannelGetPosition(stream, BASS_POS_BYTE), 300U * 8);
 }
 
-TEST(JoinTest, ASlideGoesOnInTheStreamThatFollows) {
+TEST(JoinTest, ASlideContinuesInTheFollowingStream) {
     const auto first = support::writeWav(support::scratch() / "first.wav", Samples(2 * 22050, 16384));
     const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * 44100, 16384));
     open("wav:" + recording().string());
@@ -266,7 +266,7 @@ private:
     std::atomic<bool> m_released{false};
 };
 
-TEST(JoinTest, AVolumeSetWhileTheMixerJoinsHoldsForBoth) {
+TEST(JoinTest, AVolumeSetDuringAJoinAppliesToBothStreams) {
     constexpr std::size_t frames = 22050;
     const auto first = support::writeWav(support::scratch() / "first.wav", Samples(2 * frames, 16384));
     const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * frames, 16384));
@@ -307,7 +307,7 @@ private:
     std::size_t m_left = length;
 };
 
-TEST(JoinTest, AnEndThatIsDueWhileTheMixerJoinsKeepsTheStreamThatFollows) {
+TEST(JoinTest, AnEndDuringAJoinKeepsTheFollowingStream) {
     const auto second = support::writeWav(support::scratch() / "second.wav", Samples(2 * 44100, 16384));
     open("null");
     bass::Library::instance().openWith([](const auto& name, const auto& cancel) {

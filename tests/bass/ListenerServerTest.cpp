@@ -60,7 +60,7 @@ protected:
     std::unique_ptr<ListenerServer> server;
 };
 
-TEST_F(ListenerServerTest, SendsHeadersThenTheBurstThenWhatComes) {
+TEST_F(ListenerServerTest, SendsHeadersThenTheBurstThenNewPages) {
     const Listener early(server->port());
     ASSERT_TRUE(waitFor([&] { return early.body() == stream(6, 10); })) << early.body().size();
     addPages(5);
@@ -84,7 +84,7 @@ TEST_F(ListenerServerTest, SendsHeadersThenTheBurstThenWhatComes) {
     EXPECT_NE(answer("GET / HTTP/1.1\r\nHost: x\r\n\r\n").find(" 503 "), std::string::npos);
 }
 
-TEST_F(ListenerServerTest, AnswersWhatIsNotARequestForTheStream) {
+TEST_F(ListenerServerTest, RespondsToOtherRequests) {
     const struct {
         std::string request;
         std::string expected;
@@ -132,7 +132,7 @@ TEST_F(ListenerServerTest, DropsAListenerThatIsFarBehindAndNoOther) {
     EXPECT_EQ(reading.body(), stream(6, added));
 }
 
-TEST_F(ListenerServerTest, ClosesWhoDoesNotFinishARequest) {
+TEST_F(ListenerServerTest, ClosesConnectionsWithUnfinishedRequests) {
     const Listener silent(server->port(), "");
     const Listener zeros(server->port(), std::string(300, '\0') + "\r\n\r\n");
     Listener slow(server->port(), "GET / HTTP/1.1\r\nA: ");
@@ -146,7 +146,7 @@ TEST_F(ListenerServerTest, ClosesWhoDoesNotFinishARequest) {
     EXPECT_FALSE(listening.isClosed());
 }
 
-TEST_F(ListenerServerTest, LeaksNothingWhenClientsComeAndGo) {
+TEST_F(ListenerServerTest, LeaksNothingWhenClientsConnectAndDisconnect) {
     const Listener staying(server->port());
     ASSERT_TRUE(waitFor([&] { return !staying.body().empty(); }));
     const std::size_t before = openDescriptors();

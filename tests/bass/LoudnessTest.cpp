@@ -224,7 +224,7 @@ std::vector<std::string> taggedTracks() {
     return made;
 }
 
-TEST(LoudnessTest, EachTrackHasItsOwnFromItsFirstFrameOn) {
+TEST(LoudnessTest, EachTrackStartsWithItsOwnGain) {
     constexpr std::size_t ramp = 220;
     const auto out = played(taggedTracks(), BASS_REPLAYGAIN_TRACK, BASS_REPLAYGAIN_TRACK);
     const float gains[] = {0.501187F, 0.251189F, 1, 2, 1};
@@ -248,7 +248,7 @@ TEST(LoudnessTest, AChangeWhileATrackPlaysSlides) {
         ASSERT_LT(std::abs(out[i] - out[i - 1]), level / 220) << i;
 }
 
-TEST(LoudnessTest, OffIsAsStored) {
+TEST(LoudnessTest, OffLeavesSamplesUnchanged) {
     auto list = taggedTracks();
     const std::string& loud = list.emplace_back(support::encode("6.flac", support::noise(frames)).string());
     support::run({"metaflac", "--add-replay-gain", loud});

@@ -73,7 +73,7 @@ TEST(Network, PlaysAndSeeksInAFiniteFile) {
     EXPECT_EQ(sounds::read(*source).status, Status::end);
 }
 
-TEST(Network, ResumesADroppedFileWhereItBrokeOff) {
+TEST(Network, ResumesAFileAfterALostConnection) {
     HttpServer server([](Client& client) { HttpServer::sendFile(client, flac(), flac().size() / 3); });
     const auto source = open(server.url());
     ASSERT_TRUE(source);
@@ -82,7 +82,7 @@ TEST(Network, ResumesADroppedFileWhereItBrokeOff) {
     EXPECT_GE(server.requestCount(), 3);
 }
 
-TEST(Network, GivesUpAServerThatAnswersEveryTryWithoutAByte) {
+TEST(Network, GivesUpAServerThatSendsNoByte) {
     HttpServer server([file = flac()](Client& client) { // encoded before it is asked for
         HttpServer::sendFile(client, file, client.rangeStart() == 0 ? file.size() / 3 : 0);
     });
@@ -114,7 +114,7 @@ TEST(Network, PlaysOnAfterTheServerRefusedASeek) {
     }
 }
 
-TEST(Network, StripsIcyMetadataAndGoesOnAfterADrop) {
+TEST(Network, StripsIcyMetadataAndReconnects) {
     // Every 8000 bytes a block of 16 bytes of metadata, and a drop after each run of the file.
     HttpServer server([](Client& client) {
         client.send("ICY 200 OK\r\nicy-name: test\r\nicy-metaint: 8000\r\n\r\n");
@@ -149,7 +149,7 @@ std::vector<std::pair<std::int64_t, bass::StreamTags>> tagsOf(bass::Source& sour
     return said;
 }
 
-TEST(Network, SaysWhatAStationSaysWhereItSaysIt) {
+TEST(Network, ReportsIcyTitlesAtTheirFrames) {
     const std::string wav = support::readFile(support::writeWav(support::scratch() / "radio.wav", sound()));
     constexpr std::size_t interval = 200'000; // bytes: 50,000 frames
     HttpServer server([&](Client& client) {
@@ -170,7 +170,7 @@ TEST(Network, SaysWhatAStationSaysWhereItSaysIt) {
     EXPECT_NEAR(static_cast<double>(said[2].first), 150'000, 1100);
 }
 
-TEST(Network, SaysTheCommentsOfEveryLinkOfAChainedStream) {
+TEST(Network, ReportsTheCommentsOfEachLinkOfAChainedStream) {
     constexpr std::int64_t linkFrames = 100'000;
     const std::span<const std::int16_t> part = std::span(sound()).first(linkFrames * 2);
     const std::vector<std::vector<std::string>> encoders = {
@@ -205,7 +205,7 @@ TEST(Network, SaysTheCommentsOfEveryLinkOfAChainedStream) {
     }
 }
 
-TEST(Network, OpensTheStreamThatAStationsListNames) {
+TEST(Network, OpensTheStreamInAStationsPlaylist) {
     std::string list;
     HttpServer server([&](Client& client) {
         if (client.request.starts_with("GET /sound")) return HttpServer::sendFile(client, flac());
@@ -253,7 +253,7 @@ TEST(Network, PlaysTheLinksOfAChainedStreamInTurn) {
     }
 }
 
-TEST(Network, AsksAStreamThatBreaksOffAtOnceMoreAndMoreSeldom) {
+TEST(Network, BacksOffFromAStreamThatDropsAtOnce) {
     HttpServer server([part = ogg().substr(0, 20'000)](Client& client) { client.send(liveHead + part); });
     const auto source = open(server.url(), quick);
     ASSERT_TRUE(source);
@@ -263,7 +263,7 @@ TEST(Network, AsksAStreamThatBreaksOffAtOnceMoreAndMoreSeldom) {
     EXPECT_GE(Clock::now() - start, 20ms + 40ms + 80ms + 80ms);
 }
 
-TEST(Network, TakesNoMoreThanTheSoundFromTaggedFiles) {
+TEST(Network, SkipsTagsAndPicturesBeforeTheSound) {
     const auto tagged = [](const std::string& bytes) {
         const int size = 3 << 20;
         std::string tag = std::string("ID3\x03\0\0", 6);

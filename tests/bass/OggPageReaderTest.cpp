@@ -44,7 +44,7 @@ std::vector<std::byte> joined(const Result& result) {
     return all;
 }
 
-TEST(OggPageReaderTest, CutsAStreamIntoItsPagesHoweverItComes) {
+TEST(OggPageReaderTest, SplitsAStreamIntoPagesForAnyBlockSize) {
     for (const std::size_t step : {std::size_t{1}, std::size_t{4096}, encoded().size()}) {
         const Result result = readInSteps(encoded(), step);
         EXPECT_FALSE(result.goesOn) << "the last page says so";
@@ -56,7 +56,7 @@ TEST(OggPageReaderTest, CutsAStreamIntoItsPagesHoweverItComes) {
     }
 }
 
-TEST(OggPageReaderTest, LeavesOutBrokenPagesAndGarbage) {
+TEST(OggPageReaderTest, SkipsBrokenPagesAndGarbage) {
     const Result whole = readInSteps(encoded(), 4096);
     std::vector<std::byte> stream(1000, std::byte{'O'});
     for (std::size_t i = 0; i < whole.pages.size(); ++i) {
@@ -90,7 +90,7 @@ TEST(OggPageReaderTest, GivesUpOnHeadersThatNeverEnd) {
     EXPECT_LT(joined(result).size(), 200000U);
 }
 
-TEST(OggPageReaderTest, SurvivesWhateverABrokenEncoderWrites) {
+TEST(OggPageReaderTest, SurvivesDamagedInput) {
     std::mt19937 random(1); // NOLINT: the same every time
     const auto any = [&](std::size_t below) { return static_cast<std::size_t>(random() % below); };
     const std::vector<std::byte> original = encoded();

@@ -41,7 +41,7 @@ TEST_F(SampleFeedTest, QuantisesWithDitherThatKeepsTheMean) {
     EXPECT_NEAR(sum / 200000, 100.3, 0.01);
 }
 
-TEST_F(SampleFeedTest, KeepsWhatIsOutOfRangeInRange) {
+TEST_F(SampleFeedTest, ClipsSamplesOutOfRange) {
     for (const auto& [sample, expected] :
          std::vector<std::pair<float, int>>{{2.0F, 32767},
                                             {-2.0F, -32768},
@@ -53,7 +53,7 @@ TEST_F(SampleFeedTest, KeepsWhatIsOutOfRangeInRange) {
     }
 }
 
-TEST_F(SampleFeedTest, GivesSilenceInRealTimeWhileNothingPlays) {
+TEST_F(SampleFeedTest, SendsSilenceInRealTimeWhileNothingPlays) {
     tap(4410, 0.5F);
     EXPECT_EQ(take(milliseconds(100)).size(), 4410U * 2);
     EXPECT_TRUE(take(milliseconds(690)).empty()) << "a device that has not asked again yet is no pause";
@@ -65,7 +65,7 @@ TEST_F(SampleFeedTest, GivesSilenceInRealTimeWhileNothingPlays) {
         << "and the silence after it brings us back to the clock";
 }
 
-TEST_F(SampleFeedTest, MakesUpForAGapWhereTheNextChannelBegins) {
+TEST_F(SampleFeedTest, FillsTheGapBeforeTheNextChannel) {
     tap(4410, 0.5F);
     feed->follow();
     tap(4410, -0.5F);
@@ -77,7 +77,7 @@ TEST_F(SampleFeedTest, MakesUpForAGapWhereTheNextChannelBegins) {
     EXPECT_NEAR(out[6615 * 2], -16384, 2);
 }
 
-TEST_F(SampleFeedTest, CountsWhatAStalledEncoderMissesAndIsNotLateAfterwards) {
+TEST_F(SampleFeedTest, CountsDroppedFramesOfAStalledEncoderWithoutLag) {
     tap(441000, 0.5F);
     EXPECT_EQ(take(milliseconds(10000)).size(), 131072U * 2);
     EXPECT_EQ(feed->lostFrames(), 441000U - 131072U);

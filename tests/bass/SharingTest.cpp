@@ -59,8 +59,8 @@ protected:
         return waitFor([&] { return BASS_ChannelGetPosition(channel, BASS_POS_BYTE) > before + 40000; });
     }
     static std::vector<float> decode(const std::string& ogg) {
-        support::writeFile("heard.ogg", ogg);
-        const auto source = sounds::open("heard.ogg");
+        support::writeFile("recorded.ogg", ogg);
+        const auto source = sounds::open("recorded.ogg");
         return source ? sounds::read(*source).samples : std::vector<float>();
     }
 
@@ -77,7 +77,7 @@ protected:
     DWORD port = 0;
 };
 
-TEST_F(SharingTest, ListenersHearTheSourceWhateverTheVolume) {
+TEST_F(SharingTest, ListenersGetTheSourceAtAnyVolume) {
     installEncoder();
     const auto sweep = sounds::sweep(30 * rate);
     play(support::writeWav("sweep.wav", sweep));
@@ -92,10 +92,10 @@ TEST_F(SharingTest, ListenersHearTheSourceWhateverTheVolume) {
 
     const std::vector<float> source = sounds::exactly(sweep);
     for (const auto* listener : {&early, &late}) {
-        const auto heard = decode(listener->body());
-        ASSERT_GT(heard.size(), 3 * rate);
+        const auto recorded = decode(listener->body());
+        ASSERT_GT(recorded.size(), 3 * rate);
         // The first packet after a join is only half there.
-        const auto later = std::span(heard).subspan(rate, 2 * rate);
+        const auto later = std::span(recorded).subspan(rate, 2 * rate);
         std::size_t place = 0;
         float most = 0;
         for (std::size_t at = 0; at < 20 * rate * 2; at += 2) {
@@ -111,7 +111,7 @@ TEST_F(SharingTest, ListenersHearTheSourceWhateverTheVolume) {
     }
 }
 
-TEST_F(SharingTest, StaysOneStreamFromTrackToTrackThroughPauseAndSeek) {
+TEST_F(SharingTest, StaysOneStreamAcrossTracksPausesAndSeeks) {
     installEncoder();
     play(support::writeWav("mono.wav", sounds::sweep(2 * 22050, 22050, 1), 22050, 1));
     share();
@@ -135,12 +135,12 @@ TEST_F(SharingTest, StaysOneStreamFromTrackToTrackThroughPauseAndSeek) {
     const std::string stream = listener.body();
     for (auto page = stream.find("OggS"); page != std::string::npos; page = stream.find("OggS", page + 1))
         EXPECT_EQ(stream.substr(page + 14, 4), stream.substr(14, 4)) << "the same serial number";
-    const auto heard = decode(stream);
-    ASSERT_GT(heard.size(), 6 * rate * 2) << "three tracks, and silence";
-    EXPECT_LT(std::ranges::max(std::span(heard).last(rate)), 0.001F);
+    const auto recorded = decode(stream);
+    ASSERT_GT(recorded.size(), 6 * rate * 2) << "three tracks, and silence";
+    EXPECT_LT(std::ranges::max(std::span(recorded).last(rate)), 0.001F);
 }
 
-TEST_F(SharingTest, WithoutAProgramOrAPortPlaybackGoesOn) {
+TEST_F(SharingTest, PlaybackContinuesWithoutEncoderOrPort) {
     play(support::writeWav("sweep.wav", sounds::sweep(60 * rate)));
     for (int track = 0; track < 2; ++track) {
         share();
@@ -176,7 +176,7 @@ TEST_F(SharingTest, WithoutAProgramOrAPortPlaybackGoesOn) {
     EXPECT_TRUE(playsOn());
 }
 
-TEST_F(SharingTest, AnEncoderThatFailsOrStallsDisturbsNothing) {
+TEST_F(SharingTest, AFailingOrStalledEncoderDoesNotDisturbPlayback) {
     play(support::writeWav("sweep.wav", sounds::sweep(120 * rate)));
     for (const char* script : {"exit 1", "exec sleep 1000", "exec cat /dev/zero", "exec cat", "kill -9 $$"}) {
         installScript(script);
@@ -191,7 +191,7 @@ TEST_F(SharingTest, AnEncoderThatFailsOrStallsDisturbsNothing) {
     }
 }
 
-TEST_F(SharingTest, TheProgramInheritsNothingAndIsReaped) {
+TEST_F(SharingTest, TheEncoderInheritsNoDescriptorsAndIsReaped) {
     play(support::writeWav("sweep.wav", sounds::sweep(60 * rate)));
     installScript(
         "grep SigIgn /proc/self/status > signals; echo $$ > pid; exec ls /proc/self/fd > descriptors");

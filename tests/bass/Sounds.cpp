@@ -44,13 +44,13 @@ Decoded read(bass::Source& source, std::int64_t most, std::chrono::seconds limit
     return decoded;
 }
 
-double correlation(std::span<const float> played, std::span<const float> heard, int lag) {
+double correlation(std::span<const float> played, std::span<const float> recorded, int lag) {
     constexpr std::ptrdiff_t margin = 64;
-    const auto samples = static_cast<std::ptrdiff_t>(std::min(played.size(), heard.size()));
+    const auto samples = static_cast<std::ptrdiff_t>(std::min(played.size(), recorded.size()));
     double both = 0, one = 0, other = 0;
     for (std::ptrdiff_t i = 2 * margin; i < samples - 2 * margin; ++i) {
         const double a = played[static_cast<std::size_t>(i)];
-        const double b = heard[static_cast<std::size_t>(i + lag * 2)];
+        const double b = recorded[static_cast<std::size_t>(i + lag * 2)];
         both += a * b;
         one += a * a;
         other += b * b;
@@ -58,10 +58,10 @@ double correlation(std::span<const float> played, std::span<const float> heard, 
     return one > 0 && other > 0 ? both / std::sqrt(one * other) : 0;
 }
 
-int bestLag(std::span<const float> played, std::span<const float> heard) {
+int bestLag(std::span<const float> played, std::span<const float> recorded) {
     int best = 0;
     for (int lag = -64; lag <= 64; ++lag)
-        if (correlation(played, heard, lag) > correlation(played, heard, best)) best = lag;
+        if (correlation(played, recorded, lag) > correlation(played, recorded, best)) best = lag;
     return best;
 }
 

@@ -28,10 +28,10 @@ struct Decoded {
 Decoded read(bass::Source& source, std::int64_t most = INT64_MAX,
              std::chrono::seconds limit = std::chrono::seconds(30));
 
-/// Correlation (-1..1) of interleaved stereo, `heard` shifted by `lag` frames against `played`.
-double correlation(std::span<const float> played, std::span<const float> heard, int lag);
+/// Correlation (-1..1) of interleaved stereo, `recorded` shifted by `lag` frames against `played`.
+double correlation(std::span<const float> played, std::span<const float> recorded, int lag);
 /// The lag within ±64 frames at which they are most alike.
-int bestLag(std::span<const float> played, std::span<const float> heard);
+int bestLag(std::span<const float> played, std::span<const float> recorded);
 
 /// The floats that 16-bit stereo samples stand for.
 std::vector<float> exactly(std::span<const std::int16_t> samples);

@@ -39,7 +39,7 @@ TEST(SpscRingTest, TwoThreadsKeepTheSequence) {
     EXPECT_EQ(ring.readable(), 0U);
 }
 
-TEST(SpscRingTest, WhatWasReadCanBeReadAgainAndLookedAt) {
+TEST(SpscRingTest, ReadElementsCanBeReadAgainAndCopied) {
     SpscRing<int> ring(8, 4);
     const std::array<int, 12> numbers{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     EXPECT_EQ(ring.write(numbers), 8U) << "no more than the capacity";

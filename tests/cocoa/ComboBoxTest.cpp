@@ -56,7 +56,7 @@ protected:
     QString acted;
 };
 
-TEST_F(ComboBoxTest, TypedTextIsAnItemOnlyWhenItIsOnesName) {
+TEST_F(ComboBoxTest, TypedTextSelectsOnlyAnItemOfThatName) {
     type("Party");
     key(Qt::Key_Return);
     type("Work");
@@ -69,7 +69,7 @@ TEST_F(ComboBoxTest, TypedTextIsAnItemOnlyWhenItIsOnesName) {
     EXPECT_EQ(acted, "-1:Party 1:Work -1:work -1:Road -1:Road ");
 }
 
-TEST_F(ComboBoxTest, EscapeTakesBackAndLeavingCommitsOnlyWhatWasTyped) {
+TEST_F(ComboBoxTest, EscapeRevertsAndLeavingCommitsTypedText) {
     type("Nonsense");
     box.setStringValue("Mine"); // said again by a list that was read again
     EXPECT_EQ(box.stringValue(), "Nonsense");
@@ -84,7 +84,7 @@ TEST_F(ComboBoxTest, EscapeTakesBackAndLeavingCommitsOnlyWhatWasTyped) {
     EXPECT_EQ(acted, "-1:Work ");
 }
 
-TEST_F(ComboBoxTest, ChoosingTellsWhichOfTwoItemsOfOneName) {
+TEST_F(ComboBoxTest, ChoosingDistinguishesItemsOfTheSameName) {
     names.names << "Fresh"; // came after the box last looked
     choose(3);
     EXPECT_EQ(acted, "3:Fresh ");

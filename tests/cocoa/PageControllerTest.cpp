@@ -81,7 +81,7 @@ TEST_F(PageControllerTest, LoadsAPageWhenItIsFirstTurnedTo) {
     EXPECT_FALSE(book.pages[2].isViewLoaded());
 }
 
-TEST_F(PageControllerTest, StopsAtTheEndsAndAtPagesThatAreNot) {
+TEST_F(PageControllerTest, StopsAtTheEndsAndIgnoresMissingPages) {
     controller.turnBack();
     EXPECT_EQ(controller.selectedIndex(), 0);
     controller.turnToPage(3); // has no controller
@@ -108,7 +108,7 @@ TEST_F(PageControllerTest, KeysAndSwipesTurnOnePageEach) {
     EXPECT_TRUE(shownAlone(2));
 }
 
-TEST_F(PageControllerTest, OnlyAKeyboardThatIsInThePageGoesAlong) {
+TEST_F(PageControllerTest, FocusMovesToTheNewPageOnlyFromTheOldOne) {
     QWidget window;
     QLineEdit beside(&window);
     controller.setParent(&window);
@@ -123,7 +123,7 @@ TEST_F(PageControllerTest, OnlyAKeyboardThatIsInThePageGoesAlong) {
     controller.setParent(nullptr);
 }
 
-TEST_F(PageControllerTest, ViewsGoOnceWhicheverEndsFirst) {
+TEST_F(PageControllerTest, ViewsAreDestroyedOnceInAnyOrder) {
     auto page = std::make_unique<Page>();
     auto host = std::make_unique<QWidget>();
     page->view().setParent(host.get());

@@ -70,7 +70,7 @@ TEST_F(PanelTest, OpensSeveralFilesInTheirOrderAndRemembersTheFolder) {
     EXPECT_TRUE(chosen.isEmpty());
 }
 
-TEST_F(PanelTest, ASavedNameGetsItsTypeAndReplacesOnlyWhenTold) {
+TEST_F(PanelTest, ASavedNameGetsItsExtensionAndReplacesAfterConfirmation) {
     QString saved;
     const auto save = [&](const char* name) {
         saved.clear();

@@ -17,7 +17,7 @@ std::string textOf(const QByteArray& body) {
     return document.toPlainText().toStdString();
 }
 
-TEST(RichText, ReadsParagraphsCharactersAndLeavesOutWhatIsNotText) {
+TEST(RichText, ReadsParagraphsAndCharactersAndSkipsOtherContent) {
     const struct {
         const char* body;
         const char* text;
@@ -63,7 +63,7 @@ TEST(RichText, FormatsEndWithTheirGroup) {
     EXPECT_EQ(document.findBlockByNumber(1).blockFormat().textIndent(), -18);
 }
 
-TEST(RichText, WhatIsNoRichTextLeavesTheDocumentAlone) {
+TEST(RichText, OtherContentLeavesTheDocumentUnchanged) {
     support::offscreenApplication();
     QTextDocument document;
     document.setPlainText("before");

@@ -29,7 +29,7 @@ protected:
     cocoa::Timer timer{milliseconds(10), [this] { ++ticks; }};
 };
 
-TEST_F(RunLoopTest, TimersPauseWhileAnAlertIsOpenAndGoOnAfterwards) {
+TEST_F(RunLoopTest, TimersPauseWhileAnAlertIsOpen) {
     cocoa::Alert alert({"Stream address", "OK", "Cancel", "It should start with http/https."});
     auto field = std::make_unique<QLineEdit>();
     const QPointer<QLineEdit> typed = field.get();

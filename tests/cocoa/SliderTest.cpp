@@ -61,13 +61,13 @@ TEST_F(SliderTest, KeysMoveByStepsAndStopAtTheEnds) {
     EXPECT_EQ(actions, 8) << "nothing changed, nothing to tell";
 }
 
-TEST_F(SliderTest, WheelMovesUpAndDownAndLeavesSidewaysStrokes) {
+TEST_F(SliderTest, WheelMovesVerticallyAndIgnoresHorizontalScrolling) {
     EXPECT_DOUBLE_EQ(afterWheel({0, 120}), 104);
     EXPECT_DOUBLE_EQ(afterWheel({0, -240}), 96);
     EXPECT_DOUBLE_EQ(afterWheel({240, 10}), 96);
 }
 
-TEST_F(SliderTest, StepsSnapsAndTheValueUnderThePointerAreTheOwnersToChoose) {
+TEST_F(SliderTest, StepsSnappingAndToolTipsAreOptions) {
     slider.setStep(5);
     slider.setSnap(100, 8);
     slider.setShowsValueAtPointer(true);
@@ -132,7 +132,7 @@ TEST_F(SliderTest, AClickJumpsAndAHeldKnobKeepsItsPlaceUnderThePointer) {
     EXPECT_DOUBLE_EQ(slider.doubleValue(), 5);
 }
 
-TEST_F(SliderTest, ASliderThatGoesWhileItIsHeldLetsTheRunLoopGoOn) {
+TEST_F(SliderTest, ASliderDestroyedWhileHeldReleasesTheRunLoop) {
     {
         Slider held;
         held.resize(100, 24);
@@ -147,7 +147,7 @@ TEST_F(SliderTest, ASliderThatGoesWhileItIsHeldLetsTheRunLoopGoOn) {
     EXPECT_TRUE(cocoa::RunLoop::isInDefaultMode());
 }
 
-TEST_F(SliderTest, RangesAndValuesThatMakeNoSenseAreHarmless) {
+TEST_F(SliderTest, InvalidRangesAndValuesAreIgnored) {
     slider.setDoubleValue(std::nan(""));
     EXPECT_DOUBLE_EQ(slider.doubleValue(), 100);
     slider.setDoubleValue(1e300);
@@ -161,7 +161,7 @@ TEST_F(SliderTest, RangesAndValuesThatMakeNoSenseAreHarmless) {
     }
 }
 
-TEST_F(SliderTest, SpeaksItsNameAndValueAndTakesOneFromAScreenReader) {
+TEST_F(SliderTest, AScreenReaderGetsNameAndValueAndSetsTheValue) {
     slider.setAccessibleName("Position");
     slider.setValueText([](double value) { return QString("%1 seconds").arg(value); });
     QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(&slider);
@@ -175,7 +175,7 @@ TEST_F(SliderTest, SpeaksItsNameAndValueAndTakesOneFromAScreenReader) {
     EXPECT_EQ(actions, 1);
 }
 
-TEST_F(SliderTest, FocusCanBeSeen) {
+TEST_F(SliderTest, FocusIsVisible) {
     const QImage without = support::picture(slider);
     slider.activateWindow();
     slider.setFocus(Qt::TabFocusReason);

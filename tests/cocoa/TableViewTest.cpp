@@ -37,7 +37,7 @@ protected:
     std::vector<int> doubleClicked;
 };
 
-TEST_F(TableViewTest, AsksOnlyForRowsThatAreDrawn) {
+TEST_F(TableViewTest, RequestsOnlyRowsThatAreDrawn) {
     rows.displayed.clear();
     support::picture(table);
     EXPECT_EQ(rows.displayed, (std::vector<int>{0, 1, 2, 3}));
@@ -48,7 +48,7 @@ TEST_F(TableViewTest, AsksOnlyForRowsThatAreDrawn) {
     EXPECT_EQ(std::ranges::max(rows.displayed), 53);
 }
 
-TEST_F(TableViewTest, ARowThatIsGoneIsNotAskedForEvenWithoutAReload) {
+TEST_F(TableViewTest, RemovedRowsAreNotRequestedBeforeAReload) {
     table.verticalScrollBar()->setValue(table.verticalScrollBar()->maximum());
     click(99);
     rows.numbers.resize(2);
@@ -78,7 +78,7 @@ TEST_F(TableViewTest, ClicksSelectExtendAndToggle) {
     EXPECT_EQ(table.selectedRowIndexes(), IndexSet{1});
 }
 
-TEST_F(TableViewTest, KeysMoveTheSelectionAndKeepItInSight) {
+TEST_F(TableViewTest, KeysMoveTheSelectionAndScrollToIt) {
     const struct {
         Qt::Key key;
         Qt::KeyboardModifiers modifiers;

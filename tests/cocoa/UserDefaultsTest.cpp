@@ -17,7 +17,7 @@ QString storedIn(const std::string& content) {
     return defaults.stringForKey(key);
 }
 
-TEST(UserDefaults, AStoredStringTakesPrecedenceAndNothingElseDoes) {
+TEST(UserDefaults, OnlyAStoredStringOverridesTheDefault) {
     const struct {
         const char* content;
         const char* expected;
@@ -34,7 +34,7 @@ TEST(UserDefaults, AStoredStringTakesPrecedenceAndNothingElseDoes) {
         EXPECT_EQ(storedIn(each.content).toStdString(), each.expected) << each.content;
 }
 
-TEST(UserDefaults, WhatIsSetIsStoredBesideWhatOthersStored) {
+TEST(UserDefaults, SettingKeepsValuesOfOtherPrograms) {
     const auto path = support::scratch() / "made" / "settings.json";
     const auto name = QString::fromStdString(path.string());
     cocoa::UserDefaults first(name);

@@ -138,7 +138,7 @@ TEST_F(PlaylistEntryCellTest, TheToolTipHoldsWhatIsCutAndWhyTheRowFails) {
     EXPECT_EQ(cell.toolTip(frame), "File not found");
 }
 
-TEST_F(PlaylistEntryCellTest, WhatWasFoundHasAGroundUnderItsLetters) {
+TEST_F(PlaylistEntryCellTest, MatchesAreHighlighted) {
     const QRectF frame(0, 0, 380, 54);
     const QImage plain = draw(frame);
     cell.setInfo2Marks({{0, 7}, {10, 99}}); // more than there is

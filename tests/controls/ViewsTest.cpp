@@ -48,7 +48,7 @@ TEST_F(ViewsTest, AnImageStandsInTheLowerLeftCornerOnClearedGround) {
 }
 
 /// Art that the renderer can't read would leave holes in the window.
-TEST_F(ViewsTest, EveryImageThatIsAskedForByNameIsThere) {
+TEST_F(ViewsTest, EveryNamedImageExists) {
     for (const char* name :
          {"slider_knob.png", "slider_knob_yellow.png", "controls_background_with_separator",
           "controls_background", "btn_img_play", "playlist_play_icon", "internal_playlist_selector_arrow",

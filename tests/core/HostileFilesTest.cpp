@@ -40,7 +40,7 @@ void decode(const std::string& path) {
     if (const auto source = sounds::open(path)) static_cast<void>(sounds::read(*source, 44100));
 }
 
-TEST(HostileFiles, TakeNoMoreThanTheyMay) {
+TEST(HostileFiles, StayWithinTheLimits) {
     const auto files = hostileFiles();
     ASSERT_GT(files.size(), 50U);
     const fs::path sound = support::encode("a.flac", support::sine(440, 4410), 44100, 2,

@@ -47,7 +47,7 @@ protected:
     std::unique_ptr<TulPlayer> player;
 };
 
-TEST_F(Playback, ATrackThatEndsInItsFadeLeavesTheNextOnePausedAtItsStart) {
+TEST_F(Playback, ATrackThatEndsDuringItsFadeLeavesTheNextPausedAtItsStart) {
     for (const std::string& source :
          {encode("short.flac", 0.29), std::string("/nowhere/gone.flac"), encode("long.mp3", 60)})
         player->playlist->addEntry(source);
@@ -64,7 +64,7 @@ TEST_F(Playback, ATrackThatEndsInItsFadeLeavesTheNextOnePausedAtItsStart) {
     EXPECT_EQ(player->stream->volume(), 0.5F);
 }
 
-TEST_F(Playback, NothingFollowsInPlaceOfWhatCannotBeOpened) {
+TEST_F(Playback, AnInvalidNextSourceClearsThePreviousOne) {
     const std::string former = encode("former.flac", 5);
     TulStream stream;
     stream.open(encode("first.flac", 0.5));

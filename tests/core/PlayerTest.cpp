@@ -314,7 +314,7 @@ TEST_F(Player, ShufflesWithoutRepetitionAndGoesBackThroughWhatWasPlayed) {
     EXPECT_EQ(bass.last().next, "1 /only.mp3");
 }
 
-TEST_F(Player, AStreamsOwnTitlesTakeThePlaceOfTheEntrys) {
+TEST_F(Player, StreamTitlesReplaceTheEntrysTexts) {
     add({"http://h/radio", "/a.mp3"});
     player->startCurrentEntry();
     const auto texts = [this] {
@@ -343,7 +343,7 @@ TEST_F(Player, AStreamsOwnTitlesTakeThePlaceOfTheEntrys) {
     EXPECT_EQ(texts(), "a||") << "a file's are read elsewhere";
 }
 
-TEST_F(Player, GoesOnAtTheEndOfATrackOnceAndOnTheMainThread) {
+TEST_F(Player, AdvancesOnceOnTheMainThreadAtTheEndOfATrack) {
     add({"/a.mp3", "/b.mp3", "/c.mp3"});
     player->playlist->selectEntry(1);
     player->startCurrentEntry();
@@ -431,7 +431,7 @@ TEST_F(Player, PausesInEveryState) {
     EXPECT_EQ(state(), State::playing);
 }
 
-TEST_F(Player, WhatWasAskedForLastHoldsAfterAFade) {
+TEST_F(Player, TheLastRequestAppliesAfterAFade) {
     add({"/a.mp3"});
     player->play();
     for (const bool fadeIsOver : {false, true}) {
@@ -509,7 +509,7 @@ TEST_F(Player, SkipsWhatFailsAfterATrackButNotWhatTheUserSelected) {
     }
 }
 
-TEST_F(Player, AnEntryShowsWhyItDidNotPlayUntilItDoes) {
+TEST_F(Player, AnEntryKeepsItsFailureUntilItPlays) {
     using Kind = TulFailure::Kind;
     add({"http://h/a", "/b.mp3"});
     player->play();
@@ -611,7 +611,7 @@ TEST_F(Player, KeepsThePlaylistWhenAFileIsRejected) {
     EXPECT_EQ(stored.playlistAt(2).second, "C");
 }
 
-TEST_F(Player, OpensInTheBackgroundWhatWasAskedForLast) {
+TEST_F(Player, OpensTheLastRequestInTheBackground) {
     player->setStorePath(path("late.json"));
     player->workers.setWake([] {});
     const auto deliverUntil = [this](auto condition) {

@@ -160,7 +160,7 @@ TEST(PlaylistFileFactory, ReadsOtherTextAsM3U) {
     }
 }
 
-TEST(TUQ, ReadsWhatTheFileSaysAndRejectsWhatBreaksTheRules) {
+TEST(TUQ, ReadsValidFilesAndRejectsInvalidOnes) {
     const std::string rejected = "rejected";
     const std::string nested(1'000'000, '[');
     std::string garbage;

@@ -124,7 +124,7 @@ TEST(Playlist, EditsManyRowsAndKeepsWhatIsCurrent) {
     }
 }
 
-TEST(Playlist, WalksRoundAndIgnoresIndexesOutside) {
+TEST(Playlist, WrapsAroundAndIgnoresInvalidIndexes) {
     TulPlaylist playlist = playlistOf("abC");
     EXPECT_EQ(playlist.nextEntry(), playlist.entryAt(0));
     EXPECT_EQ(lettersOf(playlist), "Abc");

@@ -249,7 +249,7 @@ TEST(FullDisk, SavesWhatFitsIntoTheOldFileAndLeavesItOtherwise) {
     }
 }
 
-TEST(FullDisk, KeepsInMemoryWhatTheStoreHadNoRoomFor) {
+TEST(FullDisk, KeepsRegistrationsThatTheStoreHadNoRoomFor) {
     const fs::path disk = freshFolder();
     const pid_t child = fork();
     if (child == 0) {

@@ -149,7 +149,7 @@ TEST(ReplaceFile, KeepsLinksAndPermissionsAndLeavesNothingBehind) {
     EXPECT_EQ(filesIn(folder / "elsewhere"), 2U);
 }
 
-TEST(ReplaceFile, RemovesWhatACrashHasLeft) {
+TEST(ReplaceFile, RemovesStaleTemporaryFiles) {
     const fs::path folder = freshFolder();
     for (int i = 0; i < 32; ++i)
         writeFile(folder / (".tulplayer-" + std::to_string(getpid()) + "-" + std::to_string(i)), "left over");

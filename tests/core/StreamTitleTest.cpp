@@ -6,7 +6,7 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(StreamTitle, IsFoundInWhateverAServerSends) {
+TEST(StreamTitle, IsFoundInMalformedMetadata) {
     const struct {
         std::string metadata;
         std::string title;

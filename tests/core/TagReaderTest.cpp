@@ -83,7 +83,7 @@ protected:
     std::optional<TagReader> reader;
 };
 
-TEST_F(TagReaderTest, WhateverHappensToTheRowsMeanwhileTheyEndAsIfReadOneByOne) {
+TEST_F(TagReaderTest, EditsDuringReadingDoNotChangeTheResult) {
     std::mt19937 random(1);
     const auto any = [&](auto below) {
         return static_cast<std::int32_t>(random() % static_cast<unsigned>(below));
@@ -169,7 +169,7 @@ protected:
     bool isOpen = false;
 };
 
-TEST_F(TagReaderOrderTest, ReadsWhatPlaysThenWhatIsSeenThenTheRest) {
+TEST_F(TagReaderOrderTest, ReadsThePlayingThenTheVisibleRowsThenTheRest) {
     reader->want(25);
     reader->want(20);
     reader->want(25);
@@ -185,7 +185,7 @@ TEST_F(TagReaderOrderTest, ReadsWhatPlaysThenWhatIsSeenThenTheRest) {
     EXPECT_EQ(changed, expected);
 }
 
-TEST_F(TagReaderOrderTest, StoppedItReadsOnlyWhatIsSeenOrPlayed) {
+TEST_F(TagReaderOrderTest, StoppedReadsOnlyVisibleOrPlayingRows) {
     reader->stop();
     EXPECT_EQ(reader->progress().total, 0U);
     append(2, sources()[0]);
@@ -209,7 +209,7 @@ TEST_F(TagReaderOrderTest, StoppedItReadsOnlyWhatIsSeenOrPlayed) {
     EXPECT_EQ(unread(), 14) << "those that were left are left";
 }
 
-TEST_F(TagReaderOrderTest, ResultsForAListThatIsGoneAreDropped) {
+TEST_F(TagReaderOrderTest, ResultsForAReplacedListAreDropped) {
     TulPlaylist other;
     other.appendEntry(row(sources()[1]));
     list.entries.clear();

@@ -149,7 +149,7 @@ std::string withoutHeart(const std::string& name, const std::string& bytes) {
     return (media() / ("heartless-" + name)).string();
 }
 
-TEST(TrackInfo, OneCharacterThatIsNoneCostsNoOther) {
+TEST(TrackInfo, AnInvalidCharacterLosesNoOthers) {
     const std::string halves("\x01\xff\xfeL\0\x00\xd8i\0\x00\xdc\x3d\xd8\x00\xdex\0\x01\xd8", 19);
     const std::pair<std::string, std::string> cases[] = {
         {tagged("utf16.mp3", tagFrame("TIT2", halves)), "L\ufffdi\ufffd\U0001f600x\ufffd"},
@@ -193,7 +193,7 @@ TEST(TrackInfo, WhatOnlyLooksHostileIsRead) {
     }
 }
 
-TEST(FileDetails, SayWhatEachFormatHolds) {
+TEST(FileDetails, ContainThePropertiesOfEachFormat) {
     const struct {
         const char* file;
         const char* format;
@@ -251,7 +251,7 @@ TEST(TrackInfo, AnyNameIsAName) {
     }
 }
 
-TEST(CoverArt, IsTheOneThatEachFormatPutsFirst) {
+TEST(CoverArt, IsTheFirstPictureOfEachFormat) {
     const std::pair<std::string, std::string> cases[] = {
         {"back-first.mp3", "BACK"},
         {"empty-apic.mp3", std::string("APE\0PICTURE", 11)},

@@ -99,7 +99,7 @@ protected:
     std::unique_ptr<TulPlayer> player;
 };
 
-TEST_F(UnsavedLists, ComeBackHoweverTheyWereLeft) {
+TEST_F(UnsavedLists, AreRestoredAfterAnyWayOfLeaving) {
     const std::pair<const char*, std::function<void()>> ways[] = {
         {"another opened", [&] { player->openPlaylist(other); }},
         {"another chosen",

@@ -76,7 +76,7 @@ TEST_F(WorkersTest, UrgentJobsComeFirstOwnOnesAtOnceAndResultsOnTheMainThread) {
     EXPECT_EQ(wakes, before) << "nothing to deliver, nothing to wake for";
 }
 
-TEST_F(WorkersTest, OneThatHangsIsReplacedAndAbandoned) {
+TEST_F(WorkersTest, AHangingThreadIsReplacedAndAbandoned) {
     start({.threads = 1, .hangTimeout = 1ms, .endTimeout = 1ms});
     workers->run(Lane::bulk, blocker());
     workers->run(Lane::own, blocker());
@@ -99,7 +99,7 @@ TEST_F(WorkersTest, OneThatHangsIsReplacedAndAbandoned) {
     EXPECT_EQ(notes, "x");
 }
 
-TEST_F(WorkersTest, WhatIsBeingSavedIsFinishedInOrderAndTheRestIsDropped) {
+TEST_F(WorkersTest, SavesFinishInOrderAndOtherJobsAreDropped) {
     start();
     std::string saved; // the destructor's waiting orders it
     std::atomic<int> read = 0;

@@ -62,7 +62,7 @@ double rootMeanSquare(const std::vector<double>& samples) {
 }
 
 /// Of the left side.
-std::vector<double> heardFrames(const std::vector<std::int16_t>& stereo, std::size_t from,
+std::vector<double> monoFrames(const std::vector<std::int16_t>& stereo, std::size_t from,
                                 std::size_t count) {
     std::vector<double> frames(count);
     for (std::size_t i = 0; i < count; ++i)
@@ -198,7 +198,7 @@ bool Desk::hears(double hertz) const {
     const auto stereo = m_sound.recorded();
     constexpr std::size_t tenth = rate / 10;
     if (stereo.size() / 2 < tenth) return false;
-    const auto latest = heardFrames(stereo, stereo.size() / 2 - tenth, tenth);
+    const auto latest = monoFrames(stereo, stereo.size() / 2 - tenth, tenth);
     const double level = rootMeanSquare(latest);
     return level > 0.02 && amplitude(latest, hertz) / std::numbers::sqrt2 > 0.9 * level;
 }
@@ -208,7 +208,7 @@ std::vector<double> Desk::loudness(std::size_t from) const {
     const auto stereo = m_sound.recorded();
     std::vector<double> values;
     for (; from + step <= stereo.size() / 2; from += step)
-        values.push_back(rootMeanSquare(heardFrames(stereo, from, step)));
+        values.push_back(rootMeanSquare(monoFrames(stereo, from, step)));
     return values;
 }
 

@@ -12,7 +12,7 @@ inline constexpr std::int64_t maxFfmpegBytes = std::int64_t{60} << 20;
 /// index of a long recording grows with it. A negative `fileBytes` means unknown.
 void limitFfmpegMemory(std::int64_t fileBytes);
 
-/// While an object lives, FFmpeg's allocations on this thread fail after 1.5 s of processor time. Bounds the
+/// While an object lives, FFmpeg's allocations on this thread fail after 1 s of processor time. Bounds the
 /// time for malicious files, such as one with a million comments.
 class OpeningTime {
 public:
