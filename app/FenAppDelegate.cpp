@@ -69,6 +69,7 @@ void FenAppDelegate::applicationDidFinishLaunching(bool keepsSession) {
     player->setStorePath(storePath());
     const auto applySettings = [this] {
         player->setLoudness(settings->loudness());
+        applySharingSettings();
         player->pausesWhenSinkIsRemoved = settings->pausesWhenSinkIsRemoved();
     };
     QObject::connect(settings.get(), &app::Settings::changed, settings.get(), applySettings);

@@ -100,7 +100,7 @@ public:
     void revertPlaylist();
     void openStream();
     void toggleSpectrumAnalyzer();
-    /// Lets other machines hear what plays, until asked again. The menu tells where.
+    /// Lets other machines hear what plays, until asked again. The status line and the menu show where.
     void toggleNetworkSharing();
 
     /// False while a command could change what is being worked on: a prompt that has just opened takes
@@ -131,7 +131,7 @@ private:
     void toggleKeyList();
     void toggleSettings();
     void showMenuAt(const QPoint& place);
-    QString sharingTitle() const;
+    void applySharingSettings();
     app::PageDots* m_pageDots = nullptr;
     std::unique_ptr<app::SourceQueue> m_sources;
     std::unique_ptr<app::Deliveries> m_deliveries;

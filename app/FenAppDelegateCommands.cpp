@@ -4,8 +4,10 @@
 
 #include "app/FenPlaylistController.h"
 #include "app/FileTypes.h"
+#include "app/SharingText.h"
 #include "app/SourceQueue.h"
 #include "app/session/SessionKeeper.h"
+#include "app/settings/Settings.h"
 #include "controls/CustomWindow.h"
 #include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
@@ -106,6 +108,15 @@ void FenAppDelegate::toggleNetworkSharing() {
     player->networkSharingEnabled = !player->networkSharingEnabled;
     if (!player->networkSharingEnabled) return player->networkSharing->stop();
     if (player->stream) player->networkSharing->start(*player->stream);
+    playlistController->showNotice(app::sharingNotice(*player));
+}
+
+void FenAppDelegate::applySharingSettings() {
+    const bool isStopped = player->networkSharing->configure(
+        settings->sharingName().toStdString(), static_cast<std::uint16_t>(settings->sharingPort()));
+    if (!isStopped || !player->networkSharingEnabled) return;
+    if (player->stream) player->networkSharing->start(*player->stream);
+    playlistController->showNotice(app::sharingNotice(*player));
 }
 
 void FenAppDelegate::toggleSpectrumAnalyzer() {

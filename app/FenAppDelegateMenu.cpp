@@ -5,13 +5,13 @@
 #include "app/Card.h"
 #include "app/FenPlaylistController.h"
 #include "app/KeyList.h"
+#include "app/SharingText.h"
 #include "app/Skin.h"
 #include "app/WindowSize.h"
 #include "app/editing/PlaylistEditor.h"
 #include "app/settings/SettingsPanel.h"
 #include "app/settings/TextSize.h"
 #include "controls/CustomWindow.h"
-#include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/PageController.h"
 #include "platform/cocoa/RunLoop.h"
@@ -19,7 +19,6 @@
 
 #include <QApplication>
 #include <QMenu>
-#include <QSysInfo>
 
 #include <algorithm>
 #include <utility>
@@ -220,7 +219,7 @@ app::Commands FenAppDelegate::programCommands() {
         {.title = QStringLiteral("Share on the Network"),
          .action = [this] { toggleNetworkSharing(); },
          .isOn = [this] { return player->networkSharingEnabled; },
-         .titleNow = [this] { return sharingTitle(); }},
+         .titleNow = [this] { return app::sharingTitle(*player); }},
         {.title = QStringLiteral("Settings…"),
          .key = Qt::CTRL | Qt::Key_Comma,
          .action = [this] { toggleSettings(); }},
@@ -298,19 +297,10 @@ void FenAppDelegate::toggleSettings() {
     if (!m_settingsCard) {
         app::SettingsPanel::Sharing sharing{.isOn = [this] { return player->networkSharingEnabled; },
                                             .toggle = [this] { toggleNetworkSharing(); },
-                                            .text = [this] { return sharingTitle(); }};
+                                            .text = [this] { return app::sharingTitle(*player); }};
         m_settingsCard = std::make_unique<app::Card>(
             QStringLiteral("Settings"), std::make_unique<app::SettingsPanel>(*settings, std::move(sharing)),
             *pageController);
     }
     m_settingsCard->isVisible() ? m_settingsCard->hide() : m_settingsCard->open();
-}
-
-QString FenAppDelegate::sharingTitle() const {
-    if (const std::uint32_t port = player->networkSharing->port; port != 0)
-        return QStringLiteral("Shared at http://%1:%2/").arg(QSysInfo::machineHostName()).arg(port);
-    const bool failed = player->networkSharingEnabled && player->stream;
-    if (failed && player->networkSharing->isEncoderMissing)
-        return QStringLiteral("Sharing Needs the Program “oggenc”");
-    return failed ? QStringLiteral("Sharing Is Not Possible Now") : QStringLiteral("Share on the Network");
 }

@@ -6,18 +6,22 @@
 #include "app/FenCoverArtController.h"
 #include "app/FenPlaylistController.h"
 #include "app/ImageButton.h"
+#include "app/SharingText.h"
 #include "app/StatusLine.h"
 #include "app/TextField.h"
 #include "app/search/SearchField.h"
+#include "app/settings/Settings.h"
 #include "controls/CustomWindow.h"
 #include "controls/FenSpectrumAnalyzerView.h"
 #include "controls/PlaylistEntryCell.h"
 #include "controls/RixSlider.h"
+#include "core/player/TulNetworkSharing.h"
 #include "core/player/TulPlayer.h"
 #include "platform/cocoa/ComboBox.h"
 #include "platform/cocoa/PageController.h"
 #include "platform/cocoa/TableView.h"
 #include "platform/cocoa/UserDefaults.h"
+#include "tests/bass/Listener.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/Media.h"
 #include "tests/support/TestApplication.h"
@@ -107,6 +111,35 @@ TEST_F(WindowTest, StartsSilentWithAnIdleLook) {
     EXPECT_FALSE(controls->spectrumAnalyzerView->isVisible());
     QTest::mouseClick(controls->statusSlider, Qt::LeftButton);
     EXPECT_EQ(delegate.player->stream, nullptr);
+}
+
+TEST_F(WindowTest, SharingSaysWhereOthersListenAndFollowsItsSettings) {
+    addTracks();
+    doubleClickRow(0);
+    ASSERT_TRUE(runUntil([&] { return delegate.player->isPlaying(); }));
+    const app::StatusLine& line = *delegate.playlistController->statusLine;
+    const auto says = [&](const QString& text) { return line.isVisible() && line.text().contains(text); };
+    const auto& sharing = *delegate.player->networkSharing;
+    const auto stall = [](auto& client) { client.stall(); };
+    const support::HttpServer other{stall};
+
+    delegate.settings->setSharingPort(other.port());
+    delegate.toggleNetworkSharing();
+    EXPECT_TRUE(says(QStringLiteral("Port %1 Is Taken").arg(other.port()))) << line.text().toStdString();
+    const int port = support::HttpServer(stall).port(); // free again
+    delegate.settings->setSharingPort(port);
+    EXPECT_EQ(sharing.port, static_cast<std::uint32_t>(port));
+    EXPECT_TRUE(says(QStringLiteral("Others can listen at http://"))) << line.text().toStdString();
+    EXPECT_TRUE(says(QStringLiteral(":%1/").arg(port)));
+
+    const Listener listener(port);
+    EXPECT_TRUE(runUntil([&] { return sharing.listenerCount() == 1; }));
+    EXPECT_TRUE(app::sharingTitle(*delegate.player).endsWith(QStringLiteral(":%1/ (1 listening)").arg(port)));
+    delegate.settings->setSharingName(QStringLiteral("Kitchen"));
+    EXPECT_EQ(sharing.name, "Kitchen");
+    EXPECT_EQ(sharing.listenerCount(), 1U) << "a name drops nobody";
+    delegate.toggleNetworkSharing();
+    EXPECT_EQ(app::sharingTitle(*delegate.player), "Share on the Network");
 }
 
 TEST_F(WindowTest, ADoubleClickPlaysAndTheControlsFollow) {
