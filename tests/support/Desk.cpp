@@ -62,8 +62,7 @@ double rootMeanSquare(const std::vector<double>& samples) {
 }
 
 /// Of the left side.
-std::vector<double> monoFrames(const std::vector<std::int16_t>& stereo, std::size_t from,
-                                std::size_t count) {
+std::vector<double> monoFrames(const std::vector<std::int16_t>& stereo, std::size_t from, std::size_t count) {
     std::vector<double> frames(count);
     for (std::size_t i = 0; i < count; ++i)
         frames[i] = stereo[(from + i) * 2] / 32768.0;
