@@ -32,18 +32,19 @@ struct Way {
     std::function<void()> (*release)(const QVariant& answer);
 };
 
-constexpr const char* portal = "org.freedesktop.portal.Desktop";
+constexpr const char* portalService = "org.freedesktop.portal.Desktop";
 constexpr uint inhibitsSuspend = 4;
 
 QDBusMessage askPortal() {
-    return callOf(portal, "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Inhibit", "Inhibit")
+    return callOf(portalService, "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Inhibit",
+                  "Inhibit")
            << QString() << inhibitsSuspend << QVariantMap{{QStringLiteral("reason"), reason}};
 }
 
 std::function<void()> portalRelease(const QVariant& answer) {
     return [path = answer.value<QDBusObjectPath>().path().toLatin1()] {
         QDBusConnection::sessionBus().send(
-            callOf(portal, path.constData(), "org.freedesktop.portal.Request", "Close"));
+            callOf(portalService, path.constData(), "org.freedesktop.portal.Request", "Close"));
     };
 }
 

@@ -17,7 +17,7 @@
 namespace app {
 namespace {
 
-constexpr int step = 25;
+constexpr int sizeStep = 25;
 
 /// In percent.
 const QString desktopScaleKey = QStringLiteral("DesktopTextSize");
@@ -87,7 +87,7 @@ void TextSize::setDesktopScale(double scale) {
 }
 
 void TextSize::changeBySteps(int steps) {
-    const int wanted = (m_settings.textSize() / step + steps) * step;
+    const int wanted = (m_settings.textSize() / sizeStep + steps) * sizeStep;
     m_settings.setTextSize(std::clamp(wanted, Settings::minTextSize, Settings::maxTextSize));
 }
 
