@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDeadlineTimer>
@@ -98,9 +99,14 @@ bool isMissing(const QDBusMessage& reply) {
            reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
-/// The player is not there any more, or ended before it answered.
-bool isGone(const QDBusMessage& reply) {
+/// The player ended before it answered, or hangs.
+bool isUnanswered(const QDBusMessage& reply) {
     return isMissing(reply) || QDBusError(reply).type() == QDBusError::NoReply;
+}
+
+/// The connection that has the name; empty for none.
+QString nameOwner() {
+    return QDBusConnection::sessionBus().interface()->serviceOwner(serviceName);
 }
 
 /// To the one that has the name, or any other.
@@ -156,9 +162,11 @@ SingleInstance::Start SingleInstance::claim(const QDBusMessage& handOver) {
     publish();
     do {
         if (QDBusConnection::sessionBus().registerService(serviceName)) return Start::primary;
+        const QString owner = nameOwner();
         const QDBusMessage reply = send(handOver, deadline);
         if (isAnswered(reply)) return Start::handedOver;
-        if (!isGone(reply)) return Start::noAnswer;
+        // One that hangs has got the call: it must not get it twice.
+        if (!isUnanswered(reply) || nameOwner() == owner) return Start::noAnswer;
     } while (!deadline.hasExpired());
     return Start::noAnswer;
 }
