@@ -1,4 +1,4 @@
-// Plays a file or an address through the audio library and tells what happens.
+// Plays a file or an address through the audio library and prints events.
 //
 //     run-output FILE|URL [seek SECONDS | pause SECONDS | volume GAIN | pan BALANCE | wait SECONDS]...
 //

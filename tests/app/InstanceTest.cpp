@@ -24,15 +24,15 @@ namespace fs = std::filesystem;
 class InstanceTest : public testing::Test {
 protected:
     void startPlayer(const QStringList& arguments = {}) { desk.start(QStringLiteral(TUL_PLAYER), arguments); }
-    bool hears(double hertz) {
-        return Desk::until([&] { return desk.hears(hertz); });
+    bool plays(double hertz) {
+        return Desk::until([&] { return desk.plays(hertz); });
     }
     Desk desk;
 };
 
 TEST_F(InstanceTest, AnotherStartHandsOverWhatItWasStartedWith) {
     startPlayer({QString::fromStdString(track("First.wav", 440))});
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
 
     const fs::path folder = support::scratch() / "Caf\xe9 %41 #1?";
     fs::create_directories(folder / "sub");
@@ -42,12 +42,12 @@ TEST_F(InstanceTest, AnotherStartHandsOverWhatItWasStartedWith) {
     support::writeFile(folder / "List.m3u", third + "\n");
     Answer answer = start({"./Zweite\xff.wav", "", "--", "sub/../List.m3u"}, folder);
     EXPECT_EQ(answer.status, 0) << answer.err;
-    EXPECT_TRUE(hears(880)) << "the first of them plays, whatever plays";
+    EXPECT_TRUE(plays(880)) << "the first of them plays, whatever plays";
     EXPECT_TRUE(reaches("count", 3));
     EXPECT_EQ(status().value("index"), 2);
 
     answer = start({"List.m3u"}, folder);
-    EXPECT_TRUE(hears(1500)) << "a playlist is appended, too";
+    EXPECT_TRUE(plays(1500)) << "a playlist is appended, too";
     EXPECT_EQ(status().value("count"), 4);
     desk.key("ctrl+z");
     EXPECT_TRUE(reaches("count", 3));
@@ -105,13 +105,13 @@ TEST_F(InstanceTest, OptionsControlTheRunningPlayer) {
     }
     startPlayer({"--new-window", QString::fromStdString(track("A\x1b]0;b.wav", 440)),
                  QString::fromStdString(track("Second.wav", 880))});
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     EXPECT_TRUE(reaches("state", "playing"));
     const Answer line = start({"--status"});
     EXPECT_EQ(line.out.find_first_of("\x1b\a"), std::string::npos) << "a terminal is not to obey a title";
     EXPECT_EQ(line.out.substr(0, 12), "playing | A ");
     EXPECT_EQ(start({"--next", "--volume", "-20"}).status, 0);
-    EXPECT_TRUE(hears(880));
+    EXPECT_TRUE(plays(880));
     EXPECT_TRUE(reaches("volume", 30));
     start({"--volume", "+90"});
     EXPECT_TRUE(reaches("volume", 100));
@@ -122,7 +122,7 @@ TEST_F(InstanceTest, OptionsControlTheRunningPlayer) {
     start({"--stop"});
     EXPECT_TRUE(reaches("state", "stopped"));
     start({"--previous", "--status"});
-    EXPECT_TRUE(hears(440));
+    EXPECT_TRUE(plays(440));
     EXPECT_EQ(status().value("index"), 1);
     EXPECT_EQ(status().value("count"), 2);
     EXPECT_NEAR(status().value("length").toDouble(), 60, 0.01);
@@ -132,13 +132,13 @@ TEST_F(InstanceTest, OptionsControlTheRunningPlayer) {
     EXPECT_TRUE(reaches("title", "Third"));
     start({"--next"});
     EXPECT_TRUE(reaches("state", "failed"));
-    EXPECT_TRUE(desk.hears(440)) << "the other one is left alone";
+    EXPECT_TRUE(desk.plays(440)) << "the other one is left alone";
 }
 
 TEST_F(InstanceTest, WithoutABusItStartsAsEver) {
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
     startPlayer({QString::fromStdString(track("Alone.wav", 440))});
-    EXPECT_TRUE(hears(440));
+    EXPECT_TRUE(plays(440));
     EXPECT_EQ(start({"--next"}).status, 1);
 }
 

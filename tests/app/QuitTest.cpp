@@ -73,7 +73,7 @@ public:
     }
     void playTrack() {
         play(track);
-        ASSERT_TRUE(Desk::until([&] { return desk.hears(440) && coverIsThere(); }));
+        ASSERT_TRUE(Desk::until([&] { return desk.plays(440) && coverIsThere(); }));
     }
 
     void playing() { playTrack(); }

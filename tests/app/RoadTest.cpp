@@ -147,8 +147,8 @@ protected:
         return {makeTrack("Alder.flac", {440, 880}, 45), makeTrack("Birch in May.opus", {600}, 40),
                 makeTrack("Cedar.mp3", {1500}, 40)};
     }
-    bool hears(double hertz) {
-        return Desk::until([&] { return desk.hears(hertz); });
+    bool plays(double hertz) {
+        return Desk::until([&] { return desk.plays(hertz); });
     }
     bool fallsSilent() {
         return Desk::until([&] { return desk.loudness(desk.recordedFrames() - 4410).back() < 0.001; });
@@ -214,11 +214,11 @@ TEST_F(RoadTest, FilesAreAddedPlayedPausedSoughtAndPassed) {
         names += '"' + track.toStdString() + "\" ";
     answer("ctrl+o", "Add a file to the current playlist", names);
     ASSERT_TRUE(showsRows(3));
-    EXPECT_FALSE(desk.hears(440)) << "adding plays nothing";
+    EXPECT_FALSE(desk.plays(440)) << "adding plays nothing";
 
     const QImage idleButton = desk.seen(QRect(170, 112, 40, 40));
     desk.doubleClick(place::row(1));
-    ASSERT_TRUE(hears(600));
+    ASSERT_TRUE(plays(600));
     EXPECT_TRUE(Desk::until([&] {
         return isActive(desk.seen(place::rowText(1))) && ink(desk.seen(place::time)) > 0 &&
                ink(desk.seen(place::title)) > 0;
@@ -231,8 +231,8 @@ TEST_F(RoadTest, FilesAreAddedPlayedPausedSoughtAndPassed) {
     const std::size_t pausedAt = desk.recordedFrames();
     desk.click(place::playPause);
     const auto silent = [&] {
-        const auto heard = desk.loudness(pausedAt);
-        return heard.size() > 10 && *std::max_element(heard.end() - 10, heard.end()) < 0.001;
+        const auto recorded = desk.loudness(pausedAt);
+        return recorded.size() > 10 && *std::max_element(recorded.end() - 10, recorded.end()) < 0.001;
     };
     ASSERT_TRUE(Desk::until(silent));
     EXPECT_TRUE(Desk::until([&] { return ink(desk.seen(place::time)) == 0; }));
@@ -246,17 +246,17 @@ TEST_F(RoadTest, FilesAreAddedPlayedPausedSoughtAndPassed) {
     EXPECT_GE(fading, 11) << "a fade of 300 ms, in steps of 20";
     EXPECT_LE(fading, 17);
     desk.key("space");
-    ASSERT_TRUE(hears(600));
+    ASSERT_TRUE(plays(600));
     EXPECT_NEAR(desk.loudness(desk.recordedFrames() - 1764).front(), full, 0.02);
     EXPECT_TRUE(Desk::until([&] { return ink(desk.seen(place::time)) > 0; }));
 
     desk.click(place::next);
-    ASSERT_TRUE(hears(1500));
+    ASSERT_TRUE(plays(1500));
     desk.click(place::next);
-    ASSERT_TRUE(hears(440)) << "past the last the list begins again";
+    ASSERT_TRUE(plays(440)) << "past the last the list begins again";
     EXPECT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
     desk.click(place::position(0.75));
-    EXPECT_TRUE(hears(880)) << "its second half";
+    EXPECT_TRUE(plays(880)) << "its second half";
     desk.press(place::volume(0.5));
     desk.moveTo(place::volume(0.2));
     desk.moveTo(place::volume(0.0));
@@ -270,7 +270,7 @@ TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
     support::HttpServer radio([&](auto& client) { support::HttpServer::sendFile(client, tone); });
     start(threeTracks());
     ASSERT_TRUE(showsRows(3));
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
     ASSERT_TRUE(rowsAreRead(3));
     const QImage alder = desk.seen(place::rowText(0));
@@ -302,11 +302,11 @@ TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
 
     desk.key("ctrl+n");
     ASSERT_TRUE(showsRows(0));
-    EXPECT_TRUE(hears(440)) << "clearing leaves what plays";
+    EXPECT_TRUE(plays(440)) << "clearing leaves what plays";
     answer("ctrl+u", "Stream address", radio.url("/tone.wav"));
     ASSERT_TRUE(showsRows(1));
     desk.doubleClick(place::row(0));
-    EXPECT_TRUE(hears(2200));
+    EXPECT_TRUE(plays(2200));
     renameList("Radio");
     answer("ctrl+s", "Save playlist...", documentPath("radio"));
     ASSERT_TRUE(Desk::until([] { return document("playlists.json").find("Radio") != std::string::npos; }));
@@ -315,7 +315,7 @@ TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
     chooseFirstList();
     ASSERT_TRUE(showsRows(3));
     EXPECT_TRUE(rowShows(0, birch) && rowShows(1, cedar) && rowShows(2, alder));
-    EXPECT_TRUE(hears(600)) << "a list that is opened plays";
+    EXPECT_TRUE(plays(600)) << "a list that is opened plays";
 
     desk.click(place::close);
     ASSERT_TRUE(desk.ended());
@@ -325,10 +325,10 @@ TEST_F(RoadTest, ListsAreOrderedNamedSavedSwitchedAndThereAfterARestart) {
     ASSERT_TRUE(showsRows(3));
     EXPECT_TRUE(rowShows(0, birch) && rowShows(1, cedar) && rowShows(2, alder));
     desk.doubleClick(place::row(1));
-    EXPECT_TRUE(hears(1500));
+    EXPECT_TRUE(plays(1500));
     answer("ctrl+l", "Open a playlist file", documentPath("radio.tuq"));
     EXPECT_TRUE(showsRows(1));
-    EXPECT_TRUE(hears(2200));
+    EXPECT_TRUE(plays(2200));
 }
 
 /// The desktop's file manager: what it is asked to show.
@@ -352,7 +352,7 @@ TEST_F(RoadTest, RowsAreEditedByKeysDragAndMenuAndTakenBack) {
     const QStringList tracks = threeTracks();
     start(tracks);
     ASSERT_TRUE(showsRows(3));
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ASSERT_TRUE(Desk::until([&] { return isActive(desk.seen(place::rowText(0))); }));
     ASSERT_TRUE(rowsAreRead(3));
     const QImage alder = desk.seen(place::rowText(0));
@@ -383,14 +383,14 @@ TEST_F(RoadTest, RowsAreEditedByKeysDragAndMenuAndTakenBack) {
     desk.click(place::row(2));
     desk.key("Delete");
     ASSERT_TRUE(showsRows(2));
-    EXPECT_TRUE(desk.hears(440)) << "what plays is played to its end";
+    EXPECT_TRUE(desk.plays(440)) << "what plays is played to its end";
     desk.key("ctrl+z");
     ASSERT_TRUE(showsRows(3));
     EXPECT_TRUE(isActive(desk.seen(place::rowText(2)))) << "it is still the one that plays";
     desk.key("Delete");
     ASSERT_TRUE(showsRows(2));
     desk.click(place::next);
-    EXPECT_TRUE(hears(600)) << "its successor, past the end";
+    EXPECT_TRUE(plays(600)) << "its successor, past the end";
 
     const QImage before = desk.seen(place::rowText(1));
     desk.rightClick(place::row(1));
@@ -418,7 +418,7 @@ TEST_F(RoadTest, RowsAreEditedByKeysDragAndMenuAndTakenBack) {
         desk.key("ctrl+z");
     EXPECT_TRUE(showsRows(3));
     EXPECT_TRUE(rowShows(0, birch) && rowShows(1, cedar) && rowShows(2, alder));
-    EXPECT_TRUE(desk.hears(600)) << "editing leaves what plays";
+    EXPECT_TRUE(desk.plays(600)) << "editing leaves what plays";
 }
 
 TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
@@ -458,7 +458,7 @@ TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
     chooseFirstList(); // that without a name
     ASSERT_TRUE(showsRows(3));
     EXPECT_TRUE(rowShows(0, birch) && rowShows(2, alder));
-    EXPECT_TRUE(hears(440)) << "where it was";
+    EXPECT_TRUE(plays(440)) << "where it was";
 
     renameList("Trip");
     answer("ctrl+s", "Save playlist...", documentPath("trip.tuq"));
@@ -483,12 +483,12 @@ TEST_F(RoadTest, ChangesThatAreNotSavedSurviveAKill) {
         desk.key(key);
     EXPECT_TRUE(rowShows(0, birch) && rowShows(2, alder));
     EXPECT_TRUE(Desk::until([&] { return !mark(); }));
-    EXPECT_TRUE(desk.hears(440)) << "what plays goes on";
+    EXPECT_TRUE(desk.plays(440)) << "what plays goes on";
 }
 
 TEST_F(RoadTest, PagesTurnTheSpectrumRestsAndAMinimisedWindowPlaysOn) {
     start({makeTrack("Elder.flac", {2000}, 110, makeCover())});
-    ASSERT_TRUE(hears(2000));
+    ASSERT_TRUE(plays(2000));
     ASSERT_TRUE(showsRows(1));
     const auto page = [&] { return desk.seen(place::page); };
     const QImage listName = desk.seen(place::pageName);
@@ -515,7 +515,7 @@ TEST_F(RoadTest, PagesTurnTheSpectrumRestsAndAMinimisedWindowPlaysOn) {
 
     desk.click(place::minimise);
     ASSERT_TRUE(Desk::until([&] { return ink(page()) == 0 && ink(name()) == 0 && bars() == 0; }));
-    EXPECT_TRUE(desk.hears(2000));
+    EXPECT_TRUE(desk.plays(2000));
     desk.turnBack();
     EXPECT_TRUE(Desk::until([&] { return sameText(listName, name()) && bars() > 20; }));
     desk.key("ctrl+q");
@@ -532,12 +532,12 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     const auto& received = notifications.received;
     const QString last = makeTrack("Elm & Oak.flac", {600}, 100, makeCover());
     start({makeTrack("Alder.flac", {440}, 12), "/nowhere/gone.flac", last});
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ASSERT_TRUE(Desk::until([&] { return ink(desk.seen(place::title)) > 0; }));
     const QImage firstTitle = desk.seen(place::title);
     desk.turnAway();
-    ASSERT_TRUE(desk.hears(440)) << "this machine is too slow for a track of 12 seconds";
-    ASSERT_TRUE(hears(600));
+    ASSERT_TRUE(desk.plays(440)) << "this machine is too slow for a track of 12 seconds";
+    ASSERT_TRUE(plays(600));
     ASSERT_TRUE(Desk::until([&] { return !received.empty(); }));
     EXPECT_EQ(received.front().application, "Tulplayer");
     EXPECT_EQ(received.front().title, "Elm & Oak")
@@ -551,10 +551,10 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
 
     desk.turnBack();
     desk.click(place::next);
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ASSERT_TRUE(Desk::until([&] { return sameText(firstTitle, desk.seen(place::title)); }));
     desk.turnAway();
-    ASSERT_TRUE(hears(600));
+    ASSERT_TRUE(plays(600));
     ASSERT_TRUE(Desk::until([&] { return received.size() > 1; }));
     EXPECT_EQ(received.size(), 2U);
     EXPECT_EQ(received.back().title, "Elm & Oak") << "nothing was said of the one before";
@@ -571,7 +571,7 @@ TEST_F(RoadTest, ASongIsAnnouncedOnlyToAPersonWhoLooksElsewhere) {
     ASSERT_TRUE(showsRows(4));
     desk.doubleClick(place::row(3));
     desk.turnAway();
-    ASSERT_TRUE(hears(2200));
+    ASSERT_TRUE(plays(2200));
     ASSERT_TRUE(Desk::until([&] { return received.back().title == "Fig & Fir"; }));
     EXPECT_EQ(received.back().body, "Station");
 }
@@ -594,7 +594,7 @@ TEST_F(RoadTest, ARadioGoesOnAfterASleep) {
         }
     });
     start({QString::fromStdString(radio.url("/live"))});
-    ASSERT_TRUE(hears(2200));
+    ASSERT_TRUE(plays(2200));
     desk.signal(SIGSTOP);
     desk.freezeSound(true);
     isConnected = false;
@@ -602,22 +602,22 @@ TEST_F(RoadTest, ARadioGoesOnAfterASleep) {
     const int requests = radio.requestCount();
     desk.freezeSound(false);
     desk.signal(SIGCONT);
-    ASSERT_TRUE(Desk::until([&] { return radio.requestCount() > requests; })) << "without being told";
+    ASSERT_TRUE(Desk::until([&] { return radio.requestCount() > requests; })) << "without being received";
     ASSERT_TRUE(fallsSilent());
     isConnected = true;
-    EXPECT_TRUE(hears(2200));
+    EXPECT_TRUE(plays(2200));
 }
 
-/// A panel with the desktop's media keys: what it is told of the player.
+/// A panel with the desktop's media keys: what it is received of the player.
 class MediaPanel : public QObject {
     Q_OBJECT
 public:
-    QVariantMap told;
+    QVariantMap received;
     std::vector<qlonglong> jumps;
 
 public Q_SLOTS:
     void changed(const QString& /*interface*/, const QVariantMap& properties, const QStringList& /*others*/) {
-        told.insert(properties);
+        received.insert(properties);
     }
     void sought(qlonglong position) { jumps.push_back(position); }
 };
@@ -633,9 +633,9 @@ TEST_F(RoadTest, MediaKeysAndPanelsOfTheDesktopSteerIt) {
                 QStringLiteral("PropertiesChanged"), &panel,
                 SLOT(changed(QString, QVariantMap, QStringList)));
     bus.connect(name, path, interface, QStringLiteral("Seeked"), &panel, SLOT(sought(qlonglong)));
-    const auto metadata = [&] { return qdbus_cast<QVariantMap>(panel.told.value("Metadata")); };
+    const auto metadata = [&] { return qdbus_cast<QVariantMap>(panel.received.value("Metadata")); };
     const auto tells = [&](const char* status) {
-        return Desk::until([&] { return panel.told.value("PlaybackStatus") == QLatin1String(status); });
+        return Desk::until([&] { return panel.received.value("PlaybackStatus") == QLatin1String(status); });
     };
 
     const auto tellsJump = [&](double seconds, double within) {
@@ -647,7 +647,7 @@ TEST_F(RoadTest, MediaKeysAndPanelsOfTheDesktopSteerIt) {
 
     start({makeTrack("Elm & Oak.flac", {440, 880}, 45, makeCover())});
     const QString last = makeTrack("Fir.mp3", {1500}, 40);
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ASSERT_TRUE(tells("Playing"));
     EXPECT_EQ(metadata().value("xesam:title"), "Elm & Oak");
     EXPECT_TRUE(Desk::until([&] { return metadata().value("xesam:artist") == QStringList("Trees & Co"); }));
@@ -664,7 +664,7 @@ TEST_F(RoadTest, MediaKeysAndPanelsOfTheDesktopSteerIt) {
         EXPECT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
     };
     ask("Play");
-    EXPECT_TRUE(desk.hears(440)) << "what plays goes on";
+    EXPECT_TRUE(desk.plays(440)) << "what plays goes on";
     ask("PlayPause");
     player.setProperty("Volume", 0.4);
     ask("Pause");
@@ -673,46 +673,47 @@ TEST_F(RoadTest, MediaKeysAndPanelsOfTheDesktopSteerIt) {
     EXPECT_TRUE(Desk::until([&] { return ink(desk.seen(place::time)) == 0; }));
     ask("PlayPause");
     ASSERT_TRUE(tells("Playing"));
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
 
     desk.click(place::position(0.75));
-    ASSERT_TRUE(hears(880));
+    ASSERT_TRUE(plays(880));
     EXPECT_TRUE(tellsJump(67.5, 3)) << "by the hand on the slider";
     ask("SetPosition", {QVariant::fromValue(QDBusObjectPath("/another/track")), 1'000'000LL});
     ask("SetPosition", {QVariant::fromValue(track), 91'000'000LL});
-    EXPECT_TRUE(desk.hears(880)) << "no place in what plays";
+    EXPECT_TRUE(desk.plays(880)) << "no place in what plays";
     ask("SetPosition", {QVariant::fromValue(track), 1'000'000LL});
     EXPECT_TRUE(tellsJump(1, 0.5));
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ask("Seek", {50'000'000LL});
-    EXPECT_TRUE(hears(880));
+    EXPECT_TRUE(plays(880));
 
     desk.key("ctrl+u");
     ASSERT_TRUE(showsDialog("Stream address"));
     ask("OpenUri", {QUrl::fromLocalFile(last).toString()});
     desk.key("Escape");
     ASSERT_TRUE(showsRows(2)) << "when the prompt is done";
-    EXPECT_TRUE(desk.hears(880)) << "what plays goes on";
+    EXPECT_TRUE(desk.plays(880)) << "what plays goes on";
     ask("Seek", {std::numeric_limits<qlonglong>::max()});
-    ASSERT_TRUE(hears(1500)) << "past the end the next begins";
+    ASSERT_TRUE(plays(1500)) << "past the end the next begins";
     ASSERT_TRUE(Desk::until([&] { return metadata().value("xesam:title") == "Fir"; }));
     EXPECT_NE(metadata().value("mpris:trackid").value<QDBusObjectPath>(), track);
     EXPECT_FALSE(metadata().contains("mpris:artUrl"));
     EXPECT_FALSE(QFile::exists(coverFile));
 
-    EXPECT_EQ(panel.told.value("LoopStatus"), "Playlist");
+    EXPECT_EQ(panel.received.value("LoopStatus"), "Playlist");
     player.setProperty("LoopStatus", "Track");
     player.setProperty("Shuffle", true);
-    EXPECT_TRUE(Desk::until(
-        [&] { return panel.told.value("LoopStatus") == "Track" && panel.told.value("Shuffle") == true; }));
+    EXPECT_TRUE(Desk::until([&] {
+        return panel.received.value("LoopStatus") == "Track" && panel.received.value("Shuffle") == true;
+    }));
     player.setProperty("LoopStatus", "Whatever");
     EXPECT_EQ(player.property("LoopStatus"), "Track");
 
     player.setProperty("Volume", -3.0);
     EXPECT_TRUE(fallsSilent());
-    EXPECT_TRUE(Desk::until([&] { return panel.told.value("Volume") == 0.0; }));
+    EXPECT_TRUE(Desk::until([&] { return panel.received.value("Volume") == 0.0; }));
     player.setProperty("Volume", 7.0);
-    ASSERT_TRUE(hears(1500));
+    ASSERT_TRUE(plays(1500));
     ask("Stop");
     EXPECT_TRUE(tells("Stopped"));
     EXPECT_TRUE(fallsSilent());

@@ -47,8 +47,8 @@ protected:
                            restores ? R"({"RestoresSession": true})" : R"({"RestoresSession": false})");
     }
     void startPlayer(const QStringList& arguments = {}) { desk.start(QStringLiteral(TUL_PLAYER), arguments); }
-    bool hears(double hertz) {
-        return Desk::until([&] { return desk.hears(hertz); });
+    bool plays(double hertz) {
+        return Desk::until([&] { return desk.plays(hertz); });
     }
     void end(int signal) {
         desk.signal(signal);
@@ -92,7 +92,7 @@ TEST_F(SessionTest, ReturnsPausedWhereItEnded) {
         const bool isBefore = status().value("index") == 1;
         start(isBefore ? std::vector<std::string>{"--next"}
                        : std::vector<std::string>{"--previous", "--previous"});
-        ASSERT_TRUE(hears(880));
+        ASSERT_TRUE(plays(880));
         start({"--volume=30"});
         desk.key("ctrl+2");
         for (int i = 0; i < 3; ++i)
@@ -126,7 +126,7 @@ TEST_F(SessionTest, ReturnsPausedWhereItEnded) {
         EXPECT_TRUE(
             std::ranges::all_of(desk.loudness(silentFrom), [](double level) { return level < 0.001; }));
         desk.key("space");
-        ASSERT_TRUE(hears(880));
+        ASSERT_TRUE(plays(880));
         EXPECT_GT(status()["position"].toDouble(), 10);
         end(SIGTERM);
         fs::remove_all(stateFile(""));
@@ -138,18 +138,18 @@ TEST_F(SessionTest, WhatIsNamedAtTheStartComesBehindIt) {
     const auto list = (support::scratch() / "List.m3u").string();
     support::writeFile(list, third + "\n");
     startPlayer({QString::fromStdString(first)});
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ASSERT_TRUE(reaches("length", 60));
     end(SIGTERM);
     startPlayer({QString::fromStdString(list)});
-    EXPECT_TRUE(hears(1500));
+    EXPECT_TRUE(plays(1500));
     EXPECT_EQ(status()["count"], 2);
     EXPECT_EQ(status()["index"], 2);
     end(SIGTERM);
 
     const starts::Started own({"--play-pause"});
     EXPECT_TRUE(reaches("state", "playing")) << "where none runs, one starts and plays";
-    EXPECT_TRUE(hears(1500));
+    EXPECT_TRUE(plays(1500));
     EXPECT_EQ(start({"--volume=20", "--stop"}).status, 0);
     ASSERT_TRUE(Desk::until([] { return stored()["volume"].toDouble() < 0.21; }));
     own.signal(SIGTERM);
@@ -168,7 +168,7 @@ TEST_F(SessionTest, AnAddressIsOpenedWhenItIsPlayed) {
     const std::string content = support::readFile(third);
     support::HttpServer server([&](auto& client) { support::HttpServer::sendFile(client, content); });
     startPlayer({QString::fromStdString(server.url("/a.wav"))});
-    ASSERT_TRUE(hears(1500));
+    ASSERT_TRUE(plays(1500));
     ASSERT_TRUE(reaches("length", 60));
     for (int i = 0; i < 4; ++i)
         desk.key("shift+Right");
@@ -183,14 +183,14 @@ TEST_F(SessionTest, AnAddressIsOpenedWhenItIsPlayed) {
     startPlayer();
     ASSERT_TRUE(reaches("count", 1));
     desk.key("space");
-    EXPECT_TRUE(hears(1500));
+    EXPECT_TRUE(plays(1500));
     EXPECT_GT(status()["position"].toDouble(), 20);
 }
 
 TEST_F(SessionTest, WhatCrashedTheRestoreIsNotRestoredAgain) {
     setRestores(true);
     startPlayer({QString::fromStdString(first), QString::fromStdString(third)});
-    ASSERT_TRUE(hears(440));
+    ASSERT_TRUE(plays(440));
     ASSERT_TRUE(reaches("count", 2));
     end(SIGTERM);
     fs::remove(first);
@@ -204,7 +204,7 @@ TEST_F(SessionTest, WhatCrashedTheRestoreIsNotRestoredAgain) {
     EXPECT_TRUE(Desk::until([] { return !fs::exists(stateFile("session.restoring")); }));
     EXPECT_EQ(status()["count"], 0);
     start({third});
-    EXPECT_TRUE(hears(1500));
+    EXPECT_TRUE(plays(1500));
     end(SIGTERM);
     startPlayer();
     EXPECT_TRUE(reaches("state", "paused")) << "the one after that comes back";

@@ -1,5 +1,5 @@
-// The road through a real sound server, as its sink records it. Each case needs a process of its own, as
-// CTest gives it: the library opens its output once.
+// Playback through a real sound server whose sink is recorded. CTest runs each case in its own process,
+// because the library opens its output once.
 
 #include "platform/bass/bass.h"
 #include "tests/bass/LibraryEnd.h"
@@ -30,7 +30,7 @@ void countEnd(HSYNC, DWORD, DWORD, void*) {
 }
 
 bool alike(std::int16_t a, std::int16_t b) {
-    return std::abs(a - b) <= 1; // the server's own way from float to 16 bits
+    return std::abs(a - b) <= 1; // the server's conversion to 16 bits may differ by one
 }
 
 /// The frame of `recorded` at which sound begins, from `frame` on.
@@ -40,14 +40,14 @@ std::size_t soundFrom(const Samples& recorded, std::size_t frame = 0) {
     return static_cast<std::size_t>(first - recorded.begin()) / 2;
 }
 
-/// The first silence from `frame` on that noise never holds: a hundredth of a second.
+/// The first 10 ms of silence from `frame` on, which noise never contains.
 std::size_t silenceFrom(const Samples& recorded, std::size_t frame) {
     const auto begin = recorded.begin() + static_cast<std::ptrdiff_t>(frame * 2);
     const auto gap = std::search_n(begin, recorded.end(), rate / 50, 0);
     return static_cast<std::size_t>(gap - recorded.begin()) / 2;
 }
 
-/// How many frames are alike, `recorded` from `at` and the source from `frame` on.
+/// The number of equal frames in `recorded` from `at` on and in the source from `frame` on.
 std::size_t alikeFrames(const Samples& recorded, std::size_t at, const Samples& source, std::size_t frame) {
     const auto recordedFrom =
         recorded.begin() + static_cast<std::ptrdiff_t>(std::min(at * 2, recorded.size()));
@@ -56,7 +56,7 @@ std::size_t alikeFrames(const Samples& recorded, std::size_t at, const Samples& 
     return static_cast<std::size_t>(differ.second - sourceFrom) / 2;
 }
 
-/// The source's frame that is heard at frame `at` of the recording.
+/// The source frame that was recorded at frame `at`.
 std::optional<std::size_t> placeOf(const Samples& recorded, std::size_t at, const Samples& source) {
     constexpr std::size_t enough = 32;
     if (recorded.size() < (at + enough) * 2) return std::nullopt;
@@ -68,7 +68,7 @@ std::optional<std::size_t> placeOf(const Samples& recorded, std::size_t at, cons
 
 class Device : public testing::Test {
 protected:
-    /// Plays noise, which is like itself at no other place, from a FLAC file.
+    /// Plays noise, so that each frame identifies its position, from a FLAC file.
     void play(std::size_t seconds) {
         unsetenv("TUL_AUDIO");
         ASSERT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
@@ -80,7 +80,7 @@ protected:
         ASSERT_TRUE(BASS_ChannelPlay(stream, 0));
     }
 
-    /// Hardware that is there all the time; what goes there is not recorded.
+    /// A second sink that is always present. It is not recorded.
     static void leaveAWayPastTheServer() {
         support::writeFile(std::filesystem::path(std::getenv("HOME")) / ".asoundrc",
                            "pcm.!default { type null }\n");
@@ -99,7 +99,7 @@ protected:
         return server.recorded();
     }
 
-    /// Sound that began at frame `begin` goes on from the source's frame `from`, as stored to its end.
+    /// Expects that the recording from frame `begin` on equals the source from frame `from` to its end.
     void expectGoesOn(const Samples& recorded, std::size_t begin, std::size_t from, double within) const {
         constexpr std::size_t ramp = rate / 10; // sound fades in after a break
         const auto place = placeOf(recorded, begin + ramp, source);
@@ -162,7 +162,7 @@ TEST_F(Device, AFadeEndsWhenTheServerStopsDuringIt) {
         waitFor([&] { return !BASS_ChannelIsSliding(stream, BASS_ATTRIB_VOL); }, std::chrono::seconds(20)));
 }
 
-/// Ways in which a sound server is not there yet.
+/// Ways in which a sound server is unavailable at first.
 struct LateServer {
     const char* name;
     void (*leave)(support::SoundServer& server);
@@ -201,7 +201,7 @@ TEST_F(Device, CallsReturnWhileTheServerHangs) {
     play(8);
     ASSERT_TRUE(waitFor([&] { return position() > rate; }, limit));
     server.freeze(true);
-    // A seek drops what the server has, and the server does not answer to that.
+    // A seek flushes the server's buffer, and the server does not respond to that.
     auto stays = std::async(std::launch::async, [this] {
         BASS_ChannelSetPosition(stream, QWORD{7} * rate * 8, BASS_POS_BYTE);
         return !waitFor([this] { return position() != 7 * rate; }, std::chrono::seconds(1));
@@ -233,7 +233,7 @@ TEST_F(Device, StopsTheDeviceWhilePausedAndResumesThere) {
     expectGoesOn(recorded, soundFrom(recorded, silence), paused, rate * 0.05);
 }
 
-/// Two tracks of noise that join; what is done while the join lies in the device's queue.
+/// Commands given while the join of two tracks is queued in the device.
 class DeviceJoin : public Device {
 protected:
     static constexpr std::size_t firstFrames = rate * 2;
@@ -244,7 +244,7 @@ protected:
         nextFile = support::encode("next.flac", next);
         ASSERT_TRUE(BASS_ChannelSetNext(stream, BASS_SOURCE_FILE, nextFile.c_str()));
     }
-    /// The device asks for a fifth of a second at once: by then the join is mixed.
+    /// The device requests 200 ms at once: by then the join is mixed.
     void waitForQueuedJoin() const {
         ASSERT_TRUE(waitFor([this] { return position() > firstFrames - rate / 20; }, limit));
     }

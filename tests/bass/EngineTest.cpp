@@ -1,5 +1,5 @@
-// Channels, mixer and syncs, on outputs that are no device. Each case needs a process of its own, as CTest
-// gives it: the library opens its output once.
+// Channels, mixer and syncs on outputs without a device. CTest runs each case in its own process, because the
+// library opens its output once.
 
 #include "platform/bass/Fft.h"
 #include "platform/bass/Library.h"
@@ -64,7 +64,7 @@ void playToEnd(HSTREAM stream) {
     ASSERT_TRUE(waitFor([&] { return BASS_ChannelIsActive(stream) == BASS_ACTIVE_STOPPED; }));
 }
 
-/// What was recorded so far, once the output has rested and closed the file's header.
+/// The recording, after the output has stopped and completed the file's header.
 std::vector<float> recorded(std::size_t samples) {
     constexpr std::size_t header = 44;
     std::string bytes;
@@ -241,7 +241,7 @@ TEST(EngineTest, ARefusedSeekLosesNoEnd) {
     const HSTREAM stream = BASS_StreamCreateFile(0, "one way", 0, 0, 0);
     BASS_ChannelSetSync(stream, BASS_SYNC_END, 0, &countEnd, nullptr);
     BASS_ChannelPlay(stream, 0);
-    // Asked for shortly before the end, answered when that has been recorded.
+    // Requested shortly before the end; done after the end has been played.
     ASSERT_TRUE(waitFor([&] { return position(stream) > 30000; }));
     ASSERT_TRUE(seek(stream, 0));
     ASSERT_TRUE(waitFor([] { return seeking.load(); }));
@@ -261,7 +261,7 @@ TEST(EngineTest, ARefusedSeekLosesNoEnd) {
     BASS_StreamFree(stream);
 }
 
-/// Endless silence, whose reads and seeks wait while they are held.
+/// Endless silence whose reads and seeks block while `held` is set.
 class HeldSource : public bass::Source {
 public:
     static inline std::atomic<bool> held{false};
@@ -324,7 +324,7 @@ TEST(EngineTest, ASeekWaitsForAFadeToSilence) {
     EXPECT_TRUE(waitFor([&] { return position(stream) > 1000000; }));
 }
 
-/// Endless silence, of which the first seek lasts until it is cancelled.
+/// Endless silence whose first seek blocks until it is cancelled.
 class SlowlySoughtSource : public bass::Source {
 public:
     static inline std::atomic<int> seeks{0};
@@ -439,8 +439,8 @@ TEST(EngineTest, ARefusedSeekLosesNoFrames) {
     ASSERT_TRUE(waitFor([] { return ends == 1; }));
     const auto out = recorded(2 * CountingSource::length);
     EXPECT_EQ(out[2000], CountingSource::valueOf(1000));
-    // An underrun after the seek may part them, and the ramps around it change them: their number counts. The
-    // first frame, and the first of a ramp, are 0 themselves.
+    // An underrun after the seek may separate the frames, and its ramps change their values: compare their
+    // number. The first frame, and the first of a ramp, are 0.
     EXPECT_TRUE(waitFor([] {
         const auto played = recorded(2 * CountingSource::length);
         const auto isSound = [](float sample) { return sample != 0; };

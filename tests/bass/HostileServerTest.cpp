@@ -29,9 +29,9 @@ using namespace std::chrono_literals;
 const std::string head = "HTTP/1.1 200 OK\r\n";
 const std::string liveHead = head + "icy-name: test\r\n\r\n";
 
-/// Of all that is waited for, so little that a test need not wait long.
+/// Short timeouts, for fast tests.
 constexpr bass::NetworkLimits quick{.connect = 3s, .opening = 4s, .silence = 3s, .resume = 3s};
-/// So much that only a cancellation ends a wait.
+/// Timeouts so long that only a cancellation ends a wait.
 constexpr bass::NetworkLimits patient{
     .connect = 1min, .opening = 1min, .silence = 1min, .resume = 1min, .firstPause = 1min, .maxPause = 1min};
 

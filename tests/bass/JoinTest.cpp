@@ -1,5 +1,5 @@
-// Streams that follow one another, on outputs that are no device. Each case needs a process of its own, as
-// CTest gives it: the library opens its output once.
+// Streams that follow one another, on outputs without a device. CTest runs each case in its own process,
+// because the library opens its output once.
 
 #include "platform/bass/Library.h"
 #include "platform/bass/Taps.h"
@@ -30,7 +30,7 @@ std::filesystem::path recording() {
     return support::scratch() / "recording.wav";
 }
 
-/// What the output wrote, once it rests.
+/// The recording, after the output has stopped.
 std::vector<float> recorded(std::size_t samples) {
     constexpr std::size_t header = 44;
     std::string bytes;
@@ -390,7 +390,7 @@ TEST(JoinTest, AnyOrderOfCallsKeepsPlaying) {
     EXPECT_TRUE(waitFor([] { return ends >= 20; }, std::chrono::seconds(60)));
     done = true;
     users.clear();
-    // Whatever was asked for meanwhile: from now on track follows track.
+    // After any sequence of calls, tracks must follow one another.
     const int before = ends;
     EXPECT_TRUE(waitFor([&] {
         BASS_ChannelPlay(current, 0);

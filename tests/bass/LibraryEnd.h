@@ -6,7 +6,7 @@
 
 #include <memory>
 
-/// Ends the audio library's threads before the objects of a test program go.
+/// Ends the audio library's threads before a test program's static objects are destroyed.
 class LibraryEnd : public testing::Environment {
 public:
     void TearDown() override { BASS_Free(); }

@@ -5,7 +5,7 @@
 #include <string>
 #include <thread>
 
-/// A TCP connection to a port of this machine that sends a request and collects what comes.
+/// A TCP client that sends a request to a local port and collects the response.
 class Listener {
 public:
     enum class Reads { everything, nothing };
@@ -17,11 +17,11 @@ public:
     Listener& operator=(const Listener&) = delete;
 
     std::string received() const;
-    /// What came after the answer's head.
+    /// The response's body so far.
     std::string body() const;
     bool isClosed() const { return m_closed.load(); }
     void send(const std::string& more) const;
-    /// Starts to read when it did not.
+    /// Starts reading, if the constructor did not.
     void read();
 
 private:

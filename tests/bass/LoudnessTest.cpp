@@ -1,5 +1,5 @@
-// ReplayGain from the tags that real taggers write to what is played. Each case needs a process of its own,
-// as CTest gives it: the library opens its output once.
+// ReplayGain, from tags written by real taggers to the played samples. CTest runs each case in its own
+// process, because the library opens its output once.
 
 #include "platform/bass/bass.h"
 #include "tests/bass/LibraryEnd.h"
@@ -122,7 +122,7 @@ TEST(LoudnessTest, EveryFormatsTagsAreRead) {
     }
 }
 
-/// What scanners measure, and put where they always do.
+/// Tags written by real loudness scanners.
 TEST(LoudnessTest, ScannersTagsAreRead) {
     const auto flac = support::encode("scanned.flac", support::noise(10 * frames)).string();
     support::run({"metaflac", "--add-replay-gain", flac});

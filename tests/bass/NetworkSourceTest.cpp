@@ -45,7 +45,7 @@ const std::string& ogg() {
 
 const std::string liveHead = "HTTP/1.0 200 OK\r\nContent-Type: application/ogg\r\nicy-name: test\r\n\r\n";
 
-/// Limits that no test waits long for.
+/// Short timeouts, for fast tests.
 constexpr bass::NetworkLimits quick{
     .connect = 1s, .opening = 2s, .silence = 1s, .resume = 400ms, .firstPause = 20ms, .maxPause = 80ms};
 
@@ -136,7 +136,7 @@ TEST(Network, StripsIcyMetadataAndReconnects) {
     EXPECT_GT(sounds::correlation(played, std::span(twice.samples).subspan(frames * 2), 0), 0.97);
 }
 
-/// What a source says, and from which frame on, as far as `count` frames.
+/// The tags of a source and the frames at which they change, up to `count` frames.
 std::vector<std::pair<std::int64_t, bass::StreamTags>> tagsOf(bass::Source& source, std::int64_t count) {
     std::vector<std::pair<std::int64_t, bass::StreamTags>> said;
     std::array<float, 256 * bass::channelCount> part;

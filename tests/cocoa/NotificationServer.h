@@ -8,7 +8,7 @@
 
 #include <vector>
 
-/// What a notification server was given.
+/// The calls that a notification server has received.
 struct Received {
     QString application;
     uint replaces;

@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-/// A list of numbers that notes what its table asks.
+/// A data source of numbers that records the table's requests.
 class TestRows : public cocoa::TableViewDataSource, public cocoa::TableViewDelegate {
 public:
     explicit TestRows(int count) {

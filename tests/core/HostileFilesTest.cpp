@@ -26,8 +26,8 @@ std::vector<fs::path> hostileFiles() {
     return files;
 }
 
-/// On a thread, at whose end the program that reads tags is reaped: what it took counts then. A file that
-/// ends the program costs the next one nothing.
+/// Runs on its own thread, at whose end tulplayer-tags is reaped, so that its resource usage is counted. A
+/// file that ends the process does not affect the next one.
 void readTags(const std::string& path, const std::string& sound) {
     std::thread([&] {
         TulPlaylistEntry entry(path);

@@ -48,7 +48,7 @@ protected:
         };
     }
 
-    /// The end sync, on a thread of the library's, without what the main thread does then.
+    /// Fires the end sync on another thread; does not run the tasks posted to the main thread.
     static void fireEnd(HSTREAM handle) {
         SYNCPROC* sync = bass.channels.at(handle).endSync;
         std::thread([sync, handle] { sync(1, handle, 0, nullptr); }).join();
@@ -358,7 +358,7 @@ TEST_F(Player, AdvancesOnceOnTheMainThreadAtTheEndOfATrack) {
     EXPECT_EQ(current(), 0);
     useExecutor();
 
-    // The user was faster: the end of the old stream must not skip another one.
+    // A command came first: the end of the old stream must not skip an entry.
     fireEnd(3);
     player->next();
     runTasks();

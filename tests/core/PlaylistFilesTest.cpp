@@ -21,7 +21,7 @@ constexpr bool isSanitized = true;
 constexpr bool isSanitized = false;
 #endif
 
-/// A disk that fails: reads of this file do, after so many that do not.
+/// Simulates a failing disk: reads of this file fail after a number of successful ones.
 struct FailingRead {
     std::string path;
     int after = 0;
@@ -37,7 +37,7 @@ bool readFails(int fd) {
 
 } // namespace
 
-/// Stands before the library's.
+/// Overrides the C library's function.
 extern "C" ssize_t read(int fd, void* bytes, size_t count) {
     if (!readFails(fd)) return ::syscall(SYS_read, fd, bytes, count);
     errno = EIO;

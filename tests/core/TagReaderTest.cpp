@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 using support::waitFor;
 using Tags = TulPlaylistEntry::Tags;
 
-/// A tagged file in three formats, one without tags, and what is no file.
+/// Tagged files in three formats, one without tags, and sources that are not files.
 const std::vector<std::string>& sources() {
     static const std::vector<std::string> made = [] {
         const auto sine = support::sine(440, 4410);
@@ -50,7 +50,7 @@ std::string summary(const TulPlaylistEntry& entry) {
            entry.album + "|" + std::to_string(entry.length);
 }
 
-/// A list that is read while this thread, the main one, does what it likes with it.
+/// A list that is edited by this thread, the main thread, while it is read.
 class TagReaderTest : public testing::Test {
 protected:
     explicit TagReaderTest(const Workers::Settings& settings = {}) : workers(settings) {
@@ -147,7 +147,7 @@ TEST_F(TagReaderTest, EditsDuringReadingDoNotChangeTheResult) {
     }
 }
 
-/// With one worker, which is held until the order of what it is to read stands.
+/// Uses one worker, which is blocked until all requests are queued.
 class TagReaderOrderTest : public TagReaderTest {
 protected:
     TagReaderOrderTest() : TagReaderTest({.threads = 1, .hangTimeout = 1h}) {

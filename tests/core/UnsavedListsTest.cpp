@@ -1,4 +1,4 @@
-// Changes that are not saved: whichever way a list is left, they come back as they were.
+// Unsaved changes are restored after any way of leaving a list.
 
 #include "core/player/TulPlayer.h"
 #include "tests/core/RecordingBass.h"

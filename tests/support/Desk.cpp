@@ -26,7 +26,7 @@ QString home() {
     return qEnvironmentVariable("HOME");
 }
 
-/// Ends with this process, whatever ends that.
+/// Ends with this process, even if that is killed.
 void startChild(QProcess& child, const QString& program, const QStringList& arguments) {
     child.setProcessChannelMode(QProcess::ForwardedErrorChannel); // what a sanitizer says
     child.start("setpriv", QStringList{"--pdeathsig", "KILL", program} + arguments);
@@ -61,7 +61,7 @@ double rootMeanSquare(const std::vector<double>& samples) {
     return std::sqrt(sum / static_cast<double>(samples.size()));
 }
 
-/// Of the left side.
+/// The left channel.
 std::vector<double> monoFrames(const std::vector<std::int16_t>& stereo, std::size_t from, std::size_t count) {
     std::vector<double> frames(count);
     for (std::size_t i = 0; i < count; ++i)
@@ -193,7 +193,7 @@ QImage Desk::seen(const QRect& area) const {
         .convertToFormat(QImage::Format_RGB32);
 }
 
-bool Desk::hears(double hertz) const {
+bool Desk::plays(double hertz) const {
     const auto stereo = m_sound.recorded();
     constexpr std::size_t tenth = rate / 10;
     if (stereo.size() / 2 < tenth) return false;

@@ -16,27 +16,27 @@
 
 namespace support {
 
-/// A person's desk: a screen with a window manager, a sound server whose output is recorded, a session bus
-/// and a home of their own, and on them one program, used by hand (real input events), eye and ear. Places
-/// are points of the program's window. Make one a process.
+/// Runs the program in a complete session of its own: virtual display and window manager, recorded sound
+/// server, session bus and home. Tests send input events, and check screenshots and the recording. Positions
+/// are points in the program's window. One per process.
 class Desk {
 public:
-    /// Nothing runs yet. The home has a folder "Documents".
+    /// Starts no program yet. The home has a folder "Documents".
     Desk();
     ~Desk();
     Desk(const Desk&) = delete;
     Desk& operator=(const Desk&) = delete;
 
-    /// Starts the program and waits until its window has the keyboard. Throws when it does not come.
+    /// Starts the program and waits until its window has the focus. Throws when it does not appear.
     void start(const QString& program, const QStringList& arguments = {});
-    /// Whether the program has ended by itself, well.
+    /// True when the program has exited by itself with status 0.
     bool ended();
     bool endsWithin(std::chrono::milliseconds limit);
     void signal(int number) const;
-    /// While it is frozen, the sound server answers nothing.
+    /// Stops and continues the sound server's process; a stopped server does not respond.
     void freezeSound(bool frozen) const { m_sound.freeze(frozen); }
 
-    /// In the window of the program.
+    /// Positions in the program's window.
     void click(QPoint place);
     void doubleClick(QPoint place);
     void rightClick(QPoint place);
@@ -46,22 +46,21 @@ public:
     /// Keys as xdotool names them: "ctrl+s", "Return".
     void key(const std::string& keys);
     void type(const std::string& text);
-    /// Gives the keyboard to another program's window, or back.
+    /// Gives the focus to another program's window, or back.
     void turnAway();
     void turnBack();
 
-    /// The title of the window that has the keyboard.
+    /// The title of the window that has the focus.
     QString activeWindow() const;
-    /// What the screen shows at this place of the window.
+    /// A screenshot of a part of the window.
     QImage seen(const QRect& area) const;
-    /// Whether the sound of the last tenth of a second is a tone of this pitch, and nothing else.
-    bool hears(double hertz) const;
-    /// Root mean square of the recorded samples, from frame `from` on, one value for each 20 ms; full
-    /// scale 1.
+    /// True when the last 100 ms of the recording are a pure tone of this frequency.
+    bool plays(double hertz) const;
+    /// Root mean square of the recorded samples for each 20 ms from frame `from` on; 1 is full scale.
     std::vector<double> loudness(std::size_t from) const;
     std::size_t recordedFrames() const { return m_sound.recorded().size() / 2; }
 
-    /// Serves what happens on the bus until `condition` holds; false when it does not within a limit.
+    /// Processes bus events until `condition` holds; false after a time limit.
     [[nodiscard]] static bool until(const std::function<bool()>& condition);
 
 private:
@@ -73,8 +72,8 @@ private:
     std::unique_ptr<QGuiApplication> m_application;
     std::unique_ptr<QWindow> m_otherWindow;
     QProcess m_program;
-    std::string m_window; ///< The X server's number for the program's window.
-    QPoint m_origin;      ///< Of the window, on the screen.
+    std::string m_window; ///< X11 id of the program's window.
+    QPoint m_origin;      ///< Position of the window on the screen.
 };
 
 } // namespace support

@@ -19,13 +19,13 @@ public:
     /// One client's connection, closed when the answer returns.
     class Client {
     public:
-        /// False when the client is gone or the server stops.
+        /// False when the client has disconnected or the server stops.
         bool send(std::string_view bytes);
         /// Sends `bytes` again and again, until the client leaves or the server stops.
         void flood(std::string_view bytes);
         /// Sends one byte per `interval`, until the client leaves or the server stops.
         void trickle(std::chrono::milliseconds interval);
-        /// Keeps silent until the client leaves or the server stops.
+        /// Sends nothing until the client disconnects or the server stops.
         void stall();
         /// The request's head, lines ended by CR LF.
         std::string request;
@@ -48,13 +48,13 @@ public:
     [[nodiscard]] std::string url(const std::string& path = "/") const;
     [[nodiscard]] int port() const { return m_port; }
     [[nodiscard]] int requestCount() const { return m_requests; }
-    /// To all clients, whether they have read it or not.
+    /// Bytes sent to all clients, read or not.
     [[nodiscard]] std::int64_t sentBytes() const { return m_sent; }
 
     /// Sends `content` as a finite file that honours ranges, at most `most` bytes of it before closing.
     static void sendFile(Client& client, std::string_view content, std::size_t most = std::string::npos);
-    /// Sends `content` as a radio station does that is called `name`, with a packet of metadata behind every
-    /// `interval` bytes: one of `packets` after the other, then empty ones.
+    /// Sends `content` like a radio station `name`, with an ICY metadata packet after every `interval` bytes:
+    /// those of `packets` in order, then empty ones.
     static void sendRadio(Client& client, const std::string& name, std::string_view content,
                           std::size_t interval, const std::vector<std::string>& packets);
 

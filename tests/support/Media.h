@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-/// Media that tests make themselves, with the command-line encoders.
+/// Test media, made with command-line encoders.
 namespace support {
 
-/// A folder of this process's own, removed at exit.
+/// A temporary folder of this process, removed at exit.
 const std::filesystem::path& scratch();
 
 /// Interleaved 16-bit PCM: a sine of `hertz` at `amplitude` (0..1) in every channel.

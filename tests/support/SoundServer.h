@@ -9,10 +9,9 @@
 
 namespace support {
 
-/// A PulseAudio server of this process's own with one null sink, recorded from its first moment. HOME,
-/// XDG_RUNTIME_DIR and PULSE_SERVER are set for this process: make it before anything looks for a sound
-/// device. The children end with the object, and with this process. Throws std::runtime_error when one can't
-/// be started.
+/// A PulseAudio server for this process with one null sink, recorded from the start. HOME, XDG_RUNTIME_DIR
+/// and PULSE_SERVER are set for this process: make it before anything looks for a sound device. The children
+/// end with the object, and with this process. Throws std::runtime_error when one can't be started.
 class SoundServer {
 public:
     SoundServer();
@@ -22,7 +21,7 @@ public:
     /// Starts it again on the same socket, with a new recording that runs before a player can connect.
     void restart();
 
-    /// While it is frozen, the server answers nothing and does not go away.
+    /// Stops and continues the server's process; a stopped server does not respond.
     void freeze(bool frozen) const { m_server.signal(frozen ? SIGSTOP : SIGCONT); }
 
     /// Another null sink, which is not recorded. Answers the name of its module, for `control`.
@@ -30,9 +29,9 @@ public:
     /// Has pactl do this, and answers what it says.
     std::string control(std::vector<std::string> command) const;
 
-    /// What the sink has played so far: interleaved 16-bit stereo at 44100 Hz.
+    /// The recording so far: interleaved 16-bit stereo at 44100 Hz.
     std::vector<std::int16_t> recorded() const;
-    /// The streams that play into the sink.
+    /// The number of streams that play to the sink.
     std::size_t playingStreams() const;
 
 private:
