@@ -20,10 +20,10 @@ struct AttributedString {
     QString text;
     QColor colour;
     QFont font;
-    /// These have a ground of their own.
+    /// Ranges with a highlighted background.
     std::vector<TextRange> marked = {};
 
-    /// What the whole text takes, in points.
+    /// The size of the whole text in points.
     QSizeF size() const;
 
     /// Draws from the rectangle's top left corner; what does not fit its width is elided at the end.

@@ -15,7 +15,7 @@ inline QColor yellow() {
     return QColor::fromRgbF(0.973F, 0.906F, 0.11F);
 }
 
-/// The ground of what a search has found.
+/// Background of search matches.
 inline QColor mark() {
     return {0x4a, 0x90, 0xe2, 56};
 }

@@ -76,7 +76,7 @@ void CustomWindow::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 QPointF CustomWindow::locationInWindow(const QPointF& global) const {
-    // From the place that the window was last asked to take: until the server has moved it there, the event's
-    // own position still tells of the place before, and the window would swing.
+    // Relative to the position requested last: until the server has moved the window, the event's local
+    // position refers to the old one, and the window would oscillate.
     return {global.x() - x(), y() + height() - global.y()};
 }

@@ -9,8 +9,8 @@
 
 /// The main window: no title bar or border, see-through where nothing is painted, moved by dragging its
 /// background. Its top edge never rises above the part of the screen that panels leave free; the other edges
-/// may leave the screen. Where the compositor alone places windows, the same gesture starts the compositor's
-/// move.
+/// may leave the screen. Where only the compositor can place windows (Wayland), dragging starts the
+/// compositor's move.
 ///
 /// Mouse events that a child handles itself do not reach the window, so they never move it.
 ///
@@ -19,7 +19,7 @@ class CustomWindow : public cocoa::Window {
     Q_OBJECT
 public:
     explicit CustomWindow(QWidget* parent = nullptr);
-    /// At this place and size of the screen (y grows downward).
+    /// Makes a window with this position and size on the screen (y grows downward).
     static std::unique_ptr<CustomWindow> initWithContentRect(const QRect& contentRect);
 
     /// True: the window takes the keyboard although it has no title bar.
@@ -36,7 +36,7 @@ public:
                                  const QPointF& initialLocation);
 
 protected:
-    /// Space is a focused button's before it is any shortcut's.
+    /// Space activates a focused button rather than a shortcut.
     bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;

@@ -27,10 +27,10 @@ public:
     const std::optional<Values>& spectrumValues() const { return m_spectrumValues; }
     void setSpectrumValues(std::optional<Values> values) { m_spectrumValues = std::move(values); }
 
-    /// Called when the view comes into sight and when it goes out of it, the window's minimising included.
+    /// Called when the view becomes visible or hidden, also by minimising the window.
     void setOnSight(std::function<void(bool seen)> onSight) { m_onSight = std::move(onSight); }
 
-    /// False: a redraw is of the whole view, however small the rectangle that was asked for.
+    /// False: always redraws the whole view.
     bool wantsDefaultClipping() const { return false; }
 
     /// Bar `index` of height `value` on the bottom edge of the rectangle `redrawn`; y grows downward.

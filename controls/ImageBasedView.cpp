@@ -43,7 +43,7 @@ void ImageBasedView::paintEvent(QPaintEvent*) {
     drawRect(painter);
     if (!m_repaint) return;
     m_repaint = false;
-    // Not from inside the drawing: a change of the shadow may make the window anew.
+    // Queued: changing the shadow may recreate the window, which must not happen while drawing.
     QMetaObject::invokeMethod(this, "renewShadow", Qt::QueuedConnection);
 }
 

@@ -6,8 +6,7 @@
 #include <QWidget>
 
 /// Shows one image at its own size on a see-through ground, from the view's lower left corner. After its
-/// first drawing it makes the window manager look at the window's shape anew, so that the shadow follows the
-/// image.
+/// first drawing it makes the window manager update the window's shadow to the image's shape.
 ///
 /// Threads: main thread only.
 class ImageBasedView : public QWidget, public cocoa::NibAwaking {

@@ -27,7 +27,7 @@ void InternalPlaylistComboBoxCell::drawWithFrame(QPainter& painter, const QRectF
     if (m_marked) drawMark(painter, frame);
 }
 
-/// Leaves room for the mark behind a long text, whether or not it is there: the text is not to jump.
+/// Always leaves room for the mark, so that the text does not move when it appears.
 QRectF InternalPlaylistComboBoxCell::textRectForFrame(const QRectF& frame) const {
     return ComboBoxCell::textRectForFrame(frame).adjusted(0, 0, -cocoa::scaled(markGap), 0);
 }

@@ -3,8 +3,7 @@
 #include "platform/cocoa/ComboBoxCell.h"
 #include "platform/cocoa/Image.h"
 
-/// The internal playlist selector's look: the platform's combo box with an arrow of our own over its right
-/// end.
+/// Draws the selector of internal playlists: the platform's combo box with a custom arrow.
 ///
 /// Threads: main thread only.
 class InternalPlaylistComboBoxCell : public cocoa::ComboBoxCell {

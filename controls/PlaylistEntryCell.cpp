@@ -31,7 +31,7 @@ QFont textFont() {
 
 constexpr double numberLeft = 14.0;
 constexpr double infoLeft = 34.0;
-/// Numbers up to here leave the other texts in their place.
+/// Larger numbers move the other texts.
 constexpr std::int64_t maxShortNumber = 999;
 /// Between a text and what it must not touch.
 constexpr double textGap = 6.0;

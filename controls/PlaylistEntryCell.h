@@ -38,7 +38,7 @@ public:
     /// The title.
     const Text& info1() const { return m_info1; }
     void setInfo1(Text text) { m_info1 = std::move(text); }
-    /// What of it a search has found.
+    /// The ranges of the title that match a search.
     void setInfo1Marks(std::vector<TextRange> marks) { m_info1Marks = std::move(marks); }
 
     /// The second line.

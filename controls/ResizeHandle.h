@@ -2,8 +2,8 @@
 
 #include <QWidget>
 
-/// The lower edge of a window, and its lower corners: dragging it changes the window's height. It covers no
-/// more than that; the rest of its rectangle is whatever lies beneath.
+/// The lower edge of a window, and its lower corners: dragging it changes the window's height. Its mask
+/// covers only those.
 ///
 /// Threads: main thread only.
 class ResizeHandle : public QWidget {

@@ -28,7 +28,7 @@ public:
     /// images that the layout names.
     void awakeFromNib() override;
 
-    /// Redraws the whole slider, whatever part is asked for.
+    /// Always redraws the whole slider.
     void setNeedsDisplayInRect(const QRectF& rect) override;
 
     /// Null, and without effect, while the cell is of another kind.

@@ -2,7 +2,7 @@
 
 namespace cocoa {
 
-/// Makes sliders and tables known to screen readers; every call after the first does nothing.
+/// Installs the accessibility interfaces of sliders and tables. Only the first call has an effect.
 void installAccessibility();
 
 } // namespace cocoa

@@ -22,8 +22,7 @@ public:
     };
     explicit Alert(const Texts& texts, QWidget* parent = nullptr);
 
-    /// Shows `view` between the texts and the buttons and gives it the keyboard. The alert owns it from here
-    /// on.
+    /// Shows `view` between the texts and the buttons and gives it the focus. Takes ownership.
     void setAccessoryView(std::unique_ptr<QWidget> view);
 
     /// Blocks until a button is pressed; Escape and closing the window mean the alternate button. Timers
@@ -31,7 +30,7 @@ public:
     Response runModal();
 
 private:
-    QVBoxLayout* m_layout; ///< The dialog's own.
+    QVBoxLayout* m_layout; ///< Owned by the dialog.
 };
 
 } // namespace cocoa

@@ -9,14 +9,14 @@ class QWidget;
 
 namespace cocoa {
 
-/// Keeps the children of a view from a layout file in their places when the view's height or the scale
-/// changes. The file gives their places in points of the design; a child's string property "autoresizing"
-/// names what grows in a view that is taller than its design: "height" (the child), or "top" (the room above
-/// it, so that it keeps its distance from the lower edge). Without it the child keeps its place.
+/// Lays out the children of a view from a layout file when the view's height or the scale changes. The file
+/// gives their geometry in points of the design. A child's string property "autoresizing" names what grows
+/// with the view: "height" (the child), or "top" (the space above it). Without it the child keeps its
+/// position.
 class Autoresizing : public QObject {
     Q_OBJECT
 public:
-    /// Once, after setupUi; the view owns it.
+    /// Installs it on a view; call it once, after setupUi. The view owns it.
     static Autoresizing& of(QWidget& view);
 
     void layOut();

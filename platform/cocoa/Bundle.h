@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The application's own files, compiled in, and what it says of itself.
+/// The application's compiled-in files, and its version.
 namespace cocoa::Bundle {
 
 /// The compiled-in file ":/NAME.TYPE"; a null string when there is none. Images are found by Image::named.

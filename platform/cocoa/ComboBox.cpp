@@ -41,7 +41,7 @@ ComboBox::ComboBox(QWidget* parent)
     setCompleter(nullptr);
     setFocusPolicy(Qt::StrongFocus); // a passing wheel must not take the keyboard
     lineEdit()->setFrame(false);
-    // What typing means is this class's business: the toolkit would choose an item that merely looks alike.
+    // Handle typing here: QComboBox would choose an item that matches case-insensitively.
     disconnect(lineEdit(), &QLineEdit::returnPressed, this, nullptr);
     disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
     connect(this, &QComboBox::activated, this, &ComboBox::chooseItem);

@@ -11,8 +11,8 @@
 namespace cocoa {
 
 /// A combo box with free text whose items come from a data source and whose look comes from a cell. Choosing
-/// an item, Enter, and leaving the box after typing call the action; Escape takes back what was typed.
-/// Leaving chooses no item. Use the functions below, not QComboBox's own for items and index.
+/// an item, Enter, and leaving the box after typing call the action; Escape reverts the text. Leaving chooses
+/// no item. Use the functions below, not QComboBox's own for items and index.
 class ComboBox : public QComboBox {
     Q_OBJECT
 public:
@@ -26,13 +26,12 @@ public:
     void setCell(std::unique_ptr<ComboBoxCell> cell);
 
     QString stringValue() const;
-    /// Shows a text; selects no item and calls no action. The text that is shown already leaves alone what is
-    /// being typed over it.
+    /// Shows a text; selects no item and calls no action. Setting the current text again does not disturb
+    /// typing.
     void setStringValue(const QString& string);
-    /// What has been typed so far becomes the text, and the action is called. It chooses no item, even where
-    /// one is called so.
+    /// Commits the typed text and calls the action. Chooses no item, even if one has that text.
     void validateEditing();
-    /// The item that was chosen or whose text was typed over another; -1 when there is none.
+    /// The item that was chosen, or whose text was typed; -1 for none.
     int indexOfSelectedItem() const { return m_selectedItem; }
 
     void setAction(std::function<void()> action) { m_action = std::move(action); }

@@ -12,7 +12,7 @@ public:
     /// The base draws the platform's own combo box into `frame`.
     virtual void drawWithFrame(QPainter& painter, const QRectF& frame);
 
-    /// Where the text may stand inside `frame`; the base answers the platform's own place for it.
+    /// The rectangle of the text inside `frame`; the base returns the platform's.
     virtual QRectF textRectForFrame(const QRectF& frame) const;
 };
 

@@ -8,10 +8,10 @@
 
 namespace cocoa {
 
-/// The answer of a lookup that found nothing.
+/// Returned when an item was not found.
 inline constexpr std::int64_t NotFound = std::numeric_limits<std::int64_t>::max();
 
-/// Gives a combo box its items. Called on the main thread.
+/// Provides the items of a combo box. Called on the main thread.
 class ComboBoxDataSource {
 public:
     virtual ~ComboBoxDataSource() = default;

@@ -10,24 +10,23 @@ class QWidget;
 
 namespace cocoa {
 
-/// What the open and the save panel share. A panel is set up, shown once as a sheet on a window, and may be
-/// gone before the user answers. The desktop's own file chooser is shown where it offers one; hidden files
-/// and whatever else it can show are the user's choice there. The last folder used is where the next panel of
-/// the run begins.
+/// Base of the open and the save panel. A panel is set up, shown once as a sheet on a window, and may be
+/// destroyed before the user answers. Uses the desktop's file chooser if there is one. The next panel of this
+/// process starts in the last folder used.
 class FilePanel {
 public:
     void setTitle(const QString& title) { m_title = title; }
-    /// The files that the panel offers, as what the user calls them ("Audio files") and their extensions,
-    /// without dots. "All files" can be chosen beside them.
+    /// Sets the file filter: a description ("Audio files") and extensions without dots. "All files" is
+    /// offered as well.
     void setAllowedFileTypes(const QString& description, const QStringList& extensions);
-    /// Where the first panel of the run begins.
+    /// The folder in which the first panel of this process starts.
     void setDirectory(const QString& folder) { m_directory = folder; }
 
 protected:
     FilePanel() = default;
     ~FilePanel() = default;
 
-    /// Gives `dialog` the title, the file types and the folder to begin in.
+    /// Sets title, file types and start folder of `dialog`.
     void setUp(QFileDialog& dialog) const;
     /// Shows `dialog` as a sheet and calls `completion` on the main thread with the chosen paths, in the
     /// panel's order, once the dialog is closed; not at all when the user cancels.

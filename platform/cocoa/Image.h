@@ -20,8 +20,8 @@ public:
     /// A bitmap; its size in points is its pixels divided by its device pixel ratio.
     explicit Image(const QImage& bitmap);
 
-    /// The resource ":/images/NAME.svg" or ":/images/NAME.png"; an ending ".png" in `name` is not looked at.
-    /// Null when there is none. Loaded once.
+    /// The resource ":/images/NAME.svg" or ":/images/NAME.png"; a suffix ".png" of `name` is ignored. Null
+    /// when there is none. Loaded once.
     static Image named(const QString& name);
 
     bool isNull() const { return m_data == nullptr; }
@@ -29,7 +29,7 @@ public:
 
     /// Scaled into `rect`.
     void drawInRect(QPainter& painter, const QRectF& rect) const;
-    /// At its own size, upright, with the top-left corner at `topLeft`.
+    /// Draws it at its own size with the top-left corner at `topLeft`.
     void drawAtPoint(QPainter& painter, const QPointF& topLeft) const;
 
     /// The same art at another height: the part between these two lines (points from its top) grows or

@@ -4,7 +4,7 @@ class QWidget;
 
 namespace cocoa {
 
-/// A widget that wants to know when the layout file it stands in has been loaded.
+/// A widget that is notified when its layout file has been loaded.
 class NibAwaking {
 public:
     virtual ~NibAwaking() = default;

@@ -8,10 +8,10 @@ namespace cocoa {
 class OpenPanel : public FilePanel {
 public:
     void setAllowsMultipleSelection(bool allows) { m_allowsMultipleSelection = allows; }
-    /// One folder is asked for instead of files.
+    /// Chooses one folder instead of files.
     void setCanChooseDirectories(bool can) { m_canChooseDirectories = can; }
 
-    /// `completion` gets the paths; it is not called when the user cancels or the window goes.
+    /// `completion` receives the paths; not called when the user cancels or the window is destroyed.
     void beginSheetModalForWindow(QWidget& window,
                                   std::function<void(const QStringList& paths)> completion) const;
 

@@ -32,7 +32,7 @@ PageController::PageController(QWidget* parent) : QWidget(parent) {
 PageController::~PageController() {
     const auto views = findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
     for (QWidget* view : views)
-        view->setParent(nullptr); // they belong to their controllers
+        view->setParent(nullptr); // owned by their controllers
 }
 
 ViewController* PageController::controllerAt(int index) const {
@@ -66,7 +66,7 @@ void PageController::turnToPage(int index) {
     view.resize(size());
     slide(0);
     view.show();
-    // The window knows who has the keyboard; this widget only who had it last in here.
+    // Ask the window for the focus widget: this widget only knows which child had it last.
     if (m_leaving != nullptr && m_leaving->isAncestorOf(window()->focusWidget())) view.setFocus();
     m_delegate->didTransitionToObject(m_objects[index]);
 
@@ -112,7 +112,7 @@ void PageController::wheelEvent(QWheelEvent* event) {
     }
     m_lastSwipe = now;
     m_swiped += angle.x();
-    // One page a swipe, however long it is.
+    // At most one page per swipe.
     if (m_swipeDone || std::abs(m_swiped) < swipeDistance) return;
     m_swipeDone = true;
     if (m_swiped < 0) turnForward();

@@ -20,27 +20,27 @@ class PageController : public QWidget {
     Q_OBJECT
 public:
     explicit PageController(QWidget* parent = nullptr);
-    /// Lets go of the pages' views.
+    /// Detaches the pages' views.
     ~PageController() override;
 
     /// Not owned; must be set before the arranged objects.
     void setDelegate(PageControllerDelegate* delegate) { m_delegate = delegate; }
-    /// One object a page, in page order; the first page comes into view at once, without a transition.
+    /// One object per page, in order; shows the first page at once, without a transition.
     void setArrangedObjects(const QStringList& objects);
     const QStringList& arrangedObjects() const { return m_objects; }
 
     /// -1 while there are no pages.
     int selectedIndex() const { return m_selected; }
-    /// The page in view or being turned to; null when there is none.
+    /// The page that is shown or being turned to; null for none.
     ViewController* selectedViewController() const { return m_controller; }
 
-    /// Turns as a user does: slides, then tells the delegate. A page that is selected already, or that there
-    /// isn't, changes nothing.
+    /// Turns to a page with a slide, and notifies the delegate. Ignores the selected page and invalid
+    /// indexes.
     void turnToPage(int index);
     void turnForward() { turnToPage(m_selected + 1); }
     void turnBack() { turnToPage(m_selected - 1); }
 
-    /// Puts the selected page in its place and takes the one before away, whether or not the slide is over.
+    /// Ends the transition: shows the selected page at its final position and removes the previous one.
     void completeTransition();
 
 protected:
@@ -62,7 +62,7 @@ private:
     QPointer<QWidget> m_leaving; ///< The view that slides out; null outside a transition.
     int m_direction = 1;         ///< 1: the new page comes from the right.
 
-    double m_swiped = 0; ///< How far the present swipe went, in eighths of a degree; right is positive.
+    double m_swiped = 0; ///< Distance of the current swipe in eighths of a degree; right is positive.
     bool m_swipeDone = false;
     qint64 m_lastSwipe = 0; ///< Milliseconds; a pause begins a new swipe.
 };

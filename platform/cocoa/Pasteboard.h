@@ -10,15 +10,15 @@
 
 namespace cocoa {
 
-/// What a drag carries: strings by type.
+/// The data of a drag: strings by type.
 class Pasteboard {
 public:
     Pasteboard() = default;
-    /// Takes what `data` holds of `types`; other formats are not fetched.
+    /// Takes the strings of `types` from `data`; does not fetch other formats.
     Pasteboard(const QMimeData& data, const QStringList& types);
 
     void setString(const QString& string, const QString& type) { m_strings[type] = string; }
-    /// Nothing when the pasteboard holds no string of this type.
+    /// None when there is no string of this type.
     std::optional<QString> stringForType(const QString& type) const;
     bool isEmpty() const { return m_strings.empty(); }
 

@@ -13,7 +13,7 @@
 namespace cocoa {
 namespace {
 
-constexpr qsizetype mostBytes = 4 << 20;
+constexpr qsizetype maxRtfBytes = 4 << 20;
 constexpr std::size_t deepestGroup = 256;
 constexpr char16_t bullet = u'•';
 
@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    /// What a closing brace takes back.
+    /// The state that a closing brace restores.
     struct Group {
         bool skipped = false;
         int bytesAfterUnicode = 1; ///< \ucN: stand-ins after each \u.
@@ -243,7 +243,7 @@ private:
 } // namespace
 
 bool readRtf(const QByteArray& rtf, QTextDocument& document) {
-    if (!rtf.startsWith("{\\rtf") || rtf.size() > mostBytes) return false;
+    if (!rtf.startsWith("{\\rtf") || rtf.size() > maxRtfBytes) return false;
     document.clear();
     document.setUndoRedoEnabled(false);
     Reader(rtf, document).read();
@@ -253,8 +253,8 @@ bool readRtf(const QByteArray& rtf, QTextDocument& document) {
 bool readRTFDFromFile(QTextEdit& view, const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return false;
-    const bool read = readRtf(file.read(mostBytes + 1), *view.document());
-    view.moveCursor(QTextCursor::Start); // the view would begin where writing ended
+    const bool read = readRtf(file.read(maxRtfBytes + 1), *view.document());
+    view.moveCursor(QTextCursor::Start); // else the view would scroll to the end
     return read;
 }
 

@@ -7,7 +7,7 @@ namespace cocoa {
 /// list is seen by itself. Main thread only.
 class RunLoop {
 public:
-    /// Takes the loop out of its default mode for the object's life. May be nested.
+    /// Leaves the default mode while the object lives. Can be nested.
     class Mode {
     public:
         Mode();

@@ -14,7 +14,7 @@ public:
     /// Proposes a file, in its folder, with the first of the allowed types, instead of a name.
     void setFile(const QString& path) { m_file = path; }
 
-    /// `completion` gets the path; it is not called when the user cancels or the window goes.
+    /// `completion` receives the path; not called when the user cancels or the window is destroyed.
     void beginSheetModalForWindow(QWidget& window, std::function<void(const QString& path)> completion) const;
 
 private:

@@ -24,7 +24,7 @@ constexpr int toolTipRise = 48;
 
 } // namespace
 
-/// The knob is held: where the pointer took it, from its centre.
+/// State while the knob is held: the offset of the pointer from the knob's centre.
 class Slider::Tracking {
 public:
     explicit Tracking(double grabOffset) : grabOffset(grabOffset) {}
@@ -55,7 +55,7 @@ void Slider::setCell(std::unique_ptr<SliderCell> cell) {
 }
 
 void Slider::setDoubleValue(double value) {
-    // The knob stays under the user's hand, and where it was put until that has been reported.
+    // Ignore new values while the knob is held, and until its last change has been reported.
     if (!isTracking() && !m_lateAction.isActive()) m_cell->setDoubleValue(value);
 }
 
@@ -194,7 +194,7 @@ void Slider::keyPressEvent(QKeyEvent* event) {
 }
 
 void Slider::wheelEvent(QWheelEvent* event) {
-    // One notch of a wheel is 120; sideways strokes belong to whoever turns pages.
+    // One notch of a wheel is 120; horizontal scrolling turns pages.
     const QPoint angle = event->angleDelta();
     if (std::abs(angle.x()) > std::abs(angle.y()) || isTracking()) return event->ignore();
     moveTo(doubleValue() + angle.y() / 120.0 * m_step.value_or((maxValue() - minValue()) / 50));
@@ -202,8 +202,8 @@ void Slider::wheelEvent(QWheelEvent* event) {
 }
 
 bool Slider::eventFilter(QObject* watched, QEvent* event) {
-    // The button's release goes to a menu that has opened meanwhile, and is lost on a window that a prompt
-    // blocks.
+    // The release event goes to a menu that has opened meanwhile, and is lost when a modal dialog blocks the
+    // window.
     const bool released = event->type() == QEvent::MouseButtonRelease &&
                           static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
     if (released || (event->type() == QEvent::WindowBlocked && watched == window())) stopTracking();

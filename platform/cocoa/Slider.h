@@ -27,7 +27,7 @@ public:
 
     /// Never null: a plain SliderCell until another is set.
     SliderCell* cell() const { return m_cell.get(); }
-    /// Takes the cell; nothing of the old one is carried over. Null is ignored.
+    /// Replaces the cell without copying its values. Null is ignored.
     void setCell(std::unique_ptr<SliderCell> cell);
 
     double minValue() const { return m_cell->minValue(); }
@@ -37,14 +37,13 @@ public:
     void setMaxValue(double value) { m_cell->setMaxValue(value); }
     void setDoubleValue(double value);
 
-    /// Arrows and a notch of the wheel move by `step` whatever the range is, page keys by six of it.
+    /// Arrow keys and wheel notches move by `step` in any range, page keys by six steps.
     void setStep(double step) { m_step = step; }
-    /// A knob that is dragged to less than `distance` from `value` rests there.
+    /// Dragging snaps to `value` within `distance`.
     void setSnap(double value, double distance) { m_snap = {value, distance}; }
-    /// The action is called no more often than this; the last change is always reported, at the latest when
-    /// the knob is released.
+    /// Limits how often the action is called. The last change is always reported, at the latest on release.
     void setActionInterval(std::chrono::milliseconds interval) { m_actionInterval = interval; }
-    /// Otherwise a drag calls the action once, when the knob is released. True at first.
+    /// False: a drag calls the action once, on release. The default is true.
     void setContinuous(bool continuous) { m_isContinuous = continuous; }
     /// The value under the pointer is shown in a tool tip, while it rests and while it drags.
     void setShowsValueAtPointer(bool shows) { m_showsValueAtPointer = shows; }
@@ -76,7 +75,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     bool event(QEvent* event) override;
-    /// Of the whole application, while the knob is held.
+    /// Filters all events of the application while the knob is held.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -42,7 +42,7 @@ TableView::TableView(QWidget* parent)
     connect(&Scale::shared(), &Scale::changed, this, &TableView::rescale);
 }
 
-/// The first row that is seen stays the first.
+/// Keeps the first visible row in place.
 void TableView::rescale() {
     const int first = rowAtPoint({0, 0});
     verticalScrollBar()->setSingleStep(scaledToInt(wheelStep));
@@ -108,7 +108,7 @@ void TableView::updateScrollBar() {
 }
 
 void TableView::reloadIfRowCountChanged() {
-    // The data may have changed without a word; a row that is gone must not be asked for.
+    // The data source may have changed without a reload: do not request rows that no longer exist.
     const int rows = m_dataSource == nullptr ? 0 : m_dataSource->numberOfRowsInTableView();
     if (rows != numberOfRows()) reloadData();
 }
@@ -210,7 +210,7 @@ bool TableView::viewportEvent(QEvent* event) {
     const auto* help = static_cast<QHelpEvent*>(event);
     const int row = rowAtPoint(help->pos());
     const QString text = row < 0 ? QString() : m_delegate->toolTipForCell(row);
-    // A tool tip guesses whether its text is rich; this one leaves no doubt.
+    // QToolTip guesses whether a text is rich: make it explicit.
     const QString escaped = text.toHtmlEscaped().replace(u'\n', QLatin1String("<br>"));
     const QString shown = text.isEmpty() ? text : QStringLiteral("<qt>%1</qt>").arg(escaped);
     QToolTip::showText(help->globalPos(), shown, viewport(), rectOfRow(row).toAlignedRect());
@@ -275,8 +275,7 @@ void TableView::mousePressEvent(QMouseEvent* event) {
     m_clickedRow = row;
     m_pressedAt.reset();
     if (row >= 0) m_pressedAt = event->position();
-    // A press on one of several selected rows may begin a drag of them all: the choice falls when it is
-    // released.
+    // A press on one of several selected rows may start dragging all of them: select on release.
     const bool plain = !(event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier));
     if (plain && m_selected.size() > 1 && m_selected.contains(row)) return;
     click(row, event->modifiers());
@@ -339,7 +338,7 @@ void TableView::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void TableView::wheelEvent(QWheelEvent* event) {
-    // Sideways strokes belong to whoever turns pages.
+    // Horizontal scrolling turns pages.
     const QPoint angle = event->angleDelta();
     if (std::abs(angle.x()) > std::abs(angle.y())) return event->ignore();
     QAbstractScrollArea::wheelEvent(event);

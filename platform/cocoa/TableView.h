@@ -13,8 +13,8 @@
 
 namespace cocoa {
 
-/// A table of one column whose rows are drawn by one data cell. Rows are asked for when they are drawn, and
-/// only the visible ones are. The table paints no selection of its own: the delegate shows it in the cell.
+/// A table of one column whose rows are drawn by one data cell. Only visible rows are requested from the data
+/// source, when they are drawn. The table paints no selection of its own: the delegate shows it in the cell.
 ///
 /// Heights and cells are in points of the design; everything else is in points of the screen.
 ///
@@ -39,11 +39,11 @@ public:
     TextFieldCell* dataCell() const { return m_dataCell.get(); }
     void setDataCell(std::unique_ptr<TextFieldCell> cell);
 
-    /// Asks for the row count and heights again and redraws. Selected rows that are still there, and not
-    /// hidden, stay selected.
+    /// Reads row count and heights again and redraws. Selected rows that still exist and are not hidden stay
+    /// selected.
     void reloadData();
     int numberOfRows() const { return static_cast<int>(m_tops.size()) - 1; }
-    /// Asks for the heights of these rows again; may be called while a row is drawn.
+    /// Reads the heights of these rows again; may be called while a row is drawn.
     void noteHeightOfRowsWithIndexesChanged(const IndexSet& rows);
 
     /// Also for a row outside the table.
@@ -68,7 +68,7 @@ public:
     int rowAtPoint(const QPointF& point) const;
 
     bool allowsMultipleSelection() const { return m_allowsMultipleSelection; }
-    /// True at first.
+    /// The default is true.
     void setAllowsMultipleSelection(bool allows) { m_allowsMultipleSelection = allows; }
     const IndexSet& selectedRowIndexes() const { return m_selected; }
     /// Indexes outside the table, and of hidden rows, are dropped.
@@ -76,15 +76,15 @@ public:
     /// The row that keys move from; -1 at first.
     int currentRow() const { return m_currentRow; }
 
-    /// Called on a double-click anywhere in the table and on Enter; clickedRow tells the row.
+    /// Called on a double-click anywhere in the table and on Enter; see clickedRow.
     void setDoubleAction(std::function<void()> action) { m_doubleAction = std::move(action); }
     /// The row of the last click or Enter; -1 when it hit none.
     int clickedRow() const { return m_clickedRow; }
-    /// What a double click on `row` does.
+    /// Performs the action of a double-click on `row`.
     void performDoubleAction(int row);
 
     /// Called with a place on the screen for a menu of rows: on a right click, which selects its row unless
-    /// that is selected, and on the Menu key. clickedRow tells the row.
+    /// that is selected, and on the Menu key; see clickedRow.
     void setMenuAction(std::function<void(const QPoint& place)> action) { m_menuAction = std::move(action); }
 
     /// Called after the selection changed.
@@ -156,7 +156,7 @@ private:
 
     std::vector<double> m_tops{
         0.0}; ///< The top of every row, and the bottom of the last, in points from the first.
-    bool m_heightsChanged = false; ///< Noted while drawing; laid out afterwards.
+    bool m_heightsChanged = false; ///< Set while drawing; the layout follows.
     bool m_drawing = false;
 
     bool m_allowsMultipleSelection = true;
@@ -164,7 +164,7 @@ private:
     int m_currentRow = -1;
     int m_anchorRow = -1;
     int m_clickedRow = -1;
-    bool m_showsFocus = false; ///< Keys were the last to be used: mark the current row.
+    bool m_showsFocus = false; ///< The last input was a key: mark the current row.
 
     QStringList m_draggedTypes;
     std::optional<QPointF> m_pressedAt; ///< Where a drag of rows may begin.

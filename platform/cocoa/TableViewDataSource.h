@@ -15,7 +15,7 @@ enum class DragOperation { none = 0, move = 16 };
 /// Where a drop is proposed: onto a row, or above it (above the row count means below the last row).
 enum class DropOperation { on, above };
 
-/// Gives a table its rows and takes part in its drags. Called on the main thread.
+/// Provides the rows of a table, and handles its drags. Called on the main thread.
 class TableViewDataSource {
 public:
     virtual ~TableViewDataSource() = default;
@@ -24,7 +24,7 @@ public:
     /// The value that the cell gets before the row is drawn.
     virtual QVariant objectValueForTableColumn(int row);
 
-    /// A drag of `rows` begins: fill the pasteboard and answer true, or answer false for no drag.
+    /// A drag of `rows` begins: fill the pasteboard and return true, or return false for no drag.
     virtual bool writeRowsWithIndexes(const IndexSet& rows, Pasteboard& pasteboard);
     virtual DragOperation validateDrop(const Pasteboard& pasteboard, int proposedRow,
                                        DropOperation operation);

@@ -4,7 +4,7 @@
 
 namespace cocoa {
 
-/// Dresses a table's rows. Called on the main thread.
+/// Prepares the cells and heights of a table's rows. Called on the main thread.
 class TableViewDelegate {
 public:
     virtual ~TableViewDelegate() = default;

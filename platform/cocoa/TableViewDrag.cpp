@@ -72,12 +72,12 @@ void TableView::startDrag(int row) {
     m_draggedRow = *rows.begin();
     const RunLoop::Mode tracking;
     const QPointer<TableView> self = this;
-    // Another program that were offered a move might take the files away.
+    // Copy only: after a move another program might delete the files.
     drag->exec(Qt::CopyAction);
     if (self) m_draggedRow = -1;
 }
 
-/// The first one, and how many there are.
+/// The first row, with a badge for the number of rows.
 QPixmap TableView::pictureOfRows(const IndexSet& rows) {
     const int shown = *rows.begin();
     const QRectF frame = rectOfRow(shown);
@@ -149,10 +149,10 @@ void TableView::proposeDrop(QDragMoveEvent* event) {
 
 void TableView::dragEnterEvent(QDragEnterEvent* event) {
     const Pasteboard pasteboard(*event->mimeData(), m_draggedTypes);
-    // What another program drags may look like ours, but means its own rows.
+    // A drag of another instance has the same type, but its own row indexes.
     if (pasteboard.isEmpty() || event->source() == nullptr) return event->ignore();
     m_autoscrollTimer.start(autoscrollIntervalMs, this);
-    event->accept(); // the rows are asked at every move
+    event->accept(); // each move validates the drop
 }
 
 void TableView::dragMoveEvent(QDragMoveEvent* event) {
@@ -185,7 +185,7 @@ void TableView::autoscroll() {
     const int before = verticalScrollBar()->value();
     if (above > 0) verticalScrollBar()->setValue(before - int(above / 2) - 1);
     if (below > 0) verticalScrollBar()->setValue(before + int(below / 2) + 1);
-    // The rows move under a pointer that rests.
+    // Scrolling moves the rows under the pointer.
     if (!m_drop || verticalScrollBar()->value() == before) return;
     setDrop(m_showsInsertion ? insertionAt(m_dragPoint) : dropAt(m_dragPoint));
 }

@@ -1,4 +1,4 @@
-// Which rows of the table are there to be seen.
+// Hidden rows and the placeholder of the table.
 #include "platform/cocoa/TableView.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ int TableView::rowBefore(int row) const {
     return int(std::lower_bound(m_tops.begin(), top, *top) - m_tops.begin()) - 1;
 }
 
-/// So many rows down, or up, as there are rows to be seen; -1 when there is none at all.
+/// The row `steps` visible rows below, or above if negative, limited to the ends; -1 when all are hidden.
 int TableView::rowAway(int row, int steps) const {
     int reached = isRowHidden(row) ? -1 : row;
     for (; steps > 0 && rowAfter(row) < numberOfRows(); --steps)

@@ -5,7 +5,7 @@
 namespace cocoa {
 namespace {
 
-/// A rectangle told along and across the direction in which the three parts follow each other.
+/// Rectangles in coordinates along and across the direction of the three parts.
 struct Axis {
     Qt::Orientation orientation;
 
@@ -22,7 +22,7 @@ private:
     bool horizontal() const { return orientation == Qt::Horizontal; }
 };
 
-/// The centre comes from one rendering at its own length, whatever the length it is stretched to.
+/// Stretches a rendering of the centre at its own length.
 void drawStretched(QPainter& painter, const Image& image, const QRectF& rect, Axis axis) {
     if (image.isNull() || rect.isEmpty()) return;
     const QTransform transform = painter.deviceTransform();

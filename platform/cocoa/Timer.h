@@ -7,15 +7,15 @@
 
 namespace cocoa {
 
-/// Calls `fire` again and again on the main thread, first one interval from now, for as long as the object
-/// lives, but while it rests. Ticks that fall due while the run loop is not in its default mode (RunLoop) are
-/// left out.
+/// Calls `fire` on the main thread once per interval while the object lives, except while it rests. Ticks
+/// that are due while the run loop is not in its default mode (RunLoop) are skipped.
 class Timer : public QObject {
     Q_OBJECT
 public:
     Timer(std::chrono::milliseconds interval, std::function<void()> fire);
 
-    /// A timer at rest does not wake the processor; one that goes on begins with a whole interval.
+    /// A resting timer does not wake the processor. After resting the first tick comes after a whole
+    /// interval.
     void setResting(bool resting);
 
 protected:

@@ -7,15 +7,15 @@
 
 namespace cocoa {
 
-/// Settings that the user has made, over defaults that the program registers. They stand in the JSON object
-/// of $XDG_CONFIG_HOME/tulplayer/settings.json ("~/.config" without that variable), which is read once.
-/// Main thread only.
+/// The user's settings, with defaults that the program registers. Stored in the JSON object of
+/// $XDG_CONFIG_HOME/tulplayer/settings.json ("~/.config" without that variable), which is read once. Main
+/// thread only.
 class UserDefaults {
 public:
-    /// Those of the user who runs the program.
+    /// The settings of the current user.
     static UserDefaults& standardUserDefaults();
 
-    /// Reads `path`; a file that is missing or no JSON object holds nothing.
+    /// Reads `path`; a file that is missing or not a JSON object counts as empty.
     explicit UserDefaults(const QString& path);
 
     void registerDefaults(const QJsonObject& defaults);
@@ -32,7 +32,7 @@ public:
     bool setObject(const QJsonValue& value, const QString& key);
 
 private:
-    /// Nothing when there is something else than a JSON object.
+    /// None when the file is not a JSON object.
     [[nodiscard]] std::optional<QJsonObject> read() const;
     [[nodiscard]] QJsonValue valueForKey(const QString& key, QJsonValue::Type type) const;
 

@@ -13,8 +13,8 @@
 namespace cocoa {
 namespace {
 
-/// Pictures of more pixels than this a side are shrunk before they travel.
-constexpr int largestPicture = 256;
+/// Larger pictures are scaled down before they are sent.
+constexpr int maxPictureSide = 256;
 constexpr int serversOwnTimeout = -1;
 
 /// The hint "image-data": width, height, bytes a row, has alpha, bits a sample, samples a pixel, bytes.
@@ -46,8 +46,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, ImageData& image)
 
 ImageData imageData(const QImage& picture) {
     QImage small = picture;
-    if (picture.width() > largestPicture || picture.height() > largestPicture) {
-        small = picture.scaled(largestPicture, largestPicture, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    if (picture.width() > maxPictureSide || picture.height() > maxPictureSide) {
+        small = picture.scaled(maxPictureSide, maxPictureSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     }
     small = small.convertToFormat(QImage::Format_RGBA8888);
     ImageData data;

@@ -11,13 +11,13 @@ class QDBusPendingCallWatcher;
 
 namespace cocoa {
 
-/// Hands notifications to the desktop (org.freedesktop.Notifications, version 1.2) without ever waiting for
-/// it. Each replaces the one before; of several that come while one is being handed over, only the last is
-/// shown. Without a session bus or a notification server nothing happens. Main thread only.
+/// Sends notifications to the desktop (org.freedesktop.Notifications, version 1.2) without blocking. Each
+/// replaces the previous one; of those that arrive during a call only the last is sent. Does nothing without
+/// a session bus or a notification server. Main thread only.
 class UserNotificationCenter : public QObject {
     Q_OBJECT
 public:
-    /// The session bus is not touched before the first notification.
+    /// Connects to the session bus with the first notification.
     static UserNotificationCenter& defaultUserNotificationCenter();
 
     /// Dropped while the application is the active one.
@@ -27,7 +27,7 @@ private:
     void send(const UserNotification& notification);
     void sent(const QDBusPendingCallWatcher& call);
 
-    uint m_shown = 0; ///< The server's number for the last one; 0 for none.
+    uint m_shown = 0; ///< The server's id of the last notification; 0 for none.
     bool m_sending = false;
     std::optional<UserNotification> m_waiting;
 };

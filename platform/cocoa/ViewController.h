@@ -5,7 +5,7 @@
 
 namespace cocoa {
 
-/// A page whose view is made from its layout when it is first asked for. Main thread only.
+/// A page whose view is loaded from its layout on first use. Main thread only.
 class ViewController {
 public:
     ViewController() = default;

@@ -12,7 +12,7 @@ public:
 
     bool hasShadow() const;
     /// Asks the window manager for a shadow or none. X11 window managers that give borderless windows a
-    /// shadow shape it after the window's opaque parts, so off and on again makes them look once more.
+    /// shadow shape it by the window's opaque parts; off and on again updates it.
     void setHasShadow(bool shadow);
 
     /// The part of this window's screen that panels leave free (the whole screen where the desktop tells
