@@ -12,7 +12,7 @@ constexpr double margin = 24.0;
 const QColor shade(16, 18, 21, 170);
 
 QPixmap blurred(const cocoa::Image& image) {
-    // Down to a few pixels and up again in two smooth steps: a blur that costs nothing to draw.
+    // Scale down to a few pixels in two smooth steps; stretching them yields a blur that is cheap to draw.
     const QImage tiny =
         image.pixmap({backdropPixels * 8, backdropPixels * 8})
             .toImage()

@@ -6,7 +6,7 @@
 
 namespace app {
 
-/// Shows a picture as large as the view allows, in its own shape, over a blurred and darkened copy of itself.
+/// Shows a picture as large as the view allows, with its aspect ratio, over a blurred and darkened copy.
 class CoverArtView : public QWidget {
     Q_OBJECT
 public:
@@ -15,7 +15,7 @@ public:
     const cocoa::Image& image() const { return m_image; }
     void setImage(cocoa::Image image);
 
-    /// Where a picture of this size stands in a view of this size.
+    /// The rectangle of a picture of this size in a view of this size.
     static QRectF pictureRect(const QSizeF& view, const QSizeF& picture);
 
 protected:
@@ -23,7 +23,7 @@ protected:
 
 private:
     cocoa::Image m_image;
-    QPixmap m_backdrop; ///< A few pixels that blur when they are stretched.
+    QPixmap m_backdrop; ///< A few pixels, stretched to a blur.
 };
 
 } // namespace app

@@ -12,16 +12,16 @@
 namespace app {
 namespace {
 
-/// A booklet scanned at its finest would take seconds and half a gigabyte.
-constexpr int largestSide = 1600;
+/// Bounds time and memory: a large scan would take seconds and half a gigabyte.
+constexpr int maxCoverSide = 1600;
 
 QImage decoded(QByteArray& bytes) {
     QBuffer buffer(&bytes);
     QImageReader reader(&buffer);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    if (size.width() > largestSide || size.height() > largestSide)
-        reader.setScaledSize(size.scaled(largestSide, largestSide, Qt::KeepAspectRatio));
+    if (size.width() > maxCoverSide || size.height() > maxCoverSide)
+        reader.setScaledSize(size.scaled(maxCoverSide, maxCoverSide, Qt::KeepAspectRatio));
     return reader.read();
 }
 
@@ -29,7 +29,7 @@ QImage decoded(QByteArray& bytes) {
 
 void decodeCover(Workers& workers, const TulPlaylistEntry& entry, std::function<void(const QImage&)> take) {
     if (entry.coverArtSize == 0) return take({});
-    const QByteArray bytes(entry.coverArt.get(), entry.coverArtSize); // the entry may go
+    const QByteArray bytes(entry.coverArt.get(), entry.coverArtSize); // the entry may be destroyed
     workers.run(Workers::Lane::own, [bytes, take = std::move(take)](const Workers::Reply& reply) {
         QByteArray own = bytes;
         reply.post([take, picture = decoded(own)] { take(picture); });

@@ -9,9 +9,8 @@ class Workers;
 
 namespace app {
 
-/// Decodes the entry's embedded picture on a worker. `take` gets it on the main thread: upright, scaled down
-/// where it is larger than any screen shows it; null when its bytes are no picture, and at once when there is
-/// none.
+/// Decodes the entry's embedded picture on a worker. `take` receives it on the main thread: upright, and
+/// scaled down if it is very large; null when it cannot be decoded, and at once when there is none.
 void decodeCover(Workers& workers, const TulPlaylistEntry& entry, std::function<void(const QImage&)> take);
 
 } // namespace app

@@ -10,8 +10,8 @@ class Workers;
 
 namespace app {
 
-/// Brings the workers' results to the main thread: at once where they are rare, in batches of a few
-/// milliseconds where there are many.
+/// Delivers the workers' results to the main thread: single ones at once, many in batches of a few
+/// milliseconds.
 ///
 /// Threads: main thread only; workers wake it through the event loop. To be destroyed before the workers.
 class Deliveries : public QObject {

@@ -17,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto lookEvery = 100ms;
-constexpr qint64 longestMs = 30000;
+constexpr qint64 maxRunMs = 30000;
 constexpr qint64 screenshotAtMs = 3000;
 
 } // namespace
@@ -25,8 +25,8 @@ constexpr qint64 screenshotAtMs = 3000;
 DemoRun::DemoRun(FenAppDelegate& delegate, QString screenshot)
     : m_delegate(delegate), m_screenshot(std::move(screenshot)) {
     m_running.start();
-    m_looking.callOnTimeout([this] { look(); });
-    m_looking.start(lookEvery);
+    m_polling.callOnTimeout([this] { look(); });
+    m_polling.start(lookEvery);
 }
 
 void DemoRun::look() {
@@ -35,7 +35,7 @@ void DemoRun::look() {
     if (plays && m_lastHandle != stream->handle) announceTrack();
     if (!m_photographed && m_running.elapsed() > screenshotAtMs) takeScreenshot();
     const bool playedOnce = m_started > m_delegate.player->playlist->entryCount();
-    if (playedOnce || m_running.elapsed() > longestMs) finish();
+    if (playedOnce || m_running.elapsed() > maxRunMs) finish();
 }
 
 void DemoRun::announceTrack() {
@@ -55,7 +55,7 @@ void DemoRun::takeScreenshot() {
 }
 
 void DemoRun::finish() {
-    m_looking.stop();
+    m_polling.stop();
     if (!m_photographed) takeScreenshot();
     if (m_started == 0) std::printf("Nothing could be played.\n");
     QApplication::exit(m_started == 0 ? 1 : 0);

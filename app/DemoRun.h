@@ -10,8 +10,8 @@ class FenAppDelegate;
 
 namespace app {
 
-/// The run without anybody in front of it: prints a line for each track as it starts, takes a picture of the
-/// window, and quits when the list has been played once, or after half a minute.
+/// The unattended run: prints a line for each track, takes a screenshot, and quits when the list has been
+/// played once, or after 30 seconds.
 ///
 /// Threads: main thread only; the delegate must outlive it.
 class DemoRun {
@@ -26,7 +26,7 @@ private:
 
     FenAppDelegate& m_delegate;
     QString m_screenshot;
-    QTimer m_looking;
+    QTimer m_polling;
     QElapsedTimer m_running;
     std::uint32_t m_lastHandle = 0;
     int m_started = 0;

@@ -7,12 +7,12 @@
 namespace app {
 namespace {
 
-/// No line is wide enough for more, and a tag of megabytes would take seconds to be laid out.
-constexpr std::size_t longestShown = 2000;
+/// More than any line shows: laying out a tag of megabytes would take seconds.
+constexpr std::size_t maxShownBytes = 2000;
 
-/// How many of the bytes are shown: whole letters only.
+/// The number of bytes to show, without splitting a character.
 qsizetype shownSize(const std::string& bytes) {
-    std::size_t size = std::min(bytes.size(), longestShown);
+    std::size_t size = std::min(bytes.size(), maxShownBytes);
     const auto cutsLetter = [&] { return size < bytes.size() && (bytes[size] & 0xc0) == 0x80; };
     while (size > 0 && cutsLetter())
         --size;

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-/// What the core's byte strings and seconds look like on the screen.
+/// Converts the core's byte strings and seconds to display text.
 namespace app {
 
 /// The text of UTF-8 bytes; none when they are not UTF-8.

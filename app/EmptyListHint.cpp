@@ -31,7 +31,7 @@ void drawArrow(QPainter& painter, QPointF top) {
 } // namespace
 
 EmptyListHint::EmptyListHint(QWidget* parent) : QWidget(parent) {
-    setAttribute(Qt::WA_TransparentForMouseEvents); // what is dropped on it is the list's
+    setAttribute(Qt::WA_TransparentForMouseEvents); // the list handles drops
     setAccessibleName(tr("Drop music here, or add files with Ctrl+O, a folder with Ctrl+Shift+O, or a stream "
                          "with Ctrl+U"));
 }
@@ -39,7 +39,7 @@ EmptyListHint::EmptyListHint(QWidget* parent) : QWidget(parent) {
 void EmptyListHint::paintEvent(QPaintEvent* /*event*/) {
     cocoa::DesignPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    // In a window that was made low it is smaller.
+    // Scale it down in a low window.
     const QSizeF room = cocoa::designRect(*this).size();
     const double fit = std::min(1.0, room.height() / (boxSize.height() + 2 * leastTop));
     painter.scale(fit, fit);

@@ -4,7 +4,7 @@
 
 namespace app {
 
-/// What the list shows while it is empty: how music gets there.
+/// Shown while the list is empty: how to add music.
 class EmptyListHint : public QWidget {
     Q_OBJECT
 public:

@@ -10,7 +10,7 @@
 namespace app {
 namespace {
 
-/// %1 is the server's name.
+/// %1 is the host name.
 QString sentence(const TulFailure& failure, bool ofAddress) {
     using Kind = TulFailure::Kind;
     switch (failure.kind) {
@@ -41,7 +41,7 @@ QString sentence(const TulFailure& failure, bool ofAddress) {
     return {};
 }
 
-/// %1 is the file.
+/// %1 is the file's name.
 QString sentence(FileStatus status) {
     switch (status) {
     case FileStatus::done:

@@ -9,12 +9,12 @@
 
 namespace app {
 
-/// One sentence without a full stop that says why `source` does not play; empty where nothing failed. Of an
-/// address it names the host alone.
+/// Why `source` does not play, as one sentence without a full stop; empty without a failure. Of an address it
+/// contains only the host.
 QString failureText(const TulFailure& failure, const std::string& source);
 
-/// The same for a file that could not be read or written whole. An empty path stands for changes that could
-/// not be stored.
+/// The same for a file that could not be read or written completely. An empty path means unsaved changes that
+/// could not be stored.
 QString fileStatusText(FileStatus status, const std::string& path);
 
 } // namespace app

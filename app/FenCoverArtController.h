@@ -11,7 +11,7 @@ namespace app {
 class CoverArtView;
 }
 
-/// The page that shows the current entry's picture, or a picture of our own where it has none.
+/// The page that shows the current entry's picture, or a default picture.
 ///
 /// Threads: main thread only.
 class FenCoverArtController : public FenMultiFunctionalViewController {
@@ -29,6 +29,6 @@ protected:
 private:
     void show(const QImage& picture);
 
-    /// Id and bytes of the picture that is, or is about to be, on the page.
+    /// Entry id and size of the picture that is shown or being decoded.
     std::pair<std::uint64_t, std::int32_t> m_wanted;
 };

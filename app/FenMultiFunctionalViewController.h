@@ -6,7 +6,7 @@
 
 class TulPlayer;
 
-/// A page of the main window: its view comes from a layout, its name stands in the title strip.
+/// A page of the main window: its view is loaded from a layout, its name is shown in the title strip.
 class FenMultiFunctionalViewController : public cocoa::ViewController {
 public:
     TulPlayer* player = nullptr;
@@ -15,6 +15,6 @@ public:
     void setPlayer(TulPlayer* newPlayer) { player = newPlayer; }
     void setDisplayName(const QString& name) { displayName = name; }
 
-    /// Called once by the delegate, before the page's view is loaded. Pages replace it.
+    /// Called once by the delegate, before the page's view is loaded. Pages override it.
     virtual void initialize();
 };

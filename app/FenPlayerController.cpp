@@ -33,7 +33,7 @@ constexpr double volumeStep = 0.05;
 constexpr double balanceSnap = 0.08;
 constexpr std::chrono::milliseconds seekInterval{100};
 
-/// Throws where the bytes have no display text.
+/// Throws when the bytes have no display text.
 QString shownText(const std::string& bytes) {
     auto text = app::displayText(bytes);
     if (!text) throw std::runtime_error("not UTF-8");
@@ -77,7 +77,7 @@ void FenPlayerController::initialize() {
     balanceSlider->setValueText(&balanceText);
     timeView->setAction([this] { toggleRemainingTime(); });
     renderSpectrumAnalyzer = true;
-    // The art covers it: what lies beneath need not be drawn with every redraw of the spectrum.
+    // The image is opaque: redraws of the spectrum need not draw what is beneath.
     controlsBackground->setAttribute(Qt::WA_OpaquePaintEvent);
     spectrumAnalyzerView->hide();
     lengthView->hide();
@@ -97,7 +97,7 @@ void FenPlayerController::updatePlayerViewFast() {
 }
 
 void FenPlayerController::updatePlayerViewSlow() {
-    // Playing can begin and end without a button: at the end of the list, or with a stream that fails.
+    // Playing can start and stop without the button: at the end of the list, or when a stream fails.
     const TulPlaybackState state = player->playbackState();
     if (isStarted(state) != m_showsPlaying) updatePlayPauseButtonState();
     if (!player->stream) return;
@@ -124,20 +124,21 @@ void FenPlayerController::showTime() {
 }
 
 void FenPlayerController::handleSongChange() {
-    // The stream can have gone again by now: an emptied list, double-clicked.
+    // The stream may be gone already, after a double-click in a list that was emptied.
     if (!player->stream) return;
     showLength();
     m_showsFailure = false;
-    // A person who sees the window when a song begins needs no announcement, however late its texts are.
+    // No notification if the window is visible when the song starts, even if its texts are read later.
     m_announcementWaits = showSongOrError() && !isSeen() ? announcementTicks : 0;
 }
 
 void FenPlayerController::updateSongInfo() {
     if (!player->stream) return;
-    // A failure is shown again, with what is known now.
+    // Keep showing the failure, with the new texts.
     if (std::exchange(m_showsFailure, false)) return;
     const bool shown = showSongOrError();
-    if (shown && player->stream->isLive() && !isSeen()) m_announcementWaits = 1; // a song of its own
+    if (shown && player->stream->isLive() && !isSeen())
+        m_announcementWaits = 1; // a new title of a live stream
 }
 
 bool FenPlayerController::showSongOrError() {
@@ -160,7 +161,7 @@ void FenPlayerController::showSong() {
     updatePlayPauseButtonState();
 }
 
-/// Not known before the source is open, and never of a live stream: the knob then rests at the start.
+/// The length is unknown before the source is open, and for live streams: the knob then stays at the start.
 void FenPlayerController::showLength() {
     m_shownLength = player->stream->length();
     const bool known = m_shownLength > 0;
@@ -171,7 +172,7 @@ void FenPlayerController::showLength() {
     lengthView->setStringValue(m_showsLive ? QStringLiteral("live") : app::timeText(m_shownLength));
 }
 
-/// The reason takes the title's place, and the title the second line's, until another start.
+/// Shows the reason in the first line and the title in the second, until the next start.
 void FenPlayerController::showFailure() {
     if (std::exchange(m_showsFailure, true)) return;
     showLength();
@@ -179,7 +180,7 @@ void FenPlayerController::showFailure() {
     info2View->setStringValue(app::displayText(player->stream->title).value_or(QString()));
 }
 
-/// Once: with its title and picture, unless they are long in coming.
+/// Sends one notification, which waits a few ticks for tags and picture.
 void FenPlayerController::announceSongWhenKnown() {
     if (m_announcementWaits == 0) return;
     if (player->tagReader.isPreparing() && --m_announcementWaits > 0) return;
@@ -197,12 +198,12 @@ void FenPlayerController::announceSong() {
     const bool namesStation = stream.isLive() && stream.artist.empty();
     notification.informativeText =
         app::displayText(namesStation ? stream.album : stream.artist).value_or(QString());
-    // The centre shows nothing while the window is active: a picture would be decoded in vain.
+    // The notification center drops notifications while the window is active: do not decode the picture.
     if (isSeen() || !showsNotifications) return;
     app::decodeCover(
         player->workers, entry, [this, notification, id = entry.id](const QImage& picture) mutable {
             const TulPlaylistEntry* const now = player->playingEntry();
-            if (!now || now->id != id || !showsNotifications) return; // another has started
+            if (!now || now->id != id || !showsNotifications) return; // another entry plays by now
             notification.contentImage = picture;
             cocoa::UserNotificationCenter::defaultUserNotificationCenter().deliverNotification(notification);
         });
@@ -263,7 +264,7 @@ void FenPlayerController::setVolume(double volume) {
 }
 
 void FenPlayerController::changeVolume(double difference) {
-    // In whole steps, which do not drift.
+    // Round to whole steps to avoid drift.
     setVolume(std::round((volumeSlider->doubleValue() + difference) / volumeStep) * volumeStep);
 }
 

@@ -43,9 +43,9 @@ public:
 
     void updatePlayerViewFast();
     void updatePlayerViewSlow();
-    /// A new entry has started: shows its texts, length and the playing look. It is announced when it plays.
+    /// Shows texts, length and state of a new entry, and prepares its notification.
     void handleSongChange();
-    /// More is known of the entry that plays.
+    /// Updates the texts of the playing entry.
     void updateSongInfo();
     void updatePlayPauseButtonState();
 
@@ -53,10 +53,10 @@ public:
     void next();
     void previous();
     void stop();
-    /// Held within the track; nothing where the stream cannot seek.
+    /// Limited to the track; ignored when the stream cannot seek.
     void seekTo(double seconds);
     void seekBy(double seconds);
-    /// 0 silent .. 1 full; held there. Not a number is silence.
+    /// 0 silent .. 1 full; clamped. Not a number means silence.
     void setVolume(double volume);
     void changeVolume(double difference);
     [[nodiscard]] bool isMuted() const;
@@ -83,8 +83,7 @@ private:
     double m_shownLength = 0.0;
     bool m_showsLive = false;
     bool m_showsRemainingTime = false;
-    double m_mutedVolume = 0.5; ///< What the end of muting goes back to.
-    /// Slow ticks that the announcement of what plays still waits for its tags and picture; 0 when it is
-    /// made.
+    double m_mutedVolume = 0.5; ///< The volume to restore after muting.
+    /// Slow ticks that the notification still waits for tags and picture; 0 when none is pending.
     std::int32_t m_announcementWaits = 0;
 };

@@ -28,9 +28,9 @@ namespace {
 
 constexpr double rowHeight = 55.0;
 
-/// What is done sooner is not worth a line.
+/// Shorter reading shows no progress.
 constexpr qint64 quietMs = 250;
-constexpr qint64 tellEveryMs = 50;
+constexpr qint64 textIntervalMs = 50;
 constexpr qint64 outcomeMs = 8000;
 
 QString number(std::size_t count) {
@@ -88,10 +88,10 @@ void FenPlaylistController::loadView(QWidget& view) {
     });
     playlistSelector->setCell(std::make_unique<InternalPlaylistComboBoxCell>());
     playlistSelector->setDataSource(this);
-    playlistSelector->lineEdit()->setAcceptDrops(false); // files that fall there are the window's to take
+    playlistSelector->lineEdit()->setAcceptDrops(false); // the window handles file drops
     playlistSelector->setAction([this] {
         playlistNameChange();
-        // The name is given: the keys are the player's again, not the text's.
+        // Editing is finished: return the focus to the table.
         if (playlistSelector->window()->focusWidget() == playlistSelector) playlistView->setFocus();
     });
     reloadPlaylistData();
@@ -119,7 +119,7 @@ void FenPlaylistController::reloadPlaylistData() {
 }
 
 void FenPlaylistController::updatePlaylistViewSlow() {
-    // An entry that begins to play or fails changes its row.
+    // Starting and failing change the row of the entry.
     const TulPlaybackState state = player->playbackState();
     if (playlistView && std::exchange(m_shownState, state) != state) playlistView->viewport()->update();
     if (!player->stream) return;
@@ -127,7 +127,7 @@ void FenPlaylistController::updatePlaylistViewSlow() {
     const std::int32_t current = list.currentIndex;
     const std::uint64_t entry = list.entryCount() == 0 ? 0 : list.currentEntry()->id;
     if (current == lastPlaylistEntry && entry == m_lastEntry) return;
-    // Who has scrolled away from what plays looks at something else; a row that was moved is the same still.
+    // Do not scroll if the user has scrolled away from the playing row. Compare ids, because rows may move.
     const bool follows = m_lastEntry == 0 || (entry != m_lastEntry && isInView(m_lastEntry));
     reloadPlaylistData();
     if (playlistView && follows) playlistView->scrollRowToVisible(current);
@@ -144,20 +144,20 @@ void FenPlaylistController::updateStatusLine() {
         const bool isNewProblem = std::exchange(m_problem, sources->problem().number) != m_problem;
         if (isNewProblem) m_notice.clear();
         const bool isSame = std::exchange(m_outcome, outcomeText()) == m_outcome;
-        if (isNewProblem || !isSame) m_told.start();
-        if (!m_notice.isEmpty() && m_told.hasExpired(outcomeMs)) {
+        if (isNewProblem || !isSame) m_sinceText.start();
+        if (!m_notice.isEmpty() && m_sinceText.hasExpired(outcomeMs)) {
             m_notice.clear();
             m_outcome = outcomeText(); // which was shown before
             return showsStatus(false);
         }
         if (!m_outcome.isEmpty()) statusLine->showText(m_outcome);
-        return showsStatus(!m_outcome.isEmpty() && !m_told.hasExpired(outcomeMs));
+        return showsStatus(!m_outcome.isEmpty() && !m_sinceText.hasExpired(outcomeMs));
     }
     m_outcome.clear();
     if (!m_busy.isValid()) m_busy.start();
     if (!m_busy.hasExpired(quietMs)) return showsStatus(false);
-    if (!statusLine->isHidden() && !m_told.hasExpired(tellEveryMs)) return;
-    m_told.start();
+    if (!statusLine->isHidden() && !m_sinceText.hasExpired(textIntervalMs)) return;
+    m_sinceText.start();
     if (progress.total == 0) {
         statusLine->showText(QStringLiteral("Looking for audio files"));
     } else {
@@ -222,7 +222,7 @@ double FenPlaylistController::heightOfRow(int row) {
     return m_search && m_search->hides(row) ? 0 : rowHeight;
 }
 
-/// Empty for an entry that is not known to fail.
+/// Why an entry does not play; empty without a failure.
 QString FenPlaylistController::failureOf(int row) const {
     const TulPlaylistEntry& entry = *player->playlist->entryAt(row);
     return app::failureText(entry.failure, entry.source);

@@ -34,8 +34,8 @@ class ComboBox;
 class TableView;
 } // namespace cocoa
 
-/// The page of the current playlist: a table of its entries and the box of playlists. It keeps no
-/// copy of the list; every answer is read from the core when it is asked for.
+/// The page of the current playlist: a table of its entries, and the playlist selector. Holds no copy of the
+/// list, but reads the core on demand.
 ///
 /// Threads: main thread only.
 class FenPlaylistController : public FenMultiFunctionalViewController,
@@ -55,7 +55,8 @@ public:
     app::SearchField* searchField = nullptr;
     /// Set by the delegate before `initialize`.
     app::SourceQueue* sources = nullptr;
-    /// Before `initialize`: carries out all edits and notifies the page of them. It must outlive the page.
+    /// Sets the editor that carries out all edits and notifies the page. Call it before `initialize`. The
+    /// editor must outlive the page.
     void setEditor(app::PlaylistEditor& editor);
 
     void initialize() override;
@@ -64,12 +65,12 @@ public:
     /// Shows the list's name, and whether the list differs from its file.
     void updateSelector();
     void updatePlaylistViewSlow();
-    /// Shows how far the reading of tags has come, and for a while what came of the last command.
+    /// Shows the progress of reading tags, and for a while the result of the last command.
     void updateStatusLine();
-    /// Shows a line for a while, in the place of what came of the last command.
+    /// Shows a text for a while, instead of the result of the last command.
     void showNotice(const QString& text);
     void openSearch();
-    /// Scrolls to the current row, past a search that hides it.
+    /// Scrolls to the current row. Closes a search that hides it.
     void showCurrentRow();
 
     int numberOfRowsInTableView() override;
@@ -79,15 +80,15 @@ public:
     QString toolTipForCell(int row) override;
     void doubleClick();
 
-    /// Of the playlist.
+    /// The selected rows.
     TulRows selectedRows() const;
-    /// The one that keys and the menu mean; -1 when there is none.
+    /// The row that keys and menu refer to; -1 for none.
     std::int32_t currentRow() const;
     void playCurrentRow();
 
-    /// Files of other programs are dragged to this place of the screen: shows where they would be inserted.
+    /// Shows where a file drop at this point of the screen would insert; none hides it.
     void showDropPlace(const std::optional<QPointF>& place);
-    /// The id of the entry that they would come before; 0 for the end.
+    /// The id of the entry before which the drop would insert; 0 for the end.
     std::uint64_t entryAtDropPlace(const QPointF& place) const;
 
     bool writeRowsWithIndexes(const cocoa::IndexSet& rows, cocoa::Pasteboard& pasteboard) override;
@@ -120,15 +121,15 @@ private:
 
     app::PlaylistEditor* m_editor = nullptr;
     std::unique_ptr<app::RowMenu> m_rowMenu;
-    QElapsedTimer m_busy; ///< Invalid while nothing is being read.
-    QElapsedTimer m_told; ///< Since the line has said what it says.
-    /// Those that no internal playlist stands for, as of the last `updateSelector`.
+    QElapsedTimer m_busy;      ///< Started when reading began; invalid otherwise.
+    QElapsedTimer m_sinceText; ///< Since the last update of the progress text.
+    /// Those without an internal playlist, as of the last `updateSelector`.
     std::vector<UnsavedList> m_unsavedLists;
     QString m_outcome;
     QString m_notice;  ///< Empty when none is shown.
     int m_problem = 0; ///< The number of the last one shown.
     TulPlaybackState m_shownState{};
     std::unique_ptr<app::ListSearch> m_search; ///< Null until the page's view is loaded.
-    std::uint64_t m_shownList = 0;             ///< The id of the one that the table was loaded from.
-    std::uint64_t m_lastEntry = 0;             ///< The id of the one at `lastPlaylistEntry`; 0 for none.
+    std::uint64_t m_shownList = 0;             ///< The id of the list that the table shows.
+    std::uint64_t m_lastEntry = 0;             ///< The id of the entry at `lastPlaylistEntry`; 0 for none.
 };

@@ -1,4 +1,4 @@
-// The playlist page's part in editing: its selected rows, and what is dragged from and to them.
+// Editing on the playlist page: selected rows, drag and drop.
 
 #include "app/FenPlaylistController.h"
 #include "app/editing/PlaylistEditor.h"
@@ -83,7 +83,7 @@ bool FenPlaylistController::acceptDrop(const cocoa::Pasteboard& pasteboard, int 
                                        cocoa::DropOperation /*operation*/) {
     const auto source = pasteboard.stringForType(draggedType);
     if (!source) return true;
-    // The pasteboard names the first row; of several selected rows the others come with it.
+    // The pasteboard holds the first row; a selected row is moved with the whole selection.
     const std::int32_t first = source->toInt();
     if (first < 0 || first >= numberOfRowsInTableView()) return true;
     TulRows rows = selectedRows();

@@ -1,4 +1,4 @@
-// What of the list is seen: the search, the room between field and status line, the row that plays.
+// The visible part of the list: search, table geometry, scrolling to the playing row.
 
 #include "app/EmptyListHint.h"
 #include "app/FenPlaylistController.h"
@@ -30,7 +30,7 @@ void FenPlaylistController::showCurrentRow() {
     playlistView->scrollRowToVisible(current);
 }
 
-/// It covers neither the search field nor the status line.
+/// Places the table between search field and status line.
 void FenPlaylistController::layOutTable() {
     const int top = searchField->isHidden() ? 0 : searchField->geometry().bottom() + 1;
     const QRect line = statusLine->geometry();

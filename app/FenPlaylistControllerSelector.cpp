@@ -1,4 +1,4 @@
-// The box of playlists: the internal ones, then those that were changed and left and are not among them.
+// The playlist selector: internal playlists, then unsaved lists without an internal playlist.
 
 #include "app/FenPlaylistController.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-/// What a list without a name is called.
+/// The title of a list without a name.
 QString namelessTitle(std::int64_t changedAt) {
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(changedAt);
     return QStringLiteral("Unsaved, ") +

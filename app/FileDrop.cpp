@@ -46,7 +46,7 @@ bool FileDrop::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void FileDrop::drag(QDropEvent& event) {
-    // Rows of the playlist carry addresses, too, for other programs.
+    // Rows of the playlist carry URLs, too, for other programs.
     const bool isOurs = event.source() != nullptr;
     if (isOurs || event.mimeData()->urls().isEmpty() || !FenAppDelegate::takesCommands()) {
         endDrag();

@@ -10,21 +10,21 @@ namespace app {
 
 class SourceQueue;
 
-/// Adds what other programs' files and addresses are dropped on a window: between the rows of the playlist,
-/// or else at its end. The window is framed while it would take what is dragged over it.
+/// Adds files and addresses of other programs that are dropped on a window: between the rows of the playlist,
+/// or at its end. Frames the window while it accepts a drag.
 ///
 /// Threads: main thread only.
 class FileDrop : public QObject {
 public:
-    /// The other program is let go before anything is added. Nothing is taken while a dialog waits for an
-    /// answer.
+    /// Adds after the drop event has returned, so that the other program does not wait. Accepts nothing while
+    /// a dialog is open.
     FileDrop(QWidget& window, FenPlaylistController& page, SourceQueue& sources);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// Lies over the window; input goes through it.
+    /// An overlay that is transparent for input.
     class Frame : public QWidget {
     public:
         explicit Frame(QWidget& window);

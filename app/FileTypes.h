@@ -6,11 +6,11 @@
 
 namespace app {
 
-/// Endings of names, without the dot, as the file choosers list them.
+/// File extensions without the dot, as in the file choosers.
 const QStringList& audioTypes();
 const QStringList& playlistTypes();
 
-/// Whether this path, by its ending in either case, is a playlist's. An address never is.
+/// True for a path with the extension of a playlist, ignoring case. False for addresses.
 bool isPlaylist(const std::string& source);
 /// The same for audio files.
 bool isAudio(const std::string& path);

@@ -6,9 +6,8 @@
 
 namespace app {
 
-/// A button that is nothing but its picture; without one it is transparent and still clicks. Under the
-/// pointer it shows its hover picture or, without one, glows a little; pressed it dims; with the keyboard's
-/// focus it has a ring, and Enter clicks it as Space does.
+/// A button that draws only its picture; without one it is transparent. Hovering shows the hover picture, or
+/// brightens the picture; pressing dims it; focus draws a ring. Enter clicks it like Space.
 class ImageButton : public QAbstractButton {
     Q_OBJECT
     /// Names of the pictures, for layout files.

@@ -8,7 +8,7 @@
 
 namespace app {
 
-/// A list of the commands that have keys, with these.
+/// A list of the commands that have keys.
 [[nodiscard]] std::unique_ptr<QWidget> makeKeyList(const Commands& commands);
 
 } // namespace app

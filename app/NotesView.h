@@ -4,7 +4,7 @@
 
 namespace app {
 
-/// Text to be read: the keys scroll it, but the sideways ones belong to whoever turns pages.
+/// A read-only text. Keys scroll it, except Left and Right, which turn pages.
 class NotesView : public QTextBrowser {
     Q_OBJECT
 public:

@@ -25,7 +25,7 @@ void setHandlers(void (*handler)(int)) {
         std::signal(number, handler);
 }
 
-/// Only what a signal handler may call.
+/// Signal handler: async-signal-safe calls only.
 void noteSignal(int /*number*/) {
     setHandlers(SIG_DFL);
     static_cast<void>(!write(signalPipe[1], "", 1));

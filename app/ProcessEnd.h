@@ -6,13 +6,12 @@
 
 namespace app {
 
-/// Runs `finish` and ends the process, without exit handlers and static destructors: those would wait for
-/// threads that a server or a disk keeps. Where `finish` does not return in time, the process ends without
-/// it.
+/// Runs `finish` and ends the process without exit handlers and static destructors, which would wait for
+/// threads that hang. The process ends after 250 ms even if `finish` does not return.
 [[noreturn]] void endProcess(int status, const std::function<void()>& finish);
 
-/// Calls `end` with the exit status when something calls exit(), as the toolkit does when the display is
-/// gone: from inside, with what was in the middle of its work still on the stack.
+/// Calls `end` with the exit status when exit() is called, as the toolkit does when it loses the display. The
+/// callers are still on the stack then.
 void callAtExit(std::function<void(int status)> end);
 
 /// Calls `quit` on the event loop when SIGTERM, SIGINT or SIGHUP asks the process to end. The second such

@@ -4,8 +4,8 @@ class QWidget;
 
 namespace app {
 
-/// Gives all that the platform draws the skin's colours: dialogs, lists, tool tips. Before any window is
-/// made.
+/// Sets the skin's colours for platform-drawn widgets (dialogs, lists, tool tips). Call it before any window
+/// is made.
 void useSkinColours();
 
 /// The skin's look for a widget that the platform draws: a menu, a selector, scroll bars. Once a

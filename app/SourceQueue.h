@@ -16,8 +16,8 @@
 
 namespace app {
 
-/// Carries out what is to be opened or added to the playlist, in the order of the commands, without waiting
-/// for a disk. What was to be added to a list goes with that list.
+/// Queue of commands that open or add sources, carried out in order and in the background. Additions to a
+/// list are dropped when another replaces it.
 ///
 /// Threads: main thread only. To be destroyed before the player.
 class SourceQueue {
@@ -53,9 +53,9 @@ public:
     void savePlaylist(const std::string& path);
     void clearPlaylist();
 
-    /// Folders are being looked through.
+    /// True while folders are searched.
     [[nodiscard]] bool isSearching() const { return m_search != nullptr; }
-    /// How many files the last search passed over: they are not audio.
+    /// Files that the last search skipped, because they are not audio.
     [[nodiscard]] std::size_t skipped() const { return m_skipped; }
     /// A file that could not be read or written whole; with an empty path, changes that could not be stored.
     struct Problem {
@@ -63,7 +63,7 @@ public:
         FileStatus status = FileStatus::done;
         int number = 0; ///< Counts them.
     };
-    /// That of the last command; its status is FileStatus::done when there was none.
+    /// The problem of the last command; its status is FileStatus::done for none.
     [[nodiscard]] const Problem& problem() const { return m_problem; }
 
 private:

@@ -12,8 +12,7 @@
 
 namespace app {
 
-/// Makes rows of what was named or dropped: paths of files, playlists and folders, and addresses. Tags stay
-/// unread.
+/// Makes entries for files, playlists, folders and addresses. Tags stay unread.
 ///
 /// Threads: any; it reads folders, and may block.
 class SourceSearch {
@@ -30,11 +29,11 @@ public:
         std::string playlist;
         FileStatus status = FileStatus::done;
     };
-    /// Gets what has been found since the last call: the first at once, more every few milliseconds, the last
-    /// at the end. False ends the search.
+    /// Receives what was found since the last call: the first result at once, more every few milliseconds,
+    /// the rest at the end. Returning false ends the search.
     using Report = std::function<bool(Found found)>;
 
-    /// The files of a folder come in the order of their paths. What is hidden or cannot be read is left out.
+    /// Files of a folder are ordered by path. Hidden and unreadable files are skipped.
     static void run(const std::vector<std::string>& sources, Take take, const Report& report);
 
     /// The path without symbolic links, as far as it exists.

@@ -7,8 +7,7 @@
 
 namespace app {
 
-/// One quiet line of text; while something is being done, with how far it has come, and a button that stops
-/// it.
+/// A line of text, with a progress bar and a stop button during an operation.
 class StatusLine : public QWidget {
     Q_OBJECT
 public:

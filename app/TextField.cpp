@@ -42,7 +42,7 @@ void TextField::setAction(std::function<void()> action) {
     setCursor(Qt::PointingHandCursor);
 }
 
-/// Accepted, so that the press does not begin to move the window.
+/// Accepts the press, so that it does not move the window.
 void TextField::mousePressEvent(QMouseEvent* event) {
     event->setAccepted(m_action && event->button() == Qt::LeftButton);
 }
@@ -84,7 +84,7 @@ void TextField::resizeEvent(QResizeEvent* event) {
 
 void TextField::updateToolTip() {
     const bool fits = fontMetrics().horizontalAdvance(text()) <= width();
-    // A tool tip guesses whether its text is rich; this one leaves no doubt.
+    // QToolTip guesses whether a text is rich: make it explicit.
     setToolTip(fits ? QString() : QStringLiteral("<qt>%1</qt>").arg(text().toHtmlEscaped()));
 }
 

@@ -20,7 +20,7 @@ public:
 
     QString stringValue() const { return text(); }
     void setStringValue(const QString& string);
-    /// Shows another text for a moment; its own comes back by itself.
+    /// Shows another text for a moment, then its own again.
     void showBriefly(const QString& string);
 
     /// Called on a click.

@@ -8,7 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Rows that are found in a folder come every few milliseconds.
-constexpr auto quietFor = 500ms;
+constexpr auto storeDelay = 500ms;
 constexpr auto partTakes = 4ms;
 
 } // namespace
@@ -19,7 +19,7 @@ UnsavedChanges::UnsavedChanges(TulPlayer& player) : m_player(player) {
 }
 
 void UnsavedChanges::noteEdit() {
-    m_timer.start(quietFor);
+    m_timer.start(storeDelay);
 }
 
 void UnsavedChanges::check() {
