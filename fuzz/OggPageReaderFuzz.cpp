@@ -1,4 +1,4 @@
-// Whatever an encoder program may write. The first byte chooses the size of the steps in which it comes.
+// Feeds arbitrary encoder output to OggPageReader. The first byte selects the size of the blocks.
 #include "platform/bass/sharing/OggPageReader.h"
 
 #include <algorithm>
@@ -8,9 +8,9 @@
 namespace {
 
 constexpr std::size_t headSize = 27; // without the lacing values: RFC 3533, 6
-constexpr std::size_t mostPageBytes = 65307;
+constexpr std::size_t maxPageBytes = 65307;
 
-/// Makes the checksums right: a wrong one would end most inputs at the first check.
+/// Corrects the checksums, so that inputs get past the first check.
 void mendChecksums(std::vector<unsigned char>& stream) {
     for (std::size_t at = 0; at + headSize <= stream.size(); ++at) {
         if (std::memcmp(&stream[at], "OggS", 4) != 0) continue;
@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     std::size_t given = 0;
     bass::OggPageReader reader([&](const bass::OggPageReader::Page& page) {
         const std::size_t bytes = page.bytes.size();
-        if (bytes < headSize || bytes > mostPageBytes) std::abort();
+        if (bytes < headSize || bytes > maxPageBytes) std::abort();
         if (std::memcmp(page.bytes.data(), "OggS", 4) != 0) std::abort();
         given += bytes;
     });

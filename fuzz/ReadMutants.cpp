@@ -93,7 +93,7 @@ void readList(const std::string& path) {
     static_cast<void>(TulPlaylistFileFactory().createPlaylistFile(path)->read(path, status));
 }
 
-/// Faults that files have, and such as somebody would make: half of them at the front, where the headers are.
+/// Random and malicious damage, half of it at the start, where the headers are.
 std::string damaged(std::string bytes, std::mt19937& random) {
     const auto below = [&](std::size_t most) { return most == 0 ? 0 : random() % most; };
     const auto place = [&] {

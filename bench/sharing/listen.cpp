@@ -1,6 +1,5 @@
-// listen PORT PATH COUNT SECONDS: COUNT listeners of an Ogg stream on this machine, all at once. Writes how
-// many were connected to the end, how many had a gap (a page left out, or sound that came later than it is
-// played), the longest time any of them got nothing, and the bytes of all.
+// listen PORT PATH COUNT SECONDS: connects COUNT listeners to a local Ogg stream. Prints how many stayed
+// connected, how many had a gap (a missing or late page), the longest time without data, and the total bytes.
 #include <array>
 #include <chrono>
 #include <cstdint>
@@ -97,7 +96,7 @@ public:
         return true;
     }
 
-    void hear(Clock::time_point end) {
+    void receive(Clock::time_point end) {
         std::array<epoll_event, 256> ready{};
         for (auto now = Clock::now(); now < end; now = Clock::now()) {
             const auto most = std::chrono::ceil<std::chrono::milliseconds>(end - now);
@@ -144,10 +143,10 @@ int main(int count, char** arguments) {
     Listeners listeners(arguments[1], arguments[2]);
     for (int i = 0; i < std::atoi(arguments[3]); ++i) {
         if (!listeners.add()) return 1;
-        listeners.hear(Clock::now() + std::chrono::milliseconds(5)); // a server may take a few at a time only
+        listeners.receive(Clock::now() + std::chrono::milliseconds(5)); // a server may take a few at a time only
     }
     std::puts("connected");
     std::fflush(stdout);
-    listeners.hear(Clock::now() + std::chrono::seconds(std::atoi(arguments[4])));
+    listeners.receive(Clock::now() + std::chrono::seconds(std::atoi(arguments[4])));
     listeners.report();
 }
