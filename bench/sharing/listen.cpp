@@ -143,7 +143,8 @@ int main(int count, char** arguments) {
     Listeners listeners(arguments[1], arguments[2]);
     for (int i = 0; i < std::atoi(arguments[3]); ++i) {
         if (!listeners.add()) return 1;
-        listeners.receive(Clock::now() + std::chrono::milliseconds(5)); // a server may take a few at a time only
+        listeners.receive(Clock::now() +
+                          std::chrono::milliseconds(5)); // a server may take a few at a time only
     }
     std::puts("connected");
     std::fflush(stdout);
