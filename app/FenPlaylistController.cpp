@@ -51,7 +51,7 @@ void FenPlaylistController::initialize() {
     lastPlaylistEntry = -1;
     if (playlistView) setUpTable();
     player->rowChanged = [this](std::int32_t row) {
-        if (playlistView) playlistView->viewport()->update(playlistView->rectOfRow(row).toAlignedRect());
+        if (playlistView) updateRow(row);
         if (m_search) m_search->rowChanged(row);
     };
     player->loadInternalPlaylists();
@@ -116,6 +116,13 @@ void FenPlaylistController::reloadPlaylistData() {
         playlistView->scrollRowToVisible(player->playlist->currentIndex);
     }
     updateSelector();
+}
+
+/// The mark of the current row may have come from another row that is still drawn with it.
+void FenPlaylistController::updateRow(std::int32_t row) {
+    QWidget& rows = *playlistView->viewport();
+    if (row == player->playlist->currentIndex) return rows.update();
+    rows.update(playlistView->rectOfRow(row).toAlignedRect());
 }
 
 void FenPlaylistController::updatePlaylistViewSlow() {

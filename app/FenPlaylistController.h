@@ -106,6 +106,7 @@ protected:
     void loadView(QWidget& view) override;
 
 private:
+    void updateRow(std::int32_t row);
     void setUpTable();
     void setUpSearch();
     void showEdited(const std::optional<app::EditedSelection>& selection);
