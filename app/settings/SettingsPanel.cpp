@@ -92,7 +92,7 @@ SettingsPanel::SettingsPanel(Settings& settings, Sharing sharing, QWidget* paren
 Switch* SettingsPanel::addSwitch(const QString& title, void (Settings::*set)(bool)) {
     auto* const made = childOf<Switch>(this, title);
     m_rows->addWidget(made);
-    connect(made, &QAbstractButton::clicked, this, [this, set](bool on) { (m_settings.*set)(on); });
+    connect(made, &QAbstractButton::clicked, &m_settings, set);
     return made;
 }
 
