@@ -23,7 +23,7 @@ QString sharingFailure(const TulPlayer& player) {
 } // namespace
 
 QString sharingTitle(const TulPlayer& player) {
-    if (const QString failure = sharingFailure(player); !failure.isEmpty()) return failure;
+    if (QString failure = sharingFailure(player); !failure.isEmpty()) return failure;
     const TulNetworkSharing& sharing = *player.networkSharing;
     if (sharing.port == 0) return QStringLiteral("Share on the Network");
     const QString shared = QStringLiteral("Shared at %1").arg(address(sharing.port));
@@ -32,7 +32,7 @@ QString sharingTitle(const TulPlayer& player) {
 }
 
 QString sharingNotice(const TulPlayer& player) {
-    if (const QString failure = sharingFailure(player); !failure.isEmpty()) return failure;
+    if (QString failure = sharingFailure(player); !failure.isEmpty()) return failure;
     const TulNetworkSharing& sharing = *player.networkSharing;
     if (sharing.port == 0)
         return QStringLiteral("What plays next is shared at %1").arg(address(sharing.wantedPort));

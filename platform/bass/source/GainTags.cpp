@@ -16,7 +16,7 @@ namespace {
 constexpr std::int64_t maxFieldBytes = 512;
 constexpr int maxFields = 2000;
 /// How much to skip where a seek is expensive: too little for pictures.
-constexpr std::int64_t maxReadThrough = 32 * 1024;
+constexpr std::int64_t maxReadThrough = std::int64_t{32} * 1024;
 
 std::uint32_t bigEndian(std::string_view bytes, int bitsPerByte = 8) {
     std::uint32_t number = 0;
