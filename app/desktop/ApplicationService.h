@@ -13,8 +13,8 @@ class FenAppDelegate;
 
 namespace app {
 
-/// What other starts of the program, desktops and launchers ask of the running one, by the Desktop Entry
-/// Specification. Calls that come before there is a window wait for it.
+/// The interface org.freedesktop.Application, by which other starts of the program, desktops and launchers
+/// control the running one. Calls received before the window exists are queued until it does.
 ///
 /// Threads: main thread only.
 class ApplicationService : public QDBusAbstractAdaptor {

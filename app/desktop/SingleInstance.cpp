@@ -93,7 +93,7 @@ bool isAnswered(const QDBusMessage& reply) {
     return reply.type() == QDBusMessage::ReplyMessage;
 }
 
-/// Nobody has the name.
+/// The name has no owner.
 bool isMissing(const QDBusMessage& reply) {
     return QDBusError(reply).type() == QDBusError::ServiceUnknown ||
            reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");

@@ -19,7 +19,7 @@ public:
     explicit FileReader(const std::string& path);
 
     /// The next bytes, valid until the next call. Empty at the end of the file, after an error, and beyond
-    /// `maxBytes`; `status` tells them apart.
+    /// `maxBytes`; `status` says which.
     std::string_view next();
     /// FileStatus::tooLarge for a file of more than `maxBytes`.
     [[nodiscard]] FileStatus status() const { return m_status; }

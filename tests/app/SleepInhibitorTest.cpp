@@ -88,7 +88,7 @@ protected:
 
 TEST_F(SleepInhibitorTest, AsksTheFirstServiceThatRunsAndReleases) {
     app::SleepInhibitor inhibitor(workers);
-    inhibitor.setInhibits(true); // nobody is there: nothing happens
+    inhibitor.setInhibits(true); // without a service: no effect
     offerLogind();
     inhibitor.setInhibits(false);
     inhibitor.setInhibits(true);

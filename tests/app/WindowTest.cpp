@@ -137,7 +137,7 @@ TEST_F(WindowTest, SharingSaysWhereOthersListenAndFollowsItsSettings) {
     EXPECT_TRUE(app::sharingTitle(*delegate.player).endsWith(QStringLiteral(":%1/ (1 listening)").arg(port)));
     delegate.settings->setSharingName(QStringLiteral("Kitchen"));
     EXPECT_EQ(sharing.name, "Kitchen");
-    EXPECT_EQ(sharing.listenerCount(), 1U) << "a name drops nobody";
+    EXPECT_EQ(sharing.listenerCount(), 1U) << "a new name disconnects no listener";
     delegate.toggleNetworkSharing();
     EXPECT_EQ(app::sharingTitle(*delegate.player), "Share on the Network");
 }

@@ -6,7 +6,7 @@
 
 namespace bass {
 
-/// Follows by the events of a sound server which sink plays a stream, and tells when that sink is removed.
+/// Tracks by the events of a sound server which sink plays a stream, and reports the removal of that sink.
 ///
 /// Servers move a stream off a sink before or after they remove it, or end the stream with it, and the events
 /// come in any of these orders. A stream that the user has moved away is no longer concerned.

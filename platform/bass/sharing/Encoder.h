@@ -30,7 +30,7 @@ public:
     bool follow(std::uint32_t channel);
     /// Serves the stream on a port of all local addresses, 0 for a free one. Answers the port; 0 on failure.
     std::uint16_t serve(std::uint16_t port, std::size_t burst);
-    /// What listeners that come from now on are told that the stream is called: any text.
+    /// Sets the stream name (icy-name) that is sent to listeners which connect from now on. Any text.
     void setName(std::string_view name);
     unsigned listenerCount() const;
     bool isActive() const { return !m_ended.load(); }

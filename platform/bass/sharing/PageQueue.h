@@ -49,7 +49,7 @@ public:
     /// the burst, and then the live ones.
     Reading read(Place& place) const;
 
-    /// What listeners that come from now on are told it is called. Must fit into a header of HTTP.
+    /// The stream name (icy-name) sent to new listeners. Must be valid in an HTTP header.
     void setName(std::string name);
     std::string name() const;
 
